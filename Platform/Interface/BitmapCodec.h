@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Platform/Interface/AsyncOperation.h"
+#include "Platform/Interface/Guid.h"
+#include "Platform/Interface/SoftwareBitmap.h"
+
+#include <memory>
+
+namespace Platform {
+
+/// The decoder of one encoded picture. One thread at a time.
+class IBitmapDecoder {
+public:
+    virtual ~IBitmapDecoder() = default;
+
+    /// Fails for bytes that are damaged behind their head.
+    virtual IAsyncOperation<SoftwareBitmap> GetSoftwareBitmapAsync() = 0;
+};
+using BitmapDecoder = std::shared_ptr<IBitmapDecoder>;
+
+/// Writes one picture into the stream that it was made for. One thread at a time.
+class IBitmapEncoder {
+public:
+    virtual ~IBitmapEncoder() = default;
+
+    virtual void SetSoftwareBitmap(const SoftwareBitmap& bitmap) = 0;
+
+    /// Fails without a bitmap.
+    virtual IAsyncAction FlushAsync() = 0;
+};
+using BitmapEncoder = std::shared_ptr<IBitmapEncoder>;
+
+/// Names the PNG encoder.
+constexpr Guid PngEncoderId{0x27949969, 0x876A, 0x41D7, {0x94, 0x47, 0x56, 0x8F, 0x6A, 0x35, 0xA4, 0xDC}};
+
+} // namespace Platform

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "Platform/Interface/HresultError.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Platform {
+
+/// An ordered read-only list. Copies share the elements, which never change: any thread may read.
+template <typename T> class VectorView {
+public:
+    VectorView() : VectorView(std::vector<T>{}) {}
+    VectorView(std::vector<T> items) : _items(std::make_shared<const std::vector<T>>(std::move(items))) {}
+    VectorView(std::initializer_list<T> items) : VectorView(std::vector<T>(items)) {}
+
+    std::uint32_t Size() const { return static_cast<std::uint32_t>(_items->size()); }
+
+    /// Raises outOfBounds at or past the end.
+    const T& GetAt(std::uint32_t index) const {
+        if (index >= _items->size())
+            throw winrt::hresult_out_of_bounds(u"The list has no element at that position.");
+        return (*_items)[index];
+    }
+
+    auto begin() const { return _items->begin(); }
+    auto end() const { return _items->end(); }
+
+private:
+    std::shared_ptr<const std::vector<T>> _items;
+};
+
+/// A read-only map from text that iterates in the order in which the platform filled it. Copies
+/// share the entries, which never change: any thread may read.
+template <typename T> class MapView {
+public:
+    using Entry = std::pair<std::u16string, T>;
+
+    MapView() : MapView(std::vector<Entry>{}) {}
+    MapView(std::vector<Entry> entries) : _entries(std::make_shared<const std::vector<Entry>>(std::move(entries))) {}
+    MapView(std::initializer_list<Entry> entries) : MapView(std::vector<Entry>(entries)) {}
+
+    std::uint32_t Size() const { return static_cast<std::uint32_t>(_entries->size()); }
+
+    bool HasKey(const std::u16string& key) const { return find(key) != nullptr; }
+
+    /// Raises outOfBounds for a key that the map does not have.
+    const T& Lookup(const std::u16string& key) const {
+        const T* value = find(key);
+        if (value == nullptr)
+            throw winrt::hresult_out_of_bounds(u"The map has no entry under that key: " + key);
+        return *value;
+    }
+
+    auto begin() const { return _entries->begin(); }
+    auto end() const { return _entries->end(); }
+
+private:
+    const T* find(const std::u16string& key) const {
+        for (const Entry& entry : *_entries)
+            if (entry.first == key)
+                return &entry.second;
+        return nullptr;
+    }
+
+    std::shared_ptr<const std::vector<Entry>> _entries;
+};
+
+} // namespace Platform

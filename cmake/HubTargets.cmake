@@ -1,0 +1,45 @@
+# Targets of this project: one library a folder, one test program a mirrored test folder.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+# HUB_SANITIZE: the sanitizers to build with, as -fsanitize takes them; empty for none.
+set(HUB_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them")
+
+add_library(HubFlags INTERFACE)
+target_include_directories(HubFlags INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(HubFlags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+if(HUB_SANITIZE)
+  set(sanitizerFlags -fsanitize=${HUB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(HubFlags INTERFACE ${sanitizerFlags})
+  target_link_options(HubFlags INTERFACE ${sanitizerFlags})
+endif()
+
+# hub_library(Name SOURCES file... DEPENDS target...): the library of the calling folder. DEPENDS names
+# all that the folder may use; cmake/check_layers.py holds the includes to the same rule.
+function(hub_library name)
+  cmake_parse_arguments(HUB "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(${name} STATIC ${HUB_SOURCES})
+  target_link_libraries(${name} PUBLIC HubFlags ${HUB_DEPENDS})
+endfunction()
+
+# hub_test(Name SOURCES file... DEPENDS target...): a program of unit tests, each its own CTest test.
+function(hub_test name)
+  cmake_parse_arguments(HUB "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${HUB_SOURCES})
+  target_link_libraries(${name} PRIVATE HubFlags ${HUB_DEPENDS} GTest::gmock GTest::gtest GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+endfunction()
