@@ -10,18 +10,21 @@ from pathlib import Path
 MAY_INCLUDE = {
     "Platform/Interface": [],
     "Platform/Imaging": ["Platform/Interface"],
-    "Platform/Shared": ["Platform/Interface", "Framework/CXX/Common"],
+    "Platform/Shared": ["Platform/Interface", "Platform/Imaging", "Framework/CXX/Common"],
+    "Platform/Linux": ["Platform/Interface", "Framework/CXX/Common"],
+    "Platform/V4l2": ["Platform/Interface", "Platform/Imaging", "Platform/Shared", "Framework/CXX/Common"],
     "Platform/Simulated": ["Platform/Interface", "Platform/Imaging", "Platform/Shared", "Framework/CXX/Common"],
     "Framework/CXX/Common": [],
     "Framework/CXX/Json": ["Framework/CXX/Common"],
     "Framework/CXX/Network": ["Framework/CXX/Common"],
-    "Services": ["Framework", "Platform/Interface"],
+    "Framework/CXX/Diagnostics": ["Framework/CXX/Common", "Platform/Linux"],
+    "Services": ["Framework", "Platform/Interface", "Platform/Linux"],
     "Tests": ["Framework", "Platform", "Services"],
 }
 
 # The one function that picks a platform.
 EXCEPTIONS = {
-    "Services/LarkspurWindowsCameraHub/CreateCameraPlatform.cpp": ["Platform/Simulated"],
+    "Services/LarkspurWindowsCameraHub/CreateCameraPlatform.cpp": ["Platform/Simulated", "Platform/V4l2"],
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"')

@@ -1,0 +1,21 @@
+#include "Framework/CXX/Network/TCPServer.h"
+
+#include <QHostAddress>
+#include <utility>
+
+TCPServer::TCPServer(quint16 port, QObject* parent, MessageHandler handler)
+    : TCPServer(port, parent, std::move(handler), '\0') {}
+
+TCPServer::TCPServer(quint16 port, QObject* parent, MessageHandler handler, char delimiterByte)
+    : QTcpServer(parent), messageHandler(std::move(handler)), delimiter(delimiterByte) {
+    listen(QHostAddress::Any, port);
+}
+
+TCPServer::~TCPServer() = default;
+
+void TCPServer::incomingNotification(QByteArray notification) { emit notificationAvailable(notification); }
+
+void TCPServer::incomingConnection(qintptr socketDescriptor) {
+    auto* const client = new TCPClient(socketDescriptor, messageHandler, delimiter);
+    connect(this, SIGNAL(notificationAvailable(QByteArray)), client, SLOT(incomingNotification(QByteArray)));
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the client deletes itself
