@@ -1,0 +1,120 @@
+#include "Platform/Imaging/MotionJpegReader.h"
+
+#include "Platform/Imaging/ImagingError.h"
+
+#include <jerror.h>
+#include <jpeglib.h>
+
+#include <array>
+#include <csetjmp>
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+namespace Platform::Imaging {
+namespace {
+
+/// More than any camera's padding, less than what a picture loses by damage that can be seen.
+constexpr int MaxStrayBytes = 64;
+
+constexpr int EndMark = 0xD9;
+
+/// The library's error handling, with the place to go on at after an error. Its functions are called from C
+/// and must not throw.
+struct ErrorHandler {
+    jpeg_error_mgr manager{};
+    std::jmp_buf place{};
+    std::array<char, JMSG_LENGTH_MAX> text{};
+
+    static ErrorHandler& of(j_common_ptr jpeg) { return *static_cast<ErrorHandler*>(jpeg->client_data); }
+
+    [[noreturn]] static void fail(j_common_ptr jpeg) {
+        ErrorHandler& handler = of(jpeg);
+        handler.manager.format_message(jpeg, handler.text.data());
+        std::longjmp(handler.place, 1);
+    }
+
+    /// A warning (below 0) means pixels that are missing or wrong, but for those of a camera's habits.
+    static void judge(j_common_ptr jpeg, int level) {
+        if (level >= 0)
+            return;
+        const ErrorHandler& handler = of(jpeg);
+        const auto& parameters = handler.manager.msg_parm.i;
+        const bool strayBytes = handler.manager.msg_code == JWRN_EXTRANEOUS_DATA && parameters[1] == EndMark &&
+                                parameters[0] <= MaxStrayBytes;
+        // Where the data, too, ends early, another warning follows.
+        const bool noEndMark = handler.manager.msg_code == JWRN_JPEG_EOF;
+        if (!strayBytes && !noEndMark)
+            fail(jpeg);
+    }
+};
+
+/// Frees what the library holds, however the reading ends.
+class Decompressor {
+public:
+    explicit Decompressor(ErrorHandler& handler) {
+        _jpeg.err = jpeg_std_error(&handler.manager);
+        _jpeg.client_data = &handler;
+        handler.manager.error_exit = ErrorHandler::fail;
+        handler.manager.emit_message = ErrorHandler::judge;
+    }
+    ~Decompressor() { jpeg_destroy_decompress(&_jpeg); }
+    Decompressor(const Decompressor&) = delete;
+    Decompressor& operator=(const Decompressor&) = delete;
+
+    // Between setjmp and the end of either function nothing may need a destructor: an error jumps over it.
+    bool readHead(ErrorHandler& handler, std::span<const std::uint8_t> bytes) {
+        if (setjmp(handler.place) != 0)
+            return false;
+        void* const client = _jpeg.client_data; // the creation clears all but the error manager
+        jpeg_create_decompress(&_jpeg);
+        _jpeg.client_data = client;
+        jpeg_mem_src(&_jpeg, bytes.data(), bytes.size());
+        jpeg_read_header(&_jpeg, TRUE);
+        return true;
+    }
+
+    bool readPixels(ErrorHandler& handler, std::uint8_t* pixels) {
+        if (setjmp(handler.place) != 0)
+            return false;
+        _jpeg.out_color_space = JCS_RGB;
+        jpeg_start_decompress(&_jpeg);
+        while (_jpeg.output_scanline < _jpeg.output_height) {
+            JSAMPROW row = pixels + std::size_t{3} * _jpeg.output_width * _jpeg.output_scanline;
+            jpeg_read_scanlines(&_jpeg, &row, 1);
+        }
+        jpeg_finish_decompress(&_jpeg);
+        return true;
+    }
+
+    std::uint32_t width() const { return _jpeg.image_width; }
+    std::uint32_t height() const { return _jpeg.image_height; }
+    bool isProgressive() const { return _jpeg.progressive_mode != FALSE; }
+
+private:
+    jpeg_decompress_struct _jpeg{};
+};
+
+[[noreturn]] void raiseError(const ErrorHandler& handler) {
+    raise(winrt::result::fail, "Motion JPEG: " + std::string(handler.text.data()));
+}
+
+} // namespace
+
+RgbImage readMotionJpeg(std::span<const std::uint8_t> bytes) {
+    ErrorHandler handler;
+    Decompressor decompressor(handler);
+    if (!decompressor.readHead(handler, bytes))
+        raiseError(handler);
+    requireSizeWithinLimits(decompressor.width(), decompressor.height(), "Motion JPEG");
+    // No camera sends those; a small one can ask for hours of decoding.
+    if (decompressor.isProgressive())
+        raise(winrt::result::fail, "Motion JPEG: progressive pictures are not supported");
+    RgbImage image{decompressor.width(), decompressor.height(), {}};
+    image.pixels.resize(std::size_t{3} * image.width * image.height);
+    if (!decompressor.readPixels(handler, image.pixels.data()))
+        raiseError(handler);
+    return image;
+}
+
+} // namespace Platform::Imaging
