@@ -1,0 +1,38 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace Platform::Shared {
+
+/// Threads of the platform. There is always one for a task that is ready, so that no slow task delays
+/// another; a task that waits for its moment takes none. Any thread may use and release the pool, its
+/// own included: a task that runs at that time goes on to its end. Whoever posts a task lets the
+/// task own the pool; what has not begun when the pool goes and waits for its moment is dropped.
+/// An exception that leaves a task ends the process.
+class WorkerPool {
+public:
+    using Task = std::function<void()>;
+
+    WorkerPool();
+    ~WorkerPool();
+    WorkerPool(const WorkerPool&) = delete;
+    WorkerPool& operator=(const WorkerPool&) = delete;
+
+    void post(Task task);
+
+    /// Tasks of one moment begin in the order in which they were posted.
+    void postAt(std::chrono::steady_clock::time_point moment, Task task);
+
+    /// Ends all delays, those of later tasks too, and waits until no task is left or the limit has passed;
+    /// does not wait on a thread of the pool itself. For the end of a platform.
+    void windDown(std::chrono::milliseconds limit);
+
+private:
+    struct State;
+
+    std::shared_ptr<State> _state;
+};
+
+} // namespace Platform::Shared

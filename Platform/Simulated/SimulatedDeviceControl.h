@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Platform/Interface/MediaDeviceControl.h"
+#include "Platform/Simulated/CaptureSession.h"
+
+#include <memory>
+
+namespace Platform::Simulated {
+
+/// One control of the older generation, seen through an open capture.
+class SimulatedDeviceControl final : public IMediaDeviceControl {
+public:
+    SimulatedDeviceControl(std::shared_ptr<CaptureSession> session, std::shared_ptr<SimulatedCamera> camera,
+                           OlderControl control);
+
+    MediaDeviceControlCapabilities Capabilities() const override;
+    bool TrySetValue(double value) override;
+    bool TryGetValue(double& value) const override;
+    bool TrySetAuto(bool on) override;
+    bool TryGetAuto(bool& on) const override;
+
+private:
+    template <typename Work> auto call(const char* operation, Json::Value arguments, Work work) const;
+
+    const std::shared_ptr<CaptureSession> _session;
+    const std::shared_ptr<SimulatedCamera> _camera;
+    const OlderControl _control;
+};
+
+} // namespace Platform::Simulated

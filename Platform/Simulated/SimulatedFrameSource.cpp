@@ -1,0 +1,56 @@
+#include "Platform/Simulated/SimulatedFrameSource.h"
+
+#include "Framework/CXX/Common/TextConversion.h"
+#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Simulated/CameraCall.h"
+#include "Platform/Simulated/SimulatedGroup.h"
+
+#include <utility>
+#include <vector>
+
+namespace Platform::Simulated {
+namespace {
+
+void requireFormat(const SourceDefinition& source, const MediaFrameFormat& format, const std::u16string& device) {
+    const bool known = format.Index < source.formats.size() && source.formats[format.Index].Width == format.Width &&
+                       source.formats[format.Index].Height == format.Height;
+    if (!known)
+        throw Shared::platformError("MediaFrameSource.SetFormatAsync", Halden::toUtf8(device),
+                                    winrt::result::invalidArgument, "The source does not have that format.");
+}
+
+} // namespace
+
+SimulatedFrameSource::SimulatedFrameSource(std::shared_ptr<CaptureSession> session,
+                                           std::shared_ptr<const SourceDefinition> definition)
+    : _session(std::move(session)), _definition(std::move(definition)),
+      _camera(_session->simulation()->camera(_definition->device.id)) {}
+
+MediaFrameSourceInfo SimulatedFrameSource::Info() const {
+    _session->requireOpen("MediaFrameSource.Info", _camera);
+    return std::make_shared<SimulatedSourceInfo>(_definition);
+}
+
+VectorView<MediaFrameFormat> SimulatedFrameSource::SupportedFormats() const {
+    _session->requireOpen("MediaFrameSource.SupportedFormats", _camera);
+    std::vector<MediaFrameFormat> formats;
+    for (const FormatDefinition& format : _definition->formats)
+        formats.push_back({static_cast<std::uint32_t>(formats.size()), format.Width, format.Height, format.FrameRate,
+                           format.Subtype});
+    return formats;
+}
+
+IAsyncAction SimulatedFrameSource::SetFormatAsync(const MediaFrameFormat& format) {
+    constexpr const char* operation = "MediaFrameSource.SetFormatAsync";
+    Json::Value arguments(Json::arrayValue);
+    arguments.append(journalText(id()));
+    arguments.append(format.Index);
+    return cameraCallAsync<void>(_session, _camera, {operation, {}, nullptr, std::move(arguments)},
+                                 [session = _session, definition = _definition, camera = _camera, format] {
+                                     session->requireOpen(operation, camera);
+                                     requireFormat(*definition, format, camera->deviceId());
+                                     session->setFormat(camera, format);
+                                 });
+}
+
+} // namespace Platform::Simulated

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Platform/Interface/MediaFrameSource.h"
+#include "Platform/Simulated/CaptureSession.h"
+
+#include <memory>
+#include <string>
+
+namespace Platform::Simulated {
+
+/// A source of an open capture.
+class SimulatedFrameSource final : public IMediaFrameSource {
+public:
+    SimulatedFrameSource(std::shared_ptr<CaptureSession> session, std::shared_ptr<const SourceDefinition> definition);
+
+    MediaFrameSourceInfo Info() const override;
+    VectorView<MediaFrameFormat> SupportedFormats() const override;
+    IAsyncAction SetFormatAsync(const MediaFrameFormat& format) override;
+
+    const std::u16string& id() const { return _definition->id; }
+    const std::shared_ptr<CaptureSession>& session() const { return _session; }
+    const std::shared_ptr<SimulatedCamera>& camera() const { return _camera; }
+
+private:
+    const std::shared_ptr<CaptureSession> _session;
+    const std::shared_ptr<const SourceDefinition> _definition; // when the capture was asked for its sources
+    const std::shared_ptr<SimulatedCamera> _camera;
+};
+
+} // namespace Platform::Simulated

@@ -1,0 +1,45 @@
+#include "Platform/Simulated/SimulatedGroup.h"
+
+#include "Platform/Shared/DeviceInformationValue.h"
+
+#include <utility>
+#include <vector>
+
+namespace Platform::Simulated {
+namespace {
+
+class SimulatedSourceInfo2 final : public IMediaFrameSourceInfo2 {
+public:
+    explicit SimulatedSourceInfo2(std::shared_ptr<const SourceDefinition> definition)
+        : _definition(std::move(definition)) {}
+
+    std::u16string ProfileId() const override { return _definition->profileId; }
+    VectorView<MediaCaptureVideoProfileMediaDescription> VideoProfileMediaDescription() const override {
+        return _definition->profiles;
+    }
+
+private:
+    const std::shared_ptr<const SourceDefinition> _definition;
+};
+
+VectorView<MediaFrameSourceInfo> infosOf(const std::shared_ptr<const GroupDefinition>& group) {
+    std::vector<MediaFrameSourceInfo> infos;
+    for (const SourceDefinition& source : group->sources)
+        infos.push_back(std::make_shared<SimulatedSourceInfo>(std::shared_ptr<const SourceDefinition>(group, &source)));
+    return infos;
+}
+
+} // namespace
+
+SimulatedSourceInfo::SimulatedSourceInfo(std::shared_ptr<const SourceDefinition> definition)
+    : _definition(std::move(definition)),
+      _device(std::make_shared<Shared::DeviceInformationValue>(_definition->device)) {}
+
+MediaFrameSourceInfo2 SimulatedSourceInfo::asMediaFrameSourceInfo2() const {
+    return _definition->sourceInfo2 ? std::make_shared<SimulatedSourceInfo2>(_definition) : nullptr;
+}
+
+SimulatedGroup::SimulatedGroup(std::shared_ptr<const GroupDefinition> definition)
+    : _definition(std::move(definition)), _sourceInfos(infosOf(_definition)) {}
+
+} // namespace Platform::Simulated

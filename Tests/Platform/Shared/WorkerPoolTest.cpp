@@ -1,0 +1,140 @@
+#include "Platform/Shared/WorkerPool.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <latch>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+using Platform::Shared::WorkerPool;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+namespace {
+
+constexpr std::chrono::seconds limit(10);
+
+TEST(WorkerPool, ASlowTaskDelaysNoOther) {
+    const auto pool = std::make_shared<WorkerPool>();
+    std::latch allRun(20); // passes only if 20 tasks run at the same time
+    std::promise<void> last;
+    std::atomic<int> ended = 0;
+    for (int i = 0; i < 20; ++i)
+        pool->post([&, pool] {
+            allRun.arrive_and_wait();
+            if (++ended == 20)
+                last.set_value();
+        });
+    EXPECT_EQ(last.get_future().wait_for(limit), std::future_status::ready);
+}
+
+TEST(WorkerPool, ATaskWaitsForItsMoment) {
+    const auto pool = std::make_shared<WorkerPool>();
+    const auto moment = steady_clock::now() + milliseconds(30);
+    std::promise<steady_clock::time_point> ran;
+    pool->postAt(moment, [&, pool] { ran.set_value(steady_clock::now()); });
+    auto result = ran.get_future();
+    ASSERT_EQ(result.wait_for(limit), std::future_status::ready);
+    EXPECT_GE(result.get(), moment);
+}
+
+TEST(WorkerPool, TasksRunInTheOrderOfTheirMoments) {
+    const auto pool = std::make_shared<WorkerPool>();
+    const auto now = steady_clock::now();
+    std::mutex mutex;
+    std::vector<int> order;
+    std::promise<void> last;
+    const auto note = [&](int number) {
+        std::lock_guard lock(mutex);
+        order.push_back(number);
+        if (order.size() == 3)
+            last.set_value();
+    };
+    pool->postAt(now + milliseconds(120), [&, pool] { note(3); });
+    pool->postAt(now + milliseconds(20), [&, pool] { note(1); });
+    pool->postAt(now + milliseconds(70), [&, pool] { note(2); });
+    ASSERT_EQ(last.get_future().wait_for(limit), std::future_status::ready);
+    std::lock_guard lock(mutex);
+    EXPECT_EQ(order, (std::vector{1, 2, 3}));
+}
+
+TEST(WorkerPool, ATaskComesDueWhileAllThreadsAreBusy) {
+    const auto pool = std::make_shared<WorkerPool>();
+    std::promise<void> release;
+    const auto released = release.get_future().share();
+    std::latch busy(3);
+    std::promise<void> due;
+    pool->postAt(steady_clock::now() + milliseconds(30), [&, pool] { due.set_value(); });
+    for (int i = 0; i < 3; ++i)
+        pool->post([&busy, released, pool] {
+            busy.count_down();
+            released.wait();
+        });
+    busy.wait();
+    EXPECT_EQ(due.get_future().wait_for(limit), std::future_status::ready);
+    release.set_value();
+}
+
+TEST(WorkerPool, ItsLastTaskMayReleaseIt) {
+    for (int i = 0; i < 50; ++i) {
+        auto pool = std::make_shared<WorkerPool>();
+        const std::weak_ptr<WorkerPool> weak = pool;
+        std::promise<void> go;
+        pool->post([pool, released = go.get_future().share()] { released.wait(); });
+        pool.reset();
+        EXPECT_FALSE(weak.expired());
+        go.set_value();
+        const auto end = steady_clock::now() + limit;
+        while (!weak.expired() && steady_clock::now() < end)
+            std::this_thread::yield();
+        EXPECT_TRUE(weak.expired());
+    }
+}
+
+TEST(WorkerPool, DropsWhatStillWaitsWhenItGoes) {
+    auto witness = std::make_shared<bool>(false);
+    const std::weak_ptr<bool> weak = witness;
+    auto pool = std::make_shared<WorkerPool>();
+    pool->postAt(steady_clock::now() + std::chrono::hours(1), [kept = std::move(witness)] { *kept = true; });
+    pool.reset();
+    EXPECT_TRUE(weak.expired());
+}
+
+TEST(WorkerPool, WindingDownEndsDelaysAndWaitsForTheTasks) {
+    const auto pool = std::make_shared<WorkerPool>();
+    std::atomic<int> ran = 0;
+    pool->postAt(steady_clock::now() + std::chrono::hours(1), [&, pool] { ++ran; });
+    pool->windDown(limit);
+    EXPECT_EQ(ran, 1);
+    pool->postAt(steady_clock::now() + std::chrono::hours(1), [&, pool] { ++ran; });
+    pool->windDown(limit);
+    EXPECT_EQ(ran, 2);
+}
+
+TEST(WorkerPool, WindingDownWaitsNoLongerThanItsLimit) {
+    const auto pool = std::make_shared<WorkerPool>();
+    std::promise<void> release;
+    pool->post([released = release.get_future().share(), pool] { released.wait(); });
+    const auto start = steady_clock::now();
+    pool->windDown(milliseconds(20));
+    EXPECT_LT(steady_clock::now() - start, limit);
+    release.set_value();
+    pool->windDown(limit);
+}
+
+TEST(WorkerPool, WindingDownDoesNotWaitForItself) {
+    const auto pool = std::make_shared<WorkerPool>();
+    std::promise<void> done;
+    pool->post([&, pool] {
+        pool->windDown(std::chrono::hours(1));
+        done.set_value();
+    });
+    EXPECT_EQ(done.get_future().wait_for(limit), std::future_status::ready);
+}
+
+} // namespace

@@ -1,0 +1,352 @@
+#include "Tests/Platform/Simulated/SimulatedFixture.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <mutex>
+#include <string>
+#include <vector>
+
+using namespace Platform;
+using std::chrono::milliseconds;
+
+namespace {
+
+std::string groupText(const std::string& id, const std::string& more = {}) {
+    return R"({"id": ")" + id + R"(", "sources": [{"id": "S", "device": {"id": "D)" + id +
+           R"("}, "profiles": [{"width": 8, "height": 8}]}])" + more + "}";
+}
+
+std::string groupsText(const std::vector<std::string>& groups) {
+    std::string list;
+    for (const std::string& group : groups)
+        list += (list.empty() ? "" : ", ") + group;
+    return R"({"journal": "journal.txt", "groups": [)" + list + "]}";
+}
+
+class HotPlug : public SimulatedFixture {
+protected:
+    /// Notes events as "+id", "*id" and "-id".
+    void watch() {
+        const auto note = [this](char kind, const std::u16string& id) {
+            std::lock_guard lock(_mutex);
+            _events.push_back(kind + std::string(id.begin(), id.end()));
+            return winrt::result::ok;
+        };
+        _watcher = platform->CreateWatcher(platform->GetDeviceSelector());
+        _watcher->Added([note](const auto&, const DeviceInformation& device) { return note('+', device->Id()); });
+        _watcher->Updated([this, note](const auto&, const DeviceInformationUpdate& update) {
+            {
+                std::lock_guard lock(_mutex);
+                _update = update;
+            }
+            return note('*', update->Id());
+        });
+        _watcher->Removed(
+            [note](const auto&, const DeviceInformationUpdate& update) { return note('-', update->Id()); });
+        _watcher->Start();
+    }
+    std::vector<std::string> events() {
+        std::lock_guard lock(_mutex);
+        return _events;
+    }
+    bool waitForEvents(std::vector<std::string> expected) {
+        std::sort(expected.begin(), expected.end());
+        return waitUntil([&] {
+            auto seen = events();
+            std::sort(seen.begin(), seen.end()); // devices are independent of each other
+            return seen == expected;
+        });
+    }
+    std::size_t groupCount() { return blockingWait(platform->FindAllAsync()).Size(); }
+
+    DeviceWatcher _watcher;
+    std::mutex _mutex;
+    std::vector<std::string> _events;
+    DeviceInformationUpdate _update;
+};
+
+TEST_F(HotPlug, DevicesThatArePresentAreAdded) {
+    start(groupsText({groupText("A"), groupText("B")}));
+    watch();
+    EXPECT_TRUE(waitForEvents({"+A", "+B"}));
+}
+
+TEST_F(HotPlug, ANewGroupIsAddedAndAGoneOneRemoved) {
+    start(groupsText({groupText("A")}));
+    watch();
+    ASSERT_TRUE(waitForEvents({"+A"}));
+    file.replace(groupsText({groupText("A"), groupText("B")}));
+    EXPECT_TRUE(waitForEvents({"+A", "+B"}));
+    file.replace(groupsText({groupText("B")}));
+    EXPECT_TRUE(waitForEvents({"+A", "+B", "-A"}));
+}
+
+TEST_F(HotPlug, AGroupWhoseObjectDiffersIsUpdated) {
+    start(groupsText({groupText("A"), groupText("B")}));
+    watch();
+    ASSERT_TRUE(waitForEvents({"+A", "+B"}));
+    file.replace(groupsText({groupText("A"), groupText("B", R"(, "displayName": "new")")}));
+    EXPECT_TRUE(waitForEvents({"+A", "+B", "*B"}));
+}
+
+TEST_F(HotPlug, AnotherOrderOfMembersIsNoUpdate) {
+    start(groupsText({R"({"id": "A", "displayName": "n"})"}));
+    watch();
+    ASSERT_TRUE(waitForEvents({"+A"}));
+    file.replace(groupsText({R"({ "displayName":"n",  "id": "A" })", groupText("B")}));
+    EXPECT_TRUE(waitForEvents({"+A", "+B"}));
+}
+
+TEST_F(HotPlug, TheWatchedDeviceIsReported) {
+    const auto watched = [](const std::string& properties) {
+        return R"(, "watched": {"id": "W", "properties": {)" + properties + "}}";
+    };
+    start(groupsText({groupText("A", watched(R"("same": "1", "old": "1")"))}));
+    watch();
+    ASSERT_TRUE(waitForEvents({"+W"}));
+    file.replace(groupsText({groupText("A", watched(R"("same": "1", "old": "2", "new": "3")"))}));
+    ASSERT_TRUE(waitForEvents({"+W", "*W"}));
+    std::lock_guard lock(_mutex);
+    const PropertyMap news = _update->Properties();
+    EXPECT_EQ(news.Size(), 2U);
+    EXPECT_EQ(unboxString(news.Lookup(u"old")), u"2");
+    EXPECT_EQ(unboxString(news.Lookup(u"new")), u"3");
+}
+
+TEST_F(HotPlug, AnotherWatchedDeviceIsANewOne) {
+    start(groupsText({groupText("A", R"(, "watched": {"id": "W"})")}));
+    watch();
+    ASSERT_TRUE(waitForEvents({"+W"}));
+    file.replace(groupsText({groupText("A", R"(, "watched": {"id": "X"})")}));
+    EXPECT_TRUE(waitForEvents({"+W", "-W", "+X"}));
+}
+
+TEST_F(HotPlug, AnUnpluggedCameraComesBackInOrder) {
+    start(groupsText({groupText("A")}));
+    watch();
+    for (const auto& [present, count] : {std::pair{false, 2U}, {true, 3U}, {false, 4U}, {true, 5U}}) {
+        file.replace(groupsText(present ? std::vector{groupText("A")} : std::vector<std::string>()));
+        const std::size_t expected = count;
+        ASSERT_TRUE(waitUntil([&] { return events().size() == expected; }));
+    }
+    EXPECT_EQ(events(), (std::vector<std::string>{"+A", "-A", "+A", "-A", "+A"}));
+}
+
+TEST_F(HotPlug, TheJournalTellsOfEventsBeforeTheHandlersRun) {
+    start(groupsText({groupText("A")}));
+    _watcher = platform->CreateWatcher(platform->GetDeviceSelector());
+    std::atomic<bool> stood = false;
+    std::atomic<bool> ran = false;
+    _watcher->Added([&](const auto&, const auto&) {
+        const auto lines = journal.linesOf("DeviceWatcher.Added");
+        stood = lines.size() == 1 && lines[0].device == "A";
+        ran = true;
+        return winrt::result::ok;
+    });
+    _watcher->Start();
+    ASSERT_TRUE(waitUntil([&] { return ran.load(); }));
+    EXPECT_TRUE(stood);
+    file.replace(groupsText({groupText("A", R"(, "displayName": "new")")}));
+    ASSERT_TRUE(journal.waitForCall("DeviceWatcher.Updated"));
+    file.replace(groupsText({}));
+    ASSERT_TRUE(journal.waitForCall("DeviceWatcher.Removed"));
+    EXPECT_EQ(journal.linesOf("DeviceWatcher.Updated")[0].device, "A");
+    EXPECT_EQ(journal.linesOf("DeviceWatcher.Removed")[0].device, "A");
+}
+
+TEST_F(HotPlug, TheFileMayBeWrittenInPlace) {
+    start(groupsText({groupText("A")}));
+    file.write(groupsText({groupText("A"), groupText("B")}));
+    EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
+}
+
+TEST_F(HotPlug, TheFileMayStayOpenInItsWriter) {
+    start(groupsText({groupText("A")}));
+    std::ofstream writer(file.path(), std::ios::trunc);
+    writer << groupsText({groupText("A"), groupText("B")}) << std::flush;
+    EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
+}
+
+TEST_F(HotPlug, TheFileMayBeMovedAwayAndComeBack) {
+    start(groupsText({groupText("A")}));
+    std::filesystem::rename(file.path(), file.folder() / "backup");
+    file.write(groupsText({groupText("A"), groupText("B")}));
+    EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
+    std::filesystem::remove(file.path());
+    file.replace(groupsText({}));
+    EXPECT_TRUE(waitUntil([&] { return groupCount() == 0; }));
+}
+
+TEST_F(HotPlug, ManyChangesInARowEndWithTheLastOne) {
+    start(groupsText({}));
+    for (int i = 0; i < 50; ++i) {
+        const std::string text = groupsText({groupText("A"), groupText(std::to_string(i))});
+        if (i % 2 == 0)
+            file.write(text);
+        else
+            file.replace(text);
+    }
+    EXPECT_TRUE(waitUntil([&] {
+        const auto groups = blockingWait(platform->FindAllAsync());
+        return groups.Size() == 2 && groups.GetAt(1)->Id() == u"49";
+    }));
+}
+
+TEST_F(HotPlug, AFileThatDoesNotParseIsIgnoredWithOneLineUntilItDoes) {
+    start(groupsText({groupText("A")}));
+    testing::internal::CaptureStderr();
+    file.write("{\"groups\": [");
+    std::this_thread::sleep_for(milliseconds(400)); // well beyond the moment that a writer is given
+    EXPECT_EQ(groupCount(), 1U);
+    std::fflush(stderr);
+    const std::string text = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
+    EXPECT_NE(text.find(file.path().native() + ": is no JSON"), std::string::npos) << text;
+    file.write(groupsText({groupText("A"), groupText("B")}));
+    EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
+}
+
+TEST_F(HotPlug, AFileThatIsWrittenInTwoHalvesIsNotComplainedOf) {
+    start(groupsText({groupText("A")}));
+    testing::internal::CaptureStderr();
+    const std::string text = groupsText({groupText("A"), groupText("B")});
+    {
+        std::ofstream writer(file.path(), std::ios::trunc);
+        writer << text.substr(0, 20) << std::flush;
+        std::this_thread::sleep_for(milliseconds(20));
+        writer << text.substr(20) << std::flush;
+    }
+    EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(HotPlug, AStillOfACameraThatGoesNeverCompletes) {
+    start(cameraScenario(R"({"capture": {"delayMs": 300}})"));
+    const MediaCapture capture = open();
+    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
+    const auto flag = CompletionFlag::of(takeStill(capture, stream));
+    file.replace(unpluggedScenario());
+    ASSERT_TRUE(waitUntil([&] { return groupCount() == 0; }));
+    file.replace(cameraScenario()); // back before the delay is over
+    ASSERT_TRUE(waitUntil([&] { return groupCount() == 1; }));
+    EXPECT_FALSE(flag->waitUntil(std::chrono::steady_clock::now() + milliseconds(500)));
+    EXPECT_EQ(stream->Size(), 0U);
+    EXPECT_EQ(journal.linesOf("MediaCapture.CapturePhotoToStreamAsync").size(), 1U);
+}
+
+TEST_F(HotPlug, ACameraThatComesBackIsThereAgainForOpenCaptures) {
+    start(cameraScenario());
+    const MediaCapture capture = open();
+    file.replace(unpluggedScenario());
+    ASSERT_TRUE(waitUntil([&] { return outcomeOf([&] { capture->FrameSources(); }).raised; }));
+    EXPECT_EQ(outcomeOf([&] { capture->FrameSources(); }).code, winrt::result::notFound);
+    EXPECT_EQ(outcomeOf([&] { open(); }).raised, true);
+    file.replace(cameraScenario());
+    ASSERT_TRUE(waitUntil([&] { return !outcomeOf([&] { capture->FrameSources(); }).raised; }));
+    EXPECT_EQ(still(capture).width, 32U);
+}
+
+TEST_F(HotPlug, ACameraIsThereAsLongAsASourceOfAnyGroupHasItsDevice) {
+    start(cameraScenario());
+    const MediaCapture capture = open();
+    file.replace(R"({"groups": [{"id": "other", "sources": [{"id": "S", "device": {"id": "D"}}]}]})");
+    ASSERT_TRUE(waitUntil([&] { return group()->Id() == u"other"; }));
+    EXPECT_FALSE(outcomeOf([&] { capture->VideoDeviceController(); }).raised);
+}
+
+TEST_F(HotPlug, AChangeIsTakenOverByOpenCaptures) {
+    start(cameraScenario());
+    const MediaCapture capture = open();
+    EXPECT_FALSE(capture->VideoDeviceController()->Focus()->Capabilities().Supported);
+    file.replace(cameraScenario(R"({"focus": {"supported": true}})"));
+    EXPECT_TRUE(waitUntil([&] { return capture->VideoDeviceController()->Focus()->Capabilities().Supported; }));
+}
+
+TEST_F(HotPlug, AControlKeepsItsValueUnlessItsObjectChanged) {
+    const std::string focus = R"("focus": {"supported": true, "max": 9, "value": 1})";
+    const std::string other = R"("contrast": {"supported": true, "max": 9, "value": )";
+    start(cameraScenario("{" + focus + ", " + other + "1}}"));
+    const MediaCapture capture = open();
+    const auto controller = capture->VideoDeviceController();
+    const auto valueOf = [](const MediaDeviceControl& control) {
+        double value = -1;
+        control->TryGetValue(value);
+        return value;
+    };
+    controller->Focus()->TrySetValue(7);
+    controller->Contrast()->TrySetValue(7);
+    file.replace(cameraScenario("{" + focus + ", " + other + "3}}"));
+    EXPECT_TRUE(waitUntil([&] { return valueOf(controller->Contrast()) == 3; }));
+    EXPECT_EQ(valueOf(controller->Focus()), 7);
+}
+
+TEST_F(HotPlug, FaultCountersStartAgain) {
+    const auto scenario = [](int times) {
+        return cameraScenario(R"({"faults": {"MediaCapture.FrameSources": {"times": )" + std::to_string(times) + "}}}");
+    };
+    start(scenario(1));
+    const MediaCapture capture = open();
+    const auto raises = [&] { return outcomeOf([&] { capture->FrameSources(); }).raised; };
+    EXPECT_TRUE(raises());
+    EXPECT_FALSE(raises());
+    file.replace(scenario(1)); // the same text, written anew
+    EXPECT_TRUE(waitUntil(raises));
+    EXPECT_FALSE(raises());
+}
+
+TEST_F(HotPlug, AnotherJournalIsTakenOver) {
+    start(cameraScenario());
+    group();
+    ASSERT_FALSE(journal.lines().empty());
+    file.replace(R"({"journal": "other.txt"})");
+    const JournalReader other(file.folder() / "other.txt");
+    EXPECT_TRUE(waitUntil([&] {
+        groupCount();
+        return !other.lines().empty();
+    }));
+    const std::size_t before = journal.lines().size();
+    groupCount();
+    EXPECT_EQ(journal.lines().size(), before);
+}
+
+TEST_F(HotPlug, ThePlatformMayBeReleasedInItsOwnHandler) {
+    start(groupsText({groupText("A")}));
+    std::atomic<bool> released = false;
+    {
+        const auto watcher = platform->CreateWatcher(platform->GetDeviceSelector());
+        watcher->Added([&](const auto&, const auto&) {
+            platform.reset();
+            _watcher.reset();
+            released = true;
+            return winrt::result::ok;
+        });
+        _watcher = watcher;
+        _watcher->Start();
+        EXPECT_TRUE(waitUntil([&] { return released.load(); }));
+    }
+}
+
+TEST_F(HotPlug, AHandlerThatRunsWhenThePlatformEndsGoesOn) {
+    start(groupsText({groupText("A")}));
+    std::atomic<bool> running = false;
+    std::atomic<bool> opened = false;
+    _watcher = platform->CreateWatcher(platform->GetDeviceSelector());
+    const MediaFrameSourceGroup first = group();
+    const MediaCapture capture = platform->CreateMediaCapture();
+    _watcher->Added([&](const auto&, const auto&) {
+        running = true;
+        std::this_thread::sleep_for(milliseconds(50));
+        blockingWait(capture->InitializeAsync({first, {}, {}}));
+        opened = true;
+        return winrt::result::ok;
+    });
+    _watcher->Start();
+    ASSERT_TRUE(waitUntil([&] { return running.load(); }));
+    platform.reset(); // waits for the handler
+    EXPECT_TRUE(opened);
+}
+
+} // namespace
