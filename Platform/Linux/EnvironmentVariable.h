@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Platform::Linux {
+
+/// The variable's value; the other text if the variable is not set or empty.
+std::string environmentVariableOr(const char* name, std::string_view otherwise);
+
+} // namespace Platform::Linux
