@@ -1,0 +1,53 @@
+#include "Framework/CXX/Common/RunCatch.h"
+#include "Framework/CXX/Common/TextConversion.h"
+#include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
+#include "Framework/CXX/Diagnostics/PathText.h"
+#include "Platform/Linux/CrashReporter/CrashReporter.h"
+
+namespace {
+
+// Called while an exception is being handled.
+std::string describeHaldenException() {
+    try {
+        throw;
+    } catch (const Halden::HaldenExceptionBase& exception) {
+        return exception.getDescriptionUtf8();
+    } catch (...) {
+        return {};
+    }
+}
+
+} // namespace
+
+bool HaldenDiagnostics::installCrashRecording(bool silent, std::uint32_t /* miniDumpType */) {
+    if (isCrashRecordingInstalled()) {
+        return false;
+    }
+    const std::u16string crashFolder = Halden::joinPaths(_folders.runFolder, u"Crash");
+    _fileSystem->create_directory(crashFolder);
+    if (!Halden::isFolder(crashFolder)) {
+        return false;
+    }
+    Platform::Linux::CrashReporterInstallRecord record;
+    record.applicationName = Halden::toUtf8(_appName);
+    record.applicationVersion = Halden::toUtf8(_version);
+    record.reportFolder = Halden::toUtf8(crashFolder);
+    record.describeException = describeHaldenException;
+    if (!Platform::Linux::installCrashReporter(record)) {
+        return false;
+    }
+    if (!silent && !Platform::Linux::addScreenshotToCrashReports()) {
+        return false;
+    }
+    _folders.crashFolder = crashFolder;
+    return true;
+}
+
+void HaldenDiagnostics::uninstallCrashRecording() {
+    if (isCrashRecordingInstalled()) {
+        Platform::Linux::uninstallCrashReporter();
+    }
+    _folders.crashFolder.clear();
+}
+
+bool HaldenDiagnostics::isCrashRecordingInstalled() const { return !_folders.crashFolder.empty(); }

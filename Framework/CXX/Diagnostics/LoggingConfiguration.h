@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+// What the process's loggers write to. Other threads may log meanwhile: each of their lines reaches the old
+// destination or the new one, or both at the moment of the change. Destinations of the configuration before are
+// closed.
+namespace Halden {
+
+/// Configures from a file in the syntax of log4cxx::PropertyConfigurator. UTF-8.
+void configureLogging(const std::string& propertiesFile);
+
+/// Configures without a file: to standard output.
+void configureBasicLogging();
+
+} // namespace Halden

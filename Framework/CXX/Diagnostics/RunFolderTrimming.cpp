@@ -1,0 +1,49 @@
+#include "Framework/CXX/Common/TextConversion.h"
+#include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
+#include "Framework/CXX/Diagnostics/PathText.h"
+#include "Framework/CXX/Diagnostics/RunFolderEntry.h"
+#include "Platform/Linux/FolderWalk.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <deque>
+#include <optional>
+#include <system_error>
+
+namespace {
+
+std::deque<RunFolderEntry> findRunFolders(Platform::Linux::FolderWalk& walk) {
+    std::deque<RunFolderEntry> found;
+    walk.next(); // the folder itself comes first
+    while (const std::optional<Platform::Linux::FolderEntry> entry = walk.next()) {
+        RunFolderEntry folder = RunFolderEntry::ofName(Halden::toUtf16(entry->name));
+        if (folder.hasTime) {
+            folder.creationTime = entry->creationTime;
+            found.push_back(folder);
+        }
+    }
+    std::ranges::stable_sort(found, {}, &RunFolderEntry::creationTime);
+    return found;
+}
+
+} // namespace
+
+void HaldenDiagnostics::trimRunFolders(int keepCount) {
+    requireValid();
+    const std::u16string all = Halden::joinPaths(_folders.baseFolder, diagnosticsFolderName);
+    Platform::Linux::FolderWalk walk(Halden::toUtf8(all));
+    if (walk.openError() != 0) {
+        std::printf("FindFirstFile failed (%d)\n", walk.openError());
+        return;
+    }
+    std::deque<RunFolderEntry> runs = findRunFolders(walk);
+    if (walk.readError() != 0) {
+        std::printf("FindNextFile error. Error is %u.\n", static_cast<unsigned>(walk.readError()));
+    }
+    const auto keep = static_cast<std::size_t>(std::max(keepCount, 1));
+    while (runs.size() > keep) {
+        std::error_code ignored;
+        std::filesystem::remove_all(Halden::toUtf8(Halden::joinPaths(all, runs.front().name)), ignored);
+        runs.pop_front();
+    }
+}

@@ -1,0 +1,145 @@
+#include "Framework/CXX/Diagnostics/DiagnosticsFactories.h"
+
+#include "Framework/CXX/Common/TextConversion.h"
+#include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
+
+#include <log4cxx/logger.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+
+namespace {
+
+/// The machine's file system with one folder that can't be made.
+class FileSystemWithFault final : public IFileSystem {
+public:
+    explicit FileSystemWithFault(std::u16string word) : _word(std::move(word)) {}
+
+    bool create_directory(const std::u16string& path) const override {
+        if (path.find(_word) != std::u16string::npos) {
+            throw std::filesystem::filesystem_error("create_directory", Halden::toUtf8(path),
+                                                    std::error_code(ENOSPC, std::generic_category()));
+        }
+        return mkdir(Halden::toUtf8(path).c_str(), 0700) == 0;
+    }
+
+    bool exists(const std::u16string& path) const override {
+        return std::filesystem::exists(std::filesystem::path(Halden::toUtf8(path)));
+    }
+
+private:
+    const std::u16string _word;
+};
+
+class DiagnosticsFactories : public DiagnosticsFixture {};
+
+TEST_F(DiagnosticsFactories, AStartLeavesTheWholeTree) {
+    const auto diagnostics = makeDiagnostics();
+    ASSERT_NE(diagnostics, nullptr);
+    EXPECT_TRUE(std::filesystem::is_regular_file(propertiesFile()));
+    ASSERT_EQ(runNames().size(), 1U);
+    const std::filesystem::path run = allRuns() / *runNames().begin();
+    EXPECT_EQ(Halden::toUtf8(diagnostics->getRunFolder()), run.string());
+    for (const char* const log : {"DEFAULT.log", "DEVICE.log", "PRODUCT.log", "TIMING.log"}) {
+        EXPECT_TRUE(std::filesystem::is_regular_file(run / "logs" / log)) << log;
+    }
+    const std::string trace = diagnostics->getDefaultTraceId();
+    EXPECT_TRUE(trace.starts_with("_default_")) << trace;
+    EXPECT_TRUE(std::filesystem::is_directory(run / "Traces" / trace / "Data"));
+    EXPECT_EQ(diagnostics->getCurrentTraceId(), trace);
+    EXPECT_FALSE(std::filesystem::exists(run / "Crash"));
+}
+
+TEST_F(DiagnosticsFactories, TheRunIsNamedByItsStartTime) {
+    const std::time_t before = std::time(nullptr);
+    const auto diagnostics = makeDiagnostics();
+    const std::time_t after = std::time(nullptr);
+    ASSERT_NE(diagnostics, nullptr);
+    std::tm time{};
+    ASSERT_NE(strptime(Halden::toUtf8(diagnostics->getRunName()).c_str(), "%Y-%m-%d_%H-%M-%S", &time), nullptr);
+    time.tm_isdst = -1;
+    const std::time_t started = std::mktime(&time);
+    EXPECT_GE(started, before);
+    EXPECT_LE(started, after);
+}
+
+TEST_F(DiagnosticsFactories, TheFoldersAreTold) {
+    const auto diagnostics = makeDiagnostics();
+    ASSERT_NE(diagnostics, nullptr);
+    const std::string run = allRuns() / *runNames().begin();
+    EXPECT_EQ(Halden::toUtf8(diagnostics->getBaseFolder()), appFolder());
+    EXPECT_EQ(Halden::toUtf8(diagnostics->getDiagnosticsFolder()), allRuns());
+    EXPECT_EQ(Halden::toUtf8(diagnostics->getRunName()), *runNames().begin());
+    EXPECT_EQ(Halden::toUtf8(diagnostics->getLogFolder()), run + "/logs");
+    EXPECT_EQ(Halden::toUtf8(diagnostics->getTracesFolder()), run + "/Traces");
+}
+
+TEST_F(DiagnosticsFactories, TheVariableNamesTheLogFolder) {
+    const auto diagnostics = makeDiagnostics();
+    ASSERT_NE(diagnostics, nullptr);
+    const char* const variable = std::getenv("LARKSPURWINDOWSCAMERAHUB_LOG_DIR");
+    ASSERT_NE(variable, nullptr);
+    EXPECT_EQ(variable, Halden::toUtf8(diagnostics->getLogFolder()));
+}
+
+TEST_F(DiagnosticsFactories, AMissingDataFolderIsAFailureAndNoParentsAreMade) {
+    const ScopedEnvironment variable("CAMERA_HUB_COMMON_DATA", root() / "missing" / "data");
+    EXPECT_EQ(makeDiagnostics(), nullptr);
+    EXPECT_FALSE(std::filesystem::exists(root() / "missing"));
+}
+
+TEST_F(DiagnosticsFactories, AFileInPlaceOfAFolderIsAFailure) {
+    writeFile(common() / "Halden Imaging Group", "");
+    EXPECT_EQ(makeDiagnostics(), nullptr);
+}
+
+TEST_F(DiagnosticsFactories, TwoStartsWithinASecondShareARunFolderAndStartItsLogsAnew) {
+    for (int attempt = 0; attempt < 10; ++attempt) { // the second may change between the two
+        const auto first = makeDiagnostics();
+        ASSERT_NE(first, nullptr);
+        LOG4CXX_INFO(log4cxx::Logger::getRootLogger(), "of the first run");
+        const auto second = makeDiagnostics();
+        ASSERT_NE(second, nullptr);
+        if (first->getRunName() == second->getRunName()) {
+            EXPECT_EQ(readFile(Halden::toUtf8(second->getLogFolder()) + "/DEFAULT.log"), "");
+            return;
+        }
+    }
+    FAIL() << "no two starts fell within one second";
+}
+
+TEST_F(DiagnosticsFactories, AFailureOfTheDefaultTraceStillGivesAWorkingObject) {
+    const FileSystemWithFault fileSystem(u"_default_");
+    const auto diagnostics = createDiagnostics(testAppName, testVersion, 1, &fileSystem);
+    ASSERT_NE(diagnostics, nullptr);
+    EXPECT_TRUE(diagnostics->isValid());
+    EXPECT_EQ(diagnostics->getDefaultTraceId(), "");
+    EXPECT_EQ(diagnostics->getCurrentTraceId(), "");
+}
+
+TEST_F(DiagnosticsFactories, WithoutTheDefaultTraceNothingIsPruned) {
+    makeRunFolder("2020-01-01_00-00-00");
+    const FileSystemWithFault fileSystem(u"_default_");
+    ASSERT_NE(createDiagnostics(testAppName, testVersion, 1, &fileSystem), nullptr);
+    EXPECT_EQ(runNames().size(), 2U);
+}
+
+TEST_F(DiagnosticsFactories, TheRunsFoldersAreMadeThroughTheDefaultFileSystem) {
+    const FileSystemWithFault fileSystem(u"Diagnostics");
+    EXPECT_NE(createDiagnostics(testAppName, testVersion, 10, &fileSystem), nullptr);
+}
+
+TEST_F(DiagnosticsFactories, AFailureOfTheGivenFileSystemInTheCommonFolderIsAFailure) {
+    const FileSystemWithFault fileSystem(u"Halden Imaging Group");
+    EXPECT_EQ(createDiagnostics(testAppName, testVersion, 10, &fileSystem), nullptr);
+}
+
+TEST_F(DiagnosticsFactories, TextThatIsNotUtf8BecomesEmpty) {
+    const auto diagnostics = createDiagnostics("App\xFF", "\xC3", 10, nullptr);
+    ASSERT_NE(diagnostics, nullptr);
+    EXPECT_EQ(Halden::toUtf8(diagnostics->getBaseFolder()), common() / "Halden Imaging Group");
+}
+
+} // namespace
