@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Platform/Interface/DeviceWatcher.h"
+#include "Services/LarkspurWindowsCameraHub/FoundCamera.h"
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+/// Keeps the usable cameras of the machine, by uid, for as long as it lives. Made and initialised on one
+/// thread, read on any; the event handlers run on threads of the platform. They hold the object only while
+/// they run, and the last of them destroys it if its owner has let go meanwhile.
+class CameraEnumeration : public std::enable_shared_from_this<CameraEnumeration> {
+public:
+    /// Creates and starts the device watcher. A platform failure is logged, and the map then stays empty
+    /// for good.
+    void initialize();
+
+    /// A copy of the map, ascending by the bytes of the uid.
+    std::map<std::string, FoundCamera> getCameras() const;
+
+    bool isWatcherStarted() const { return watcherStarted; }
+
+private:
+    void Watcher_DeviceAdded(const Platform::DeviceWatcher& sender, const Platform::DeviceInformation& device);
+    void Watcher_DeviceUpdated(const Platform::DeviceWatcher& sender, const Platform::DeviceInformationUpdate& update);
+    void Watcher_DeviceRemoved(const Platform::DeviceWatcher& sender, const Platform::DeviceInformationUpdate& update);
+    void Watcher_EnumerationCompleted(const Platform::DeviceWatcher& sender);
+    void Watcher_Stopped(const Platform::DeviceWatcher& sender);
+
+    template <typename... Args> auto delegate(void (CameraEnumeration::*handler)(const Args&...));
+
+    mutable std::mutex camerasMutex; // guards cameras
+    Platform::DeviceWatcher watcher;
+    std::map<std::string, FoundCamera> cameras;
+    bool watcherStarted = false;
+};

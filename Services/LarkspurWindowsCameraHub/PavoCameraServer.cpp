@@ -1,0 +1,48 @@
+#include "Services/LarkspurWindowsCameraHub/PavoCameraServer.h"
+
+#include "Services/LarkspurWindowsCameraHub/PavoCameraClient.h"
+
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr char messageDelimiter = 0;
+constexpr std::size_t imageRouteLength = 5; // "/res/"
+
+/// Stands for nothing: this listener makes its own connections, which have handlers of their own.
+std::string noReply(std::string) { return {}; }
+
+} // namespace
+
+PavoCameraServer::PavoCameraServer(quint16 port, QObject* parent)
+    : TCPServer(port, parent, noReply, messageDelimiter), cameraServer(std::make_shared<CameraServer>()) {}
+
+void PavoCameraServer::handleImageRequest(HttpRequest* request, HttpResponse* response) {
+    if (request->method != "GET")
+        return;
+    const std::string id = request->path.substr(imageRouteLength);
+    const std::vector<unsigned char> bytes = cameraServer->getImage(id);
+    if (!bytes.empty()) {
+        response->setContentType("image/png");
+        response->setStatus(200);
+        response->setContentLength(bytes.size());
+        response->sendHeaders();
+        response->write(bytes.data(), static_cast<int>(bytes.size()));
+    } else {
+        response->sendError(404, "Image does not exist");
+    }
+    // After sendError too, although that has ended the response: clients know the terminator that it sends
+    // once more.
+    response->finish();
+}
+
+void PavoCameraServer::incomingConnection(qintptr socketDescriptor) {
+    auto* client = new PavoCameraClient(socketDescriptor, cameraServer); // deletes itself when it disconnects
+    connect(this, SIGNAL(notificationAvailable(QByteArray)), client, SLOT(incomingNotification(QByteArray)));
+    connect(client, &TCPClient::clientDisconnecting, this, &PavoCameraServer::onClientDisconnecting);
+}
+
+void PavoCameraServer::onClientDisconnecting(qintptr socketDescriptor) {
+    cameraServer->cancelRedirectDiagnostics(static_cast<int>(socketDescriptor));
+}
