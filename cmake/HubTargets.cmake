@@ -42,6 +42,8 @@ endfunction()
 function(hub_test name)
   cmake_parse_arguments(HUB "" "" "SOURCES;DEPENDS" ${ARGN})
   add_executable(${name} ${HUB_SOURCES})
+  # Not optimised: the tests of all presets together take most of a build.
+  target_compile_options(${name} PRIVATE -O0 -g1)
   target_link_libraries(${name} PRIVATE HubFlags ${HUB_DEPENDS} GTest::gmock GTest::gtest GTest::gtest_main)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 endfunction()

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Platform/Interface/MediaDeviceControl.h"
+#include "Platform/V4l2/CaptureCore.h"
+#include "Platform/V4l2/ControlSpec.h"
+
+#include <memory>
+#include <string_view>
+
+namespace Platform::V4l2 {
+
+/// One setting of the older generation. Any thread; the work is done on the camera's.
+class DeviceControl final : public IMediaDeviceControl {
+public:
+    /// The spec must outlive the control.
+    DeviceControl(std::shared_ptr<CaptureCore> core, const ControlSpec& spec) : _core(std::move(core)), _spec(&spec) {}
+
+    MediaDeviceControlCapabilities Capabilities() const override;
+    bool TrySetValue(double value) override;
+    bool TryGetValue(double& value) const override;
+    bool TrySetAuto(bool on) override;
+    bool TryGetAuto(bool& on) const override;
+
+private:
+    template <typename T, typename Work> T ask(std::string_view operation, Work work) const;
+    template <typename Work> bool set(std::string_view operation, Work work);
+
+    const std::shared_ptr<CaptureCore> _core;
+    const ControlSpec* const _spec;
+};
+
+} // namespace Platform::V4l2

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Platform/Interface/HresultError.h"
+
+#include <string_view>
+
+namespace Platform::V4l2 {
+
+/// "OPERATION on DEVICE: reason of the system (what that means for a camera)".
+winrt::hresult_error deviceError(std::string_view operation, std::string_view device, int error);
+
+/// The error of every use of a camera that is gone.
+winrt::hresult_error goneError(std::string_view operation, std::string_view device);
+
+/// The error of every use of a closed capture.
+winrt::hresult_error closedError(std::string_view operation, std::string_view device);
+
+} // namespace Platform::V4l2

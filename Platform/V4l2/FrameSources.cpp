@@ -1,0 +1,71 @@
+#include "Platform/V4l2/FrameSources.h"
+
+#include "Platform/V4l2/SourceGroup.h"
+
+#include <string_view>
+
+namespace Platform::V4l2 {
+
+MediaFrameSourceInfo FrameSource::Info() const {
+    _core->requireCamera("MediaFrameSource.Info");
+    return _info;
+}
+
+VectorView<MediaFrameFormat> FrameSource::SupportedFormats() const {
+    _core->requireCamera("MediaFrameSource.SupportedFormats");
+    const CameraGroupHandle group = _core->group();
+    return group ? VectorView<MediaFrameFormat>(frameFormats(group->sources.at(_index)))
+                 : VectorView<MediaFrameFormat>();
+}
+
+IAsyncAction FrameSource::SetFormatAsync(const MediaFrameFormat& format) {
+    constexpr std::string_view operation = "MediaFrameSource.SetFormatAsync";
+    _core->requireInitialised(operation);
+    return Shared::runAsync<void>(_core->pool(), [core = _core, index = _index, wanted = format.Index, operation] {
+        core->worker(operation, index)->call<void>(operation, [wanted](CameraSession& session) {
+            session.setFormat(wanted);
+        });
+    });
+}
+
+FrameReader::~FrameReader() { stop(_worker, _running); }
+
+void FrameReader::AcquisitionMode(MediaFrameReaderAcquisitionMode) {
+    constexpr std::string_view operation = "MediaFrameReader.AcquisitionMode";
+    _core->requireInitialised(operation);
+    _worker->call<void>(operation, [](CameraSession& session) { session.requirePresence(); });
+}
+
+IAsyncOperation<MediaFrameReaderStartStatus> FrameReader::StartAsync() {
+    constexpr std::string_view operation = "MediaFrameReader.StartAsync";
+    _core->requireInitialised(operation);
+    return Shared::runAsync<MediaFrameReaderStartStatus>(
+        _core->pool(), [worker = _worker, running = _running, operation] {
+            worker->call<void>(operation, [running](CameraSession& session) {
+                if (running->load())
+                    return;
+                session.startReader();
+                *running = true;
+            });
+            return MediaFrameReaderStartStatus::Success;
+        });
+}
+
+/// Succeeds on whatever is left of the camera: one that is gone or closed streams no more, and one that does not
+/// answer stops when it does.
+void FrameReader::stop(const std::shared_ptr<CameraWorker>& worker, const Running& running) {
+    try {
+        worker->call<void>("MediaFrameReader.StopAsync", [running](CameraSession& session) {
+            if (running->exchange(false))
+                session.stopReader();
+        });
+    } catch (const winrt::hresult_error&) {
+        // see above
+    }
+}
+
+IAsyncAction FrameReader::StopAsync() {
+    return Shared::runAsync<void>(_core->pool(), [worker = _worker, running = _running] { stop(worker, running); });
+}
+
+} // namespace Platform::V4l2

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Platform/Interface/MediaFrameReader.h"
+#include "Platform/Interface/MediaFrameSource.h"
+#include "Platform/V4l2/CaptureCore.h"
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+
+namespace Platform::V4l2 {
+
+/// A source of an open capture. Any thread.
+class FrameSource final : public IMediaFrameSource {
+public:
+    FrameSource(std::shared_ptr<CaptureCore> core, MediaFrameSourceInfo info, std::size_t index)
+        : _core(std::move(core)), _info(std::move(info)), _index(index) {}
+
+    MediaFrameSourceInfo Info() const override;
+    VectorView<MediaFrameFormat> SupportedFormats() const override;
+    IAsyncAction SetFormatAsync(const MediaFrameFormat& format) override;
+
+    const std::shared_ptr<CaptureCore>& core() const { return _core; }
+    /// Position in the group's sources.
+    std::size_t index() const { return _index; }
+
+private:
+    const std::shared_ptr<CaptureCore> _core;
+    const MediaFrameSourceInfo _info;
+    const std::size_t _index;
+};
+
+/// Keeps a source's stream running. Any thread. Stops when it is released.
+class FrameReader final : public IMediaFrameReader {
+public:
+    FrameReader(std::shared_ptr<CaptureCore> core, std::shared_ptr<CameraWorker> worker)
+        : _core(std::move(core)), _worker(std::move(worker)) {}
+    ~FrameReader() override;
+    FrameReader(const FrameReader&) = delete;
+    FrameReader& operator=(const FrameReader&) = delete;
+
+    /// Frames that nobody takes are given back at once in either mode.
+    void AcquisitionMode(MediaFrameReaderAcquisitionMode mode) override;
+    IAsyncOperation<MediaFrameReaderStartStatus> StartAsync() override;
+    IAsyncAction StopAsync() override;
+
+private:
+    using Running = std::shared_ptr<std::atomic<bool>>;
+
+    static void stop(const std::shared_ptr<CameraWorker>& worker, const Running& running);
+
+    const std::shared_ptr<CaptureCore> _core;
+    const std::shared_ptr<CameraWorker> _worker;
+    const Running _running = std::make_shared<std::atomic<bool>>(false);
+};
+
+} // namespace Platform::V4l2

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Platform/V4l2/DeviceNode.h"
+#include "Platform/V4l2/FormatList.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Platform::V4l2 {
+
+/// What a camera's node says of itself.
+struct NodeDescription {
+    std::string driver;
+    std::string card; // the device's name
+    std::string bus;  // where the device is, the same for all nodes of one device
+    v4l2_buf_type bufferType = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    MediaFrameSourceKind kind = MediaFrameSourceKind::Custom;
+    std::vector<StreamFormat> formats; // empty where none can be turned into R, G, B
+
+    bool isMultiPlanar() const { return bufferType == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE; }
+};
+
+/// Nothing for a node that is no camera's: output, conversion, metadata, VBI, radio, touch, or the entrance of
+/// a pipeline that must be put together first. Raises.
+std::optional<NodeDescription> describeNode(DeviceNode& node);
+
+} // namespace Platform::V4l2

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Platform/Interface/ExposureCompensationControl.h"
+#include "Platform/Interface/IsoSpeedControl.h"
+#include "Platform/V4l2/CaptureCore.h"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace Platform::V4l2 {
+
+/// ISO speed on V4L2_CID_ISO_SENSITIVITY and its automatic. The kernel's menu of speeds is shown as a range whose
+/// step is the smallest distance of two speeds; a value goes to the nearest speed. Any thread.
+class IsoSensitivity final : public IIsoSpeedControl {
+public:
+    explicit IsoSensitivity(std::shared_ptr<CaptureCore> core) : _core(std::move(core)) {}
+
+    bool Supported() const override;
+    bool Auto() const override;
+    std::uint32_t Min() const override;
+    std::uint32_t Max() const override;
+    std::uint32_t Step() const override;
+    std::uint32_t Value() const override;
+    /// Turns the automatic off first.
+    IAsyncAction SetValueAsync(std::uint32_t value) override;
+
+private:
+    std::vector<std::uint32_t> speeds(std::string_view operation) const;
+
+    const std::shared_ptr<CaptureCore> _core;
+};
+
+/// The automatic's bias on V4L2_CID_AUTO_EXPOSURE_BIAS. Any thread.
+class ExposureBias final : public IExposureCompensationControl {
+public:
+    explicit ExposureBias(std::shared_ptr<CaptureCore> core) : _core(std::move(core)) {}
+
+    bool Supported() const override;
+    float Value() const override;
+
+private:
+    const std::shared_ptr<CaptureCore> _core;
+};
+
+} // namespace Platform::V4l2

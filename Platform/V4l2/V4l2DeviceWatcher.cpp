@@ -1,0 +1,134 @@
+#include "Platform/V4l2/V4l2DeviceWatcher.h"
+
+#include "Platform/Shared/DeviceInformationValue.h"
+#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/FileDescriptor.h"
+#include "Platform/V4l2/SourceGroup.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace Platform::V4l2 {
+
+/// What the thread works on; outlives the watcher by as long as it takes the thread to see that it is to end.
+struct V4l2DeviceWatcher::Loop {
+    explicit Loop(DeviceLister& lister, std::shared_ptr<DeviceCatalog> cameras)
+        : monitor(lister.monitor()), catalog(std::move(cameras)), wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+        if (!wake.isOpen())
+            throw Shared::errnoError("eventfd", "the device watcher", errno);
+    }
+
+    void run(const std::weak_ptr<V4l2DeviceWatcher>& watcher);
+    void stop();
+
+private:
+    using Groups = std::map<std::u16string, CameraGroupHandle>;
+
+    std::set<std::string> waitForRemovals();
+    void compare(V4l2DeviceWatcher& watcher, const std::set<std::string>& removed);
+    static bool isSame(const CameraGroup& a, const CameraGroup& b);
+
+    const std::unique_ptr<DeviceMonitor> monitor;
+    const std::shared_ptr<DeviceCatalog> catalog;
+    const Shared::FileDescriptor wake;
+    std::atomic<bool> stopping{false};
+    Groups reported; // the thread's, by id
+};
+
+V4l2DeviceWatcher::V4l2DeviceWatcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
+                                     std::shared_ptr<DeviceCatalog> catalog)
+    : DeviceWatcherBase(std::move(pool)), _lister(std::move(lister)), _catalog(std::move(catalog)) {}
+
+V4l2DeviceWatcher::~V4l2DeviceWatcher() {
+    if (!_thread.joinable())
+        return;
+    _loop->stop();
+    // The last handle may be released by the thread itself, while it reports.
+    if (_thread.get_id() == std::this_thread::get_id())
+        _thread.detach();
+    else
+        _thread.join();
+}
+
+void V4l2DeviceWatcher::startWatching() {
+    // Listening begins before the first look, so that nothing falls between the two.
+    _loop = std::make_shared<Loop>(*_lister, _catalog);
+    const auto self = std::static_pointer_cast<V4l2DeviceWatcher>(shared_from_this());
+    _thread = std::thread([loop = _loop, weak = std::weak_ptr(self)] { loop->run(weak); });
+}
+
+void V4l2DeviceWatcher::vanished(const CameraGroup& group) {
+    reportRemoved(std::make_shared<Shared::DeviceInformationUpdateValue>(group.id, PropertyMap()));
+}
+
+DeviceInformation V4l2DeviceWatcher::deviceOf(const CameraGroup& group) { return groupDevice(group); }
+
+void V4l2DeviceWatcher::Loop::stop() {
+    stopping = true;
+    const std::uint64_t one = 1;
+    // Fails only when the counter is full, and then the thread is awake anyway.
+    [[maybe_unused]] const ssize_t written = write(wake.get(), &one, sizeof one);
+}
+
+void V4l2DeviceWatcher::Loop::run(const std::weak_ptr<V4l2DeviceWatcher>& watcher) {
+    std::set<std::string> removed;
+    bool first = true;
+    while (!stopping) {
+        // Nothing keeps the watcher while the thread waits.
+        if (const auto self = watcher.lock()) {
+            compare(*self, removed);
+            if (std::exchange(first, false))
+                self->reportEnumerationCompleted();
+        }
+        removed = waitForRemovals();
+    }
+}
+
+/// Waits for news, and takes all that there are; the nodes that went.
+std::set<std::string> V4l2DeviceWatcher::Loop::waitForRemovals() {
+    std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{monitor->descriptor(), POLLIN, 0}};
+    poll(waited.data(), waited.size(), -1);
+    std::set<std::string> removed;
+    while (const auto event = monitor->receive())
+        if (event->removed)
+            removed.insert(event->systemPath);
+    return removed;
+}
+
+bool V4l2DeviceWatcher::Loop::isSame(const CameraGroup& a, const CameraGroup& b) {
+    return a.nodes == b.nodes && a.error.has_value() == b.error.has_value();
+}
+
+/// A camera that was plugged in anew under the same id has gone and come.
+void V4l2DeviceWatcher::Loop::compare(V4l2DeviceWatcher& watcher, const std::set<std::string>& removed) {
+    Groups present;
+    for (const CameraGroupHandle& group : catalog->groups())
+        present.emplace(group->id, group);
+    for (auto known = reported.begin(); known != reported.end();) {
+        const CameraGroup& group = *known->second;
+        const auto now = present.find(known->first);
+        const bool lostNode = std::any_of(group.nodes.begin(), group.nodes.end(),
+                                          [&](const VideoNode& node) { return removed.contains(node.systemPath); });
+        if (!lostNode && now != present.end() && isSame(group, *now->second)) {
+            ++known;
+            continue;
+        }
+        watcher.vanished(group);
+        known = reported.erase(known);
+    }
+    for (const auto& [id, group] : present)
+        if (reported.emplace(id, group).second)
+            watcher.appeared(*group);
+}
+
+} // namespace Platform::V4l2

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Platform/Shared/DeviceWatcherBase.h"
+#include "Platform/V4l2/DeviceCatalog.h"
+
+#include <memory>
+#include <thread>
+
+namespace Platform::V4l2 {
+
+/// Reports cameras that come and go, under the ids of their groups. Its thread, which Start makes, listens to the
+/// system and ends with the watcher.
+class V4l2DeviceWatcher final : public Shared::DeviceWatcherBase {
+public:
+    V4l2DeviceWatcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
+                      std::shared_ptr<DeviceCatalog> catalog);
+    ~V4l2DeviceWatcher() override;
+    V4l2DeviceWatcher(const V4l2DeviceWatcher&) = delete;
+    V4l2DeviceWatcher& operator=(const V4l2DeviceWatcher&) = delete;
+
+protected:
+    void startWatching() override;
+
+private:
+    struct Loop;
+
+    void appeared(const CameraGroup& group) { reportAdded(deviceOf(group)); }
+    void vanished(const CameraGroup& group);
+    static DeviceInformation deviceOf(const CameraGroup& group);
+
+    const std::shared_ptr<DeviceLister> _lister;
+    const std::shared_ptr<DeviceCatalog> _catalog;
+    std::shared_ptr<Loop> _loop; // from Start on
+    std::thread _thread;
+};
+
+} // namespace Platform::V4l2

@@ -1,0 +1,146 @@
+#include "Tests/Platform/V4l2/CameraFixture.h"
+
+#include <cerrno>
+#include <mutex>
+
+namespace Platform::V4l2 {
+namespace {
+
+class V4l2DeviceWatcherTest : public CameraFixture {
+protected:
+    /// Before the handlers' notes go.
+    ~V4l2DeviceWatcherTest() override {
+        watcher.reset();
+        platform.reset();
+    }
+
+    void start() {
+        watcher = platform->CreateWatcher(platform->GetDeviceSelector());
+        watcher->Added([this](const DeviceWatcher&, const DeviceInformation& device) {
+            return note("added " + narrow(device->Id()));
+        });
+        watcher->Removed([this](const DeviceWatcher&, const DeviceInformationUpdate& update) {
+            return note("removed " + narrow(update->Id()));
+        });
+        watcher->EnumerationCompleted([this](const DeviceWatcher&) { return note("complete"); });
+        watcher->Start();
+    }
+    static std::string narrow(const std::u16string& text) { return {text.begin(), text.end()}; }
+    winrt::hresult note(std::string text) {
+        std::lock_guard lock(mutex);
+        notes.push_back(std::move(text));
+        return winrt::result::ok;
+    }
+    std::vector<std::string> noted() {
+        std::lock_guard lock(mutex);
+        return notes;
+    }
+    bool noteComes(std::size_t count) {
+        return comesTrue([&] { return noted().size() >= count; });
+    }
+
+    std::mutex mutex;
+    std::vector<std::string> notes;
+    DeviceWatcher watcher;
+};
+
+constexpr const char* Id = "usb-Maker_Ltd_Model_5_1234-if00-video-index0";
+
+TEST_F(V4l2DeviceWatcherTest, ReportsWhatIsThereAndThenThatThisWasAll) {
+    start();
+    ASSERT_TRUE(noteComes(2));
+    EXPECT_EQ(noted(), (std::vector<std::string>{std::string("added ") + Id, "complete"}));
+}
+
+TEST_F(V4l2DeviceWatcherTest, ReportsComingAndGoing) {
+    start();
+    ASSERT_TRUE(noteComes(2));
+    driver->plug("/dev/video1", usbCamera());
+    lister->add(usbNode(1, "5678"));
+    ASSERT_TRUE(noteComes(3));
+    EXPECT_EQ(noted()[2], "added usb-Maker_Ltd_Model_5_5678-if00-video-index0");
+    driver->unplug(Path);
+    lister->remove(usbNode(0).systemPath);
+    ASSERT_TRUE(noteComes(4));
+    EXPECT_EQ(noted()[3], std::string("removed ") + Id);
+}
+
+TEST_F(V4l2DeviceWatcherTest, ACameraThatIsPulledAndPluggedAtOnceHasGoneAndCome) {
+    start();
+    ASSERT_TRUE(noteComes(2));
+    VideoNode again = usbNode(0);
+    again.usb->session = "1.99";
+    lister->replace(again);
+    ASSERT_TRUE(noteComes(4));
+    EXPECT_EQ(noted()[2], std::string("removed ") + Id);
+    EXPECT_EQ(noted()[3], std::string("added ") + Id);
+}
+
+TEST_F(V4l2DeviceWatcherTest, ANodeThatIsBoundAnewUnchangedHasGoneAndCome) {
+    start();
+    ASSERT_TRUE(noteComes(2));
+    lister->replace(usbNode(0));
+    ASSERT_TRUE(noteComes(4));
+    EXPECT_EQ(noted()[3], std::string("added ") + Id);
+}
+
+TEST_F(V4l2DeviceWatcherTest, NewsOfOtherDevicesReportNothing) {
+    start();
+    ASSERT_TRUE(noteComes(2));
+    lister->touch();
+    driver->plug("/dev/video1", usbCamera());
+    lister->add(usbNode(1, "5678"));
+    ASSERT_TRUE(noteComes(3));
+    EXPECT_EQ(noted().size(), 3u);
+}
+
+TEST_F(V4l2DeviceWatcherTest, ACameraWithoutPermissionIsReportedAndItsLookUpSaysWhy) {
+    driver->failOn(OpenCall, EACCES);
+    start();
+    ASSERT_TRUE(noteComes(2));
+    EXPECT_EQ(noted()[0], std::string("added ") + Id);
+    const auto id = std::u16string(Id, Id + std::string(Id).size());
+    EXPECT_EQ(raisedBy([&] { blockingWait(platform->FromIdAsync(id)); }),
+              "80070005 open on /dev/video0: Permission denied (the user that runs the hub must be in the group "
+              "\"video\")");
+    EXPECT_EQ(blockingWait(platform->FindAllAsync()).Size(), 0u);
+    driver->heal();
+    lister->touch(); // udev has set the permissions
+    ASSERT_TRUE(noteComes(4));
+    EXPECT_EQ(noted()[3], std::string("added ") + Id);
+    EXPECT_EQ(blockingWait(platform->FromIdAsync(id))->Id(), id);
+}
+
+TEST_F(V4l2DeviceWatcherTest, StartRaisesWhereListeningIsNotPossibleAndMayBeTriedAgain) {
+    lister->refuseToMonitor(EPERM);
+    EXPECT_EQ(raisedBy([&] { start(); }), "80070005 monitor on video4linux: Operation not permitted");
+    lister->refuseToMonitor(0);
+    watcher->Start();
+    EXPECT_TRUE(noteComes(2));
+    EXPECT_EQ(raisedBy([&] { watcher->Start(); }).substr(0, 9), "8000000E ");
+}
+
+TEST_F(V4l2DeviceWatcherTest, MayBeDestroyedAtAnyMoment) {
+    for (int i = 0; i < 50; ++i) {
+        auto short_lived = platform->CreateWatcher(platform->GetDeviceSelector());
+        short_lived->Added([](const DeviceWatcher&, const DeviceInformation&) { return winrt::result::ok; });
+        short_lived->Start();
+        lister->touch();
+        short_lived.reset();
+    }
+}
+
+TEST_F(V4l2DeviceWatcherTest, MayBeDestroyedByItsOwnHandler) {
+    auto holder = std::make_shared<DeviceWatcher>(platform->CreateWatcher(platform->GetDeviceSelector()));
+    const auto done = std::make_shared<std::atomic<bool>>(false);
+    (*holder)->Added([done, holder](const DeviceWatcher&, const DeviceInformation&) {
+        holder->reset();
+        *done = true;
+        return winrt::result::ok;
+    });
+    (*holder)->Start();
+    EXPECT_TRUE(comesTrue([&] { return done->load(); }));
+}
+
+} // namespace
+} // namespace Platform::V4l2
