@@ -1,0 +1,51 @@
+"""Runs the built hub (HUB_EXECUTABLE, default build/bin/LarkspurWindowsCameraHub), each in a network of its own."""
+
+import resource
+import sys
+from pathlib import Path
+
+import pytest
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+
+from harness.hub import EXECUTABLE, Hub
+from harness.network import Network, allow_networks
+
+
+def pytest_configure(config):
+    if not EXECUTABLE.is_file():
+        raise pytest.UsageError(f"{EXECUTABLE} has not been built")
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))  # many of these tests end the hub by a signal
+    allow_networks()
+
+
+def _hub_starter(tmp_path_factory):
+    hubs = []
+
+    def start_hub(scenario=None, wait_for_ports=True, start=True, **arguments):
+        hubs.append(Hub(tmp_path_factory.mktemp("hub"), scenario, **arguments))
+        return hubs[-1].start(wait_for_ports) if start else hubs[-1]
+
+    yield start_hub
+    for hub in hubs:
+        hub.stop()
+
+
+@pytest.fixture
+def start_hub(tmp_path_factory):
+    """A function that starts a hub for this test alone; its arguments are those of Hub."""
+    yield from _hub_starter(tmp_path_factory)
+
+
+@pytest.fixture(scope="module")
+def start_shared_hub(tmp_path_factory):
+    """The same for a hub that the tests of a module share."""
+    yield from _hub_starter(tmp_path_factory)
+
+
+@pytest.fixture
+def network():
+    """A network for what is not a hub, or is there before one."""
+    network = Network()
+    yield network
+    network.close()

@@ -1,0 +1,155 @@
+"""The folders, logs and crash records that a run of the hub leaves."""
+
+import os
+import re
+import signal
+import time
+
+import pytest
+from harness.hub import DEVICE_LOGGER, IS_SANITIZED, SERVICE_LOGGER, LogEntry
+from harness.scenario import camera_group, scenario
+from harness.wait import wait_until
+
+STARTED = LogEntry(
+    "INFO", SERVICE_LOGGER, "Larkspur Windows Camera Hub started.  Waiting for Client connections..."
+)
+PARAMETERS = r"[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\Larkspur Windows Camera Hub\Parameters]"
+
+
+def write_registry(hub, *values, encoding="utf-8"):
+    text = "\r\n".join(["Windows Registry Editor Version 5.00", "", PARAMETERS, *values, ""])
+    (hub.folder / "registry.reg").write_bytes(text.encode(encoding))
+
+
+def test_a_run_leaves_a_folder_named_by_its_start_time(start_hub):
+    hub = start_hub(scenario())
+    (run,) = hub.run_folders()
+    assert re.fullmatch(r"\d{4}-\d\d-\d\d_\d\d-\d\d-\d\d", run.name)
+    assert sorted(entry.name for entry in run.iterdir()) == ["Crash", "Traces", "logs"]
+    assert sorted(entry.name for entry in (run / "logs").iterdir()) == [
+        "DEFAULT.log", "DEVICE.log", "PRODUCT.log", "TIMING.log",
+    ]
+    (trace,) = (run / "Traces").iterdir()
+    assert re.fullmatch(r"_default_\d{4}-\d\d-\d\d_\d\d-\d\d-\d\d[+-]\d{4}", trace.name)
+    assert [entry.name for entry in trace.iterdir()] == ["Data"]
+
+
+def test_a_start_without_a_debugger_says_so_and_nothing_else(start_hub):
+    hub = start_hub(scenario())
+    assert hub.stdout() == "Console logging is disabled.\n"
+    assert hub.stderr() == ""
+
+
+def test_the_lines_reach_the_files_of_their_loggers(start_hub):
+    hub = start_hub(scenario("cam")).wait_for_cameras("cam")
+    assert "resid" in hub.rpc().capture("cam", exposureInUs=1000)
+    connected = LogEntry("INFO", DEVICE_LOGGER, "Connected to camera uid cam, camera name: Test Camera")
+    assert all(connected in hub.log(name) for name in ("DEFAULT.log", "DEVICE.log", "PRODUCT.log"))
+    assert all(STARTED in hub.log(name) for name in ("DEFAULT.log", "PRODUCT.log"))
+    assert STARTED not in hub.log("DEVICE.log")
+    assert hub.log("TIMING.log") == []
+
+
+def test_a_data_folder_that_does_not_exist_ends_the_start(start_hub, tmp_path):
+    hub = start_hub(
+        scenario(), wait_for_ports=False, environment={"CAMERA_HUB_COMMON_DATA": str(tmp_path / "missing")}
+    )
+    assert hub.process.wait(20) == 1
+    assert hub.stdout() == "Failed to initialize diagnostics and logging.\n"
+    assert not (tmp_path / "missing").exists()
+
+
+def test_an_edited_configuration_is_kept_and_obeyed(start_hub):
+    hub = start_hub(scenario())
+    file = hub.data_folder / "logging.properties"
+    edited = file.read_text().replace("log4j.logger.LarkspurWindowsCameraHub=INFO", "log4j.logger.LarkspurWindowsCameraHub=DEBUG")
+    file.write_text(edited)
+    hub.restart()
+    hub.rpc().request("camera:version")
+    assert file.read_text() == edited
+    assert "DEBUG" not in [entry.level for entry in hub.log() if entry.logger.startswith(DEVICE_LOGGER)]
+    file.write_text(edited.replace("Hub.Device=INFO", "Hub.Device=DEBUG"))
+    hub.restart()
+    hub.rpc().request("camera:version")
+    assert "DEBUG" in [entry.level for entry in hub.log() if entry.logger.startswith(DEVICE_LOGGER)]
+
+
+def test_at_most_ten_run_folders_stay(start_hub):
+    hub = start_hub(scenario())
+    diagnostics = hub.data_folder / "Diagnostics"
+    for day in range(1, 13):
+        (diagnostics / f"2019-01-{day:02}_00-00-00").mkdir()
+        time.sleep(0.02)  # the order of creation is what counts
+    first = hub.run_folders()[-1]
+    hub.restart()
+    names = [folder.name for folder in hub.run_folders()]
+    assert len(names) == 10
+    assert first.name not in names
+    assert names[0] == "2019-01-04_00-00-00"
+
+
+@pytest.mark.parametrize("locale", ["C", "C.UTF-8", "de_DE.UTF-8", "POSIX", None])
+def test_the_log_is_utf8_whatever_the_locale(start_hub, locale):
+    name = "Kamera Süd 摄像头 📷"
+    hub = start_hub(
+        {"groups": [camera_group("cam-é", name=name)], "cameras": {}}, environment={"LC_ALL": locale, "LANG": locale}
+    ).wait_for_cameras("cam-é")
+    assert LogEntry("INFO", SERVICE_LOGGER, "Device added: cam-é") in hub.log()
+    hub.rpc().capture("cam-é", exposureInUs=1000)
+    hub.wait_for_log("INFO", DEVICE_LOGGER, f"Connected to camera uid cam-é, camera name: {name}")
+    log = (hub.run_folders()[0] / "logs" / "DEFAULT.log").read_text(encoding="utf-8")
+    months = "Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec"
+    assert re.match(rf"\d{{4}}-({months})-\d\d \d\d:\d\d:\d\d  \[", log)
+
+
+def test_a_hub_that_was_killed_starts_again(start_hub):
+    hub = start_hub(scenario("cam"))
+    for moment in (0.0, 0.02, 0.05, 0.1, 0.2, 0.4, 0.8):
+        hub.process.kill()
+        hub.process.wait()
+        hub.start(wait_for_ports=False)
+        time.sleep(moment)
+    hub.restart()
+    hub.wait_for_cameras("cam")
+
+
+def test_the_crash_switch_waits_logs_and_leaves_a_record_without_opening_a_port(start_hub):
+    hub = start_hub(scenario(), start=False)
+    write_registry(hub, '"SimulatedCrashModeEnabled"=hex:01,00,00,00', encoding="utf-16")
+    begin = time.monotonic()
+    hub.start(wait_for_ports=False)
+    assert hub.wait_for_end() == signal.SIGABRT
+    assert time.monotonic() - begin >= 2.5
+    text = "Simulated crash mode is enabled.  About to throw an unhandled exception..."
+    assert hub.log() == [LogEntry("INFO", SERVICE_LOGGER, text)]
+    (record,) = hub.crash_records()
+    head = "\n".join(record.splitlines()[:12])
+    assert "simulated crash" in head
+    assert "Larkspur Windows Camera Hub" in head and "2.9" in head
+    assert "main" in record
+
+
+def test_a_crash_switch_of_another_type_is_no_switch(start_hub):
+    hub = start_hub(scenario(), start=False)
+    write_registry(hub, '"SimulatedCrashModeEnabled"=dword:00000001')
+    hub.start()
+    assert hub.log()[0] == STARTED
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="a sanitizer's own handler takes the signal first")
+def test_a_fatal_signal_leaves_a_record_and_still_ends_the_hub(start_hub):
+    hub = start_hub(scenario())
+    os.kill(hub.process.pid, signal.SIGSEGV)
+    assert hub.wait_for_end() == signal.SIGSEGV
+    (record,) = hub.crash_records()
+    assert "SIGSEGV" in "\n".join(record.splitlines()[:12])
+
+
+def test_captures_go_on_when_the_data_folder_has_gone(start_hub):
+    hub = start_hub(scenario("cam")).wait_for_cameras("cam")
+    client = hub.rpc()
+    assert "resid" in client.capture("cam", exposureInUs=1000)
+    hub.common_data.rename(hub.folder / "moved")
+    result = client.capture("cam", exposureInUs=20000)
+    assert hub.image(result["resid"]).startswith(b"\x89PNG")
+    assert hub.is_running()

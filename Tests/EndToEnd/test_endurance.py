@@ -1,0 +1,39 @@
+"""What must not grow."""
+
+import os
+
+import pytest
+from harness.hub import IS_SANITIZED
+from harness.scenario import scenario
+
+CAPTURES, FIRST = 1000, 100
+
+
+@pytest.fixture(scope="module")
+def usage(start_shared_hub):
+    """Resident memory in kB and number of descriptors, after the first captures and after all of them."""
+    hub = start_shared_hub(scenario("cam")).wait_for_cameras("cam")
+    client, http = hub.rpc(), hub.http()
+    samples = []
+    for number in range(1, CAPTURES + 1):
+        result = client.capture("cam", exposureInUs=1000 * (1 + number % 3))
+        assert http.get(f"/res/{result['resid']}").status == 200
+        if number in (FIRST, CAPTURES):
+            samples.append((resident_memory(hub), len(os.listdir(hub.proc("fd")))))
+    return samples
+
+
+def resident_memory(hub):
+    status = hub.proc("status").read_text(encoding="ascii")
+    return int(status.partition("VmRSS:")[2].split()[0])
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="a sanitizer keeps memory of its own")
+def test_900_more_captures_leave_the_memory_where_it_was(usage):
+    (before, _), (after, _) = usage
+    assert after <= before * 1.05
+
+
+def test_900_more_captures_leave_no_descriptor_open(usage):
+    (_, before), (_, after) = usage
+    assert after == before

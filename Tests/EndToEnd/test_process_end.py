@@ -1,0 +1,134 @@
+"""What ends the hub on purpose, and what must not: there is no guard against the former anywhere."""
+
+import signal
+import socket
+
+import pytest
+from harness.hub import DEVICE_LOGGER, HTTP_PORT, RPC_PORT
+from harness.scenario import EXPOSURE, camera_group, scenario
+from harness.wait import wait_until
+
+NOT_A_TEXT = "Type is not convertible to string"
+NOT_A_NUMBER = "Type is not convertible to double"
+
+
+def assert_ended_without_a_reply(hub, client, *texts):
+    assert client.rest() == b""
+    assert hub.wait_for_end() == signal.SIGABRT
+    (record,) = hub.crash_records()
+    for told in (hub.stderr(), record):
+        assert all(text in told for text in texts), told
+
+
+@pytest.mark.parametrize(
+    "message, text",
+    [
+        *[(f'{{"id":1,"method":{value}}}', NOT_A_TEXT) for value in ("1", "1.5", "[]", "{}")],
+        *[
+            (f'{{"id":1,"method":"camera:capture","params":{{"to":{value}}}}}', NOT_A_TEXT)
+            for value in ("5", "0.5", "[]", "{}")
+        ],
+        *[
+            (f'{{"id":1,"method":"camera:redirectDiagnostics","params":{{"path":{value}}}}}', NOT_A_TEXT)
+            for value in ("5", "0.5", "[]", "{}")
+        ],
+        *[
+            (f'{{"id":1,"method":"camera:capture","params":{{"to":"","gainInPercent":{value}}}}}', NOT_A_NUMBER)
+            for value in ('"5"', "[]", "{}")
+        ],
+        *[(root, "Type has no members") for root in ("5", "-1", "1.5", '"text"', "true", "false")],
+    ],
+)
+def test_a_value_of_a_type_that_is_not_guarded_ends_the_hub_for_every_client(start_hub, message, text):
+    hub = start_hub(scenario())
+    bystander, client = hub.rpc(), hub.rpc()
+    assert bystander.discover() == []
+    client.send(message)
+    assert_ended_without_a_reply(hub, client, "std::runtime_error", text)
+    assert bystander.rest() == b""
+
+
+def test_a_reply_before_the_end_is_not_promised_but_the_end_is(start_hub):
+    hub = start_hub(scenario())
+    client = hub.rpc()
+    client.send_bytes(b'{"id":1,"method":"camera:version"}\0{"id":2,"method":7}\0')
+    assert b'"id":2' not in client.rest()
+    assert hub.wait_for_end() == signal.SIGABRT
+
+
+FAULT = {"message": "It broke.", "code": -2147467259}
+
+
+@pytest.mark.parametrize(
+    "camera",
+    [
+        {"faults": {"MediaCapture.CreateFrameReaderAsync": FAULT}},
+        {"faults": {"MediaFrameReader.StartAsync": FAULT}},
+        {"faults": {"MediaCapture.InitializeAsync": FAULT | {"after": 1}}},
+        {"exposureControl": {"supported": True}, "faults": {"ExposureControl.SetAutoAsync": FAULT}},
+        {"focusControl": {"supported": True}, "faults": {"FocusControl.SetPresetAsync": FAULT}},
+        {"whiteBalanceControl": {"supported": True}, "faults": {"WhiteBalanceControl.SetPresetAsync": FAULT}},
+    ],
+    ids=lambda camera: next(iter(camera["faults"])),
+)
+def test_a_platform_failure_while_a_camera_is_opened_ends_the_hub(start_hub, camera):
+    hub = start_hub(scenario("cam", camera={"exposure": EXPOSURE} | camera)).wait_for_cameras("cam")
+    client = hub.rpc()
+    client.send('{"id":1,"method":"camera:capture","params":{"to":"cam","exposureInUs":1000}}')
+    assert_ended_without_a_reply(hub, client, "winrt::hresult_error")
+
+
+def test_a_camera_with_photo_sources_only_ends_the_hub_when_it_is_opened(start_hub):
+    group = camera_group("cam")
+    group["sources"][0]["streamType"] = "Photo"
+    hub = start_hub({"groups": [group], "cameras": {"cam": {"exposure": EXPOSURE}}}).wait_for_cameras("cam")
+    client = hub.rpc()
+    client.send('{"id":1,"method":"camera:capture","params":{"to":"cam","exposureInUs":1000}}')
+    assert_ended_without_a_reply(hub, client, "winrt::hresult_error")
+
+
+@pytest.mark.parametrize("operation", ["MediaFrameReader.StopAsync", "MediaCapture.Close"])
+def test_a_platform_failure_while_a_camera_is_closed_ends_the_hub(start_hub, operation):
+    camera = {"exposure": EXPOSURE, "faults": {operation: FAULT}}
+    hub = start_hub(scenario("cam", camera=camera)).wait_for_cameras("cam")
+    client, bystander = hub.rpc(), hub.rpc()
+    assert "resid" in client.capture("cam", exposureInUs=1000)
+    assert bystander.discover() != []
+    client.close()
+    assert_ended_without_a_reply(hub, bystander, "winrt::hresult_error")
+    assert "It broke." in hub.crash_records()[0]
+
+
+@pytest.mark.parametrize("taken, free", [(RPC_PORT, HTTP_PORT), (HTTP_PORT, RPC_PORT)])
+def test_a_port_that_is_taken_leaves_a_hub_without_it(start_hub, network, taken, free):
+    with network.run(socket.create_server, ("", taken)):
+        hub = start_hub(scenario(), wait_for_ports=False, network=network)
+        wait_until(lambda: is_open(network, free), f"port {free} is open")
+        if free == RPC_PORT:
+            assert hub.rpc().discover() == []
+        else:
+            assert hub.get("/res/x").status == 404
+        assert hub.is_running()
+        assert "ERROR" not in [entry.level for entry in hub.log()]
+
+
+def is_open(network, port):
+    try:
+        network.connect(port).close()
+    except ConnectionRefusedError:
+        return False
+    return True
+
+
+def test_an_endless_exposure_delay_hangs_the_hub_without_ending_it(start_hub):
+    hub = start_hub(scenario("cam")).wait_for_cameras("cam")
+    client, bystander = hub.rpc(), hub.rpc()
+    client.send(
+        '{"id":1,"method":"camera:capture",'
+        '"params":{"to":"cam","exposureInUs":1000,"exposureChangeDelayInMs":-1}}'
+    )
+    hub.wait_for_log("INFO", DEVICE_LOGGER, "Try set to 2^[-10.000000] s, camera name: Test Camera")
+    bystander.send('{"id":1,"method":"camera:version"}')
+    assert not bystander.has_bytes_within(2)
+    assert not client.has_bytes_within(0)
+    assert hub.is_running()

@@ -1,0 +1,148 @@
+"""Diagnostics that move to a client's folder and come back when it goes."""
+
+from harness.hub import DEVICE_LOGGER, SERVICE_LOGGER, LogEntry, log_entries
+from harness.scenario import scenario
+from harness.wait import wait_until
+
+import pytest
+
+
+@pytest.fixture
+def hub(start_hub):
+    return start_hub(scenario())
+
+
+def client_folder(folder, name):
+    """A folder as a client has to prepare it; its run folder within."""
+    run = folder / name / "Diagnostics" / "LarkspurWindowsCameraHub"
+    for part in ("logs", "Traces"):
+        (run / part).mkdir(parents=True)
+    return run.parent, run
+
+
+def redirect(client, folder):
+    return client.request("camera:redirectDiagnostics", path=str(folder))
+
+
+def service(text, level="INFO"):
+    return LogEntry(level, SERVICE_LOGGER, text)
+
+
+def product_log(run):
+    return log_entries(run / "logs" / "PRODUCT.log")
+
+
+CANCELLING = service("Cancelling diagnostics redirection (likely due to client disconnection)")
+CANCELLED = service("Cancelled diagnostics redirection (likely due to client disconnection)")
+
+
+def test_a_redirection_moves_the_log_and_the_clients_going_brings_it_back(hub, tmp_path):
+    folder, run = client_folder(tmp_path, "mine")
+    (ordinary,) = hub.run_folders()
+    client = hub.rpc()
+    assert client.exchange(
+        f'{{"id":5,"method":"camera:redirectDiagnostics","params":{{"path":"{folder}"}}}}'
+    ) == b'{"id":5,"jsonrpc":"2.0","result":0}\n\r\n\0'
+    assert service(f"About to redirect diagnostics to: {folder}") in product_log(ordinary)
+    assert product_log(run) == [service(f"Successfully redirected diagnostics from: {ordinary}")]
+    assert (run / "Crash").is_dir()
+    assert hub.rpc().request("camera:unknown")["error"]
+    assert LogEntry("ERROR", DEVICE_LOGGER, "Method not supported: camera:unknown") in product_log(run)
+
+    client.close()
+    wait_until(lambda: CANCELLED in hub.log(), "the redirection is cancelled")
+    assert CANCELLING in product_log(run)
+    assert CANCELLED not in product_log(run)
+
+
+def test_only_the_departure_of_the_latest_redirecting_client_ends_a_redirection(hub, tmp_path):
+    first_folder, first_run = client_folder(tmp_path, "first")
+    second_folder, second_run = client_folder(tmp_path, "second")
+    first, second = hub.rpc(), hub.rpc()
+    assert redirect(first, first_folder)["result"] == 0
+    assert redirect(second, second_folder)["result"] == 0
+    assert product_log(second_run) == [service(f"Successfully redirected diagnostics from: {first_run}")]
+    first.close()
+    assert second.request("camera:unknown")["error"]
+    assert CANCELLING not in product_log(second_run)
+    second.close()
+    wait_until(lambda: CANCELLED in hub.log(), "the redirection is cancelled")
+
+
+def test_a_folder_that_cannot_be_used_is_an_error_and_the_ordinary_place_is_back(hub, tmp_path):
+    missing = tmp_path / "missing"
+    client = hub.rpc()
+    assert client.exchange(
+        f'{{"id":5,"method":"camera:redirectDiagnostics","params":{{"path":"{missing}"}}}}'
+    ) == f'{{"error":{{"message":"Failed redirecting diagnostics to: {missing}"}},"id":5,"jsonrpc":"2.0"}}\n\r\n\0'.encode()
+    error = LogEntry("ERROR", DEVICE_LOGGER, f"Failed redirecting diagnostics to: {missing}")
+    assert error in hub.log()
+    client.close()
+    assert hub.rpc().request("camera:version")["result"] == "2.9"
+    assert CANCELLING not in hub.log()
+
+
+def test_a_failed_redirection_leaves_the_earlier_client_on_record(hub, tmp_path):
+    folder, run = client_folder(tmp_path, "mine")
+    first, second = hub.rpc(), hub.rpc()
+    assert redirect(first, folder)["result"] == 0
+    assert "error" in redirect(second, tmp_path / "missing")
+    first.close()
+    wait_until(lambda: CANCELLED in hub.log(), "the redirection is cancelled")
+
+
+def test_the_same_client_may_redirect_twice(hub, tmp_path):
+    folder, run = client_folder(tmp_path, "mine")
+    client = hub.rpc()
+    assert redirect(client, folder)["result"] == 0
+    assert redirect(client, folder)["result"] == 0
+    assert product_log(run) == [service(f"Successfully redirected diagnostics from: {run}")]
+
+
+def test_a_client_that_never_redirected_goes_without_a_line(hub):
+    before = hub.log()
+    client = hub.rpc()
+    assert client.request("camera:version")["result"] == "2.9"
+    client.close()
+    assert hub.rpc().request("camera:version")["result"] == "2.9"
+    assert hub.log() == before
+
+
+def test_without_a_path_there_is_no_folder_to_redirect_to(hub):
+    hub.wait_for_the_next_run_name()
+    reply = hub.rpc().request("camera:redirectDiagnostics")
+    assert reply["error"] == {"message": "Failed redirecting diagnostics to: "}
+
+
+def test_a_crash_during_a_redirection_leaves_its_record_in_the_clients_folder(hub, tmp_path):
+    folder, run = client_folder(tmp_path, "mine")
+    client = hub.rpc()
+    assert redirect(client, folder)["result"] == 0
+    client.send('{"method":7}')
+    hub.wait_for_end()
+    (record,) = (run / "Crash").glob("crash-*.txt")
+    assert "Type is not convertible to string" in record.read_text(encoding="utf-8")
+    assert hub.crash_records() == []
+
+
+def test_two_hundred_redirections_leave_no_log_file_of_an_earlier_run_open(hub, tmp_path):
+    folder, run = client_folder(tmp_path, "mine")
+    for _ in range(200):
+        client = hub.rpc()
+        assert redirect(client, folder)["result"] == 0
+        client.close()
+        assert hub.rpc().request("camera:version")["result"] == "2.9"
+    wait_until(lambda: not open_files_below(hub, tmp_path), "the last redirection is cancelled")
+    (latest,) = {path.parent for path in open_files_below(hub, hub.data_folder)}
+    assert latest == hub.run_folders()[-1] / "logs"
+    assert len(open_files_below(hub, hub.data_folder)) == 4
+
+
+def open_files_below(hub, folder):
+    paths = []
+    for link in hub.proc("fd").iterdir():
+        try:
+            paths.append(link.readlink())
+        except FileNotFoundError:
+            pass  # closed meanwhile
+    return [path for path in paths if path.is_relative_to(folder)]

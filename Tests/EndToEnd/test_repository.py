@@ -1,0 +1,85 @@
+"""The checks and scripts of the repository itself."""
+
+import subprocess
+import sys
+
+import pytest
+from harness.hub import ROOT
+
+
+def check_layers(root):
+    command = [sys.executable, str(ROOT / "cmake/check_layers.py"), str(root)]
+    return subprocess.run(command, capture_output=True, text=True, check=False)
+
+
+@pytest.fixture
+def tree(tmp_path):
+    def write(name, text):
+        (tmp_path / name).parent.mkdir(parents=True, exist_ok=True)
+        (tmp_path / name).write_text(text)
+        return tmp_path
+
+    write("Platform/Interface/Guid.h", "#pragma once\n")
+    write("Platform/Simulated/Chart.h", '#include <map>\n#include "Platform/Interface/Guid.h"\n')
+    return write
+
+
+def test_this_tree_keeps_to_the_layers():
+    result = check_layers(ROOT)
+    assert (result.returncode, result.stdout) == (0, "")
+
+
+def test_an_include_that_goes_down_a_layer_is_fine(tree):
+    result = check_layers(tree("Services/Hub.cpp", '#include "Platform/Interface/Guid.h"\n'))
+    assert (result.returncode, result.stdout) == (0, "")
+
+
+@pytest.mark.parametrize(
+    "name, include, reason",
+    [
+        ("Services/Hub.cpp", "Platform/Simulated/Chart.h", 'Services may not include "Platform/Simulated/Chart.h"'),
+        ("Platform/Interface/New.h", "Platform/Simulated/Chart.h",
+         'Platform/Interface may not include "Platform/Simulated/Chart.h"'),
+        ("Framework/CXX/Json/New.h", "Platform/Interface/Guid.h",
+         'Framework/CXX/Json may not include "Platform/Interface/Guid.h"'),
+        ("Platform/Simulated/New.cpp", "Chart.h", '"Chart.h" is not written from the root of the tree'),
+        ("Platform/Elsewhere/New.cpp", "Platform/Interface/Guid.h", "its folder has no row in MAY_INCLUDE"),
+    ],
+)
+def test_a_breach_is_named_by_file_and_line(tree, name, include, reason):
+    result = check_layers(tree(name, f'#include "{include}"\n'))
+    assert (result.returncode, result.stdout) == (1, f"{name}:1: {reason}\n")
+
+
+def count_tests(*reports):
+    command = [sys.executable, str(ROOT / "scripts/count_tests.py"), *map(str, reports)]
+    result = subprocess.run(command, capture_output=True, text=True, check=False)
+    return result.returncode, result.stdout.splitlines()[-1]
+
+
+CTEST = """<testsuite><testcase name="a" status="run"/><testcase name="b" status="fail"><failure/></testcase>
+<testcase name="c" status="notrun"><skipped message="SKIP_REGULAR_EXPRESSION_MATCHED"/></testcase>
+<testcase name="d" status="notrun"><skipped message="Unable to find executable"/></testcase></testsuite>"""
+PYTEST = """<testsuites><testsuite><testcase name="a"/><testcase name="b"><error/></testcase>
+<testcase name="c"><skipped/></testcase></testsuite></testsuites>"""
+
+
+def test_the_count_adds_up_both_kinds_of_reports(tmp_path):
+    (tmp_path / "unit.xml").write_text(CTEST)
+    (tmp_path / "end.xml").write_text(PYTEST)
+    counted = count_tests(tmp_path / "unit.xml", tmp_path / "end.xml")
+    assert counted == (1, "Tests: 2 passed, 3 failed, 2 skipped")
+
+
+def test_the_count_is_good_only_if_nothing_failed(tmp_path):
+    (tmp_path / "good.xml").write_text("<testsuite><testcase/><testcase/></testsuite>")
+    assert count_tests(tmp_path / "good.xml") == (0, "Tests: 2 passed, 0 failed, 0 skipped")
+
+
+@pytest.mark.parametrize("content", [None, "", "<testsuite/>"])
+def test_a_report_that_is_missing_or_empty_counts_as_a_failure(tmp_path, content):
+    (tmp_path / "good.xml").write_text("<testsuite><testcase/></testsuite>")
+    if content is not None:
+        (tmp_path / "bad.xml").write_text(content)
+    counted = count_tests(tmp_path / "good.xml", tmp_path / "bad.xml")
+    assert counted == (1, "Tests: 1 passed, 1 failed, 0 skipped")

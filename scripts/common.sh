@@ -1,0 +1,67 @@
+# Shared by the scripts of this folder, which source it: the Debian packages and the building.
+# shellcheck shell=bash
+# The lists are used by the scripts that source this file.
+# shellcheck disable=SC2034
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# What building and running the hub takes. The unit-test libraries are among them because configuring
+# looks for them, whatever is built afterwards.
+build_packages=(
+  g++ cmake ninja-build pkg-config ccache
+  qtbase5-dev libjsoncpp-dev liblog4cxx-dev
+  libpng-dev zlib1g-dev libturbojpeg0-dev libjpeg-dev libyuv-dev libcairo2-dev libutfcpp-dev fonts-dejavu-core
+  libudev-dev libdw-dev libelf-dev
+  libgtest-dev libgmock-dev
+  python3
+)
+
+# What the tests take besides: pytest, Pillow to make and to read pictures, umockdev for a /sys of their own.
+test_packages=(python3-pytest python3-pil umockdev libumockdev-dev)
+
+is_installed() {
+  [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+# Set once packages have been installed: what configuring has found before may have changed.
+packages_changed=
+
+# install_packages NAME...: those that are missing, with apt-get, as root or through sudo.
+install_packages() {
+  local missing=() package
+  for package in "$@"; do
+    is_installed "$package" || missing+=("$package")
+  done
+  ((${#missing[@]} == 0)) && return
+
+  local as_root=()
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null || {
+      echo "These packages are missing, and there is no sudo to install them: ${missing[*]}" >&2
+      return 1
+    }
+    as_root=(sudo)
+  fi
+  echo "Installing ${missing[*]}"
+  "${as_root[@]}" apt-get -qq update
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get -qq install --yes --no-install-recommends "${missing[@]}" >/dev/null
+  packages_changed=yes
+}
+
+# build_folder PRESET: the build directory that CMakePresets.json gives it.
+build_folder() {
+  if [[ $1 == release ]]; then echo "$root/build"; else echo "$root/build-$1"; fi
+}
+
+# build PRESET TARGET: configures where that has not been done since packages were installed, and builds what is not up to date.
+build() {
+  local folder
+  folder=$(build_folder "$1")
+  if [[ ! -e $folder/build.ninja || -n $packages_changed ]]; then
+    (cd "$root" && cmake --preset "$1")
+  fi
+  if [[ $(ninja -C "$folder" -n "$2") != *"no work to do"* ]]; then
+    cmake --build "$folder" --target "$2"
+  fi
+}

@@ -1,0 +1,58 @@
+#!/bin/bash
+# Builds everything and runs every test. The last line counts them; the exit code is 0 if none failed.
+# Usage: scripts/test.sh [release|debug|asan|tsan ...]
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+presets=("${@:-release}")
+for preset in "${presets[@]}"; do
+  case $preset in
+    release | debug | asan | tsan) ;;
+    *)
+      echo "Usage: ${0##*/} [release|debug|asan|tsan ...]" >&2
+      exit 2
+      ;;
+  esac
+done
+
+# The Python of the system, for which the packages are installed, whichever one comes first in PATH.
+python=/usr/bin/python3
+
+export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}
+export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1${TSAN_OPTIONS:+:$TSAN_OPTIONS}
+
+# The thread sanitizer cannot start where the kernel spreads addresses over more bits than it knows.
+launcher=()
+if [[ " ${presets[*]} " == *" tsan "* ]] && setarch --addr-no-randomize true 2>/dev/null; then
+  launcher=(setarch --addr-no-randomize)
+fi
+
+# The end-to-end tests give each hub a network of its own, which takes root: at least in a namespace.
+isolation=()
+((EUID == 0)) || isolation=(unshare --user --map-root-user --net)
+
+install_packages "${build_packages[@]}" "${test_packages[@]}"
+
+failed=0
+reports=()
+for preset in "${presets[@]}"; do
+  folder=$(build_folder "$preset")
+  unit=$folder/test-results/unit.xml
+  end_to_end=$folder/test-results/end-to-end.xml
+  reports+=("$unit" "$end_to_end")
+  mkdir -p "$folder/test-results"
+  rm -f "$unit" "$end_to_end"
+
+  echo "== $preset"
+  build "$preset" all || { failed=1; continue; }
+  "${launcher[@]}" ctest --test-dir "$folder" --parallel "$(nproc)" --output-on-failure \
+    --no-tests=error --output-junit "$unit" || failed=1
+  HUB_EXECUTABLE=$folder/bin/LarkspurWindowsCameraHub HUB_PRESET=$preset \
+    "${launcher[@]}" "${isolation[@]}" "$python" -m pytest -p no:cacheprovider --quiet -r fEs \
+    --numprocesses $((2 * $(nproc))) --dist loadfile \
+    --junit-xml="$end_to_end" "$root/Tests/EndToEnd" || failed=1
+done
+
+"$python" "$root/scripts/count_tests.py" "${reports[@]}" || failed=1
+exit $failed
