@@ -10,6 +10,7 @@
 #include "Services/LarkspurWindowsCameraHubNonUWP/ServiceDiagnosticsAndLogging.h"
 
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -48,8 +49,15 @@ ConnectedCamera::ConnectedCamera(FoundCamera camera)
 }
 
 ConnectedCamera::~ConnectedCamera() {
-    blockingWait(frameReaders.back()->StopAsync());
-    mediaCapture->Close();
+    try {
+        blockingWait(frameReaders.back()->StopAsync());
+        mediaCapture->Close();
+    } catch (...) {
+        // Leaving the destructor would end the process too. But a compiler may end a function that must not
+        // raise from its clean-up code, where the error is not known any more (GCC before 14 does): the crash
+        // record would have no cause.
+        std::terminate();
+    }
     LOG4CXX_INFO(deviceLogger(), "Disconnected from camera uid " << foundCamera.description.uid << cameraNameSuffix());
 }
 

@@ -24,7 +24,7 @@ TEST(LogRecorder, RecordsALoggerAndItsChildrenFromTheChosenLevelOn) {
     EXPECT_TRUE(recorder.contains("INFO", "LogRecorderTest.Parent", "shown"));
     EXPECT_TRUE(recorder.contains("ERROR", "LogRecorderTest.Parent.Child", "shown too"));
     EXPECT_FALSE(recorder.contains("WARN", "LogRecorderTest.Parent", "shown"));
-    EXPECT_THAT(recorder.records().front().file, EndsWith("LogRecorderTests.cpp"));
+    EXPECT_THAT(recorder.records().front().file, EndsWith("LogRecorderTest.cpp"));
 }
 
 TEST(LogRecorder, Utf8PassesThroughTheLoggingLibraryInAUtf8Locale) {
