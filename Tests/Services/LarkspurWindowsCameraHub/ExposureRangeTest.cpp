@@ -1,0 +1,129 @@
+#include "Services/LarkspurWindowsCameraHub/ExposureRange.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using std::chrono::microseconds;
+
+ExposureRange rangeOf(double min, double max, double step) {
+    ExposureRange range;
+    range.min = min;
+    range.max = max;
+    range.step = step;
+    return range;
+}
+
+TEST(ExponentToMicroseconds, WholeStopsDivideASecond) {
+    EXPECT_EQ(exponentToMicroseconds(-4), microseconds(62500));
+    EXPECT_EQ(exponentToMicroseconds(-7), microseconds(7812));
+    EXPECT_EQ(exponentToMicroseconds(-13), microseconds(122));
+}
+
+TEST(ExponentToMicroseconds, FractionsRoundToAWholeStopHalvesAwayFromZero) {
+    EXPECT_EQ(exponentToMicroseconds(-3.6), microseconds(62500));
+    EXPECT_EQ(exponentToMicroseconds(-4.5), microseconds(31250));
+    EXPECT_EQ(exponentToMicroseconds(-4.49), microseconds(62500));
+    EXPECT_EQ(exponentToMicroseconds(1.5), microseconds(4000000));
+}
+
+TEST(ExponentToMicroseconds, ZeroIsOneSecond) {
+    EXPECT_EQ(exponentToMicroseconds(0), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(-0.0), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(-0.4), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(0.4), microseconds(1000000));
+}
+
+TEST(ExponentToMicroseconds, PositiveExponentsMultiplyASecond) {
+    EXPECT_EQ(exponentToMicroseconds(1), microseconds(2000000));
+    EXPECT_EQ(exponentToMicroseconds(11), microseconds(2048000000));
+}
+
+TEST(ExponentToMicroseconds, FromTwelveOnThe32BitResultWraps) {
+    EXPECT_EQ(exponentToMicroseconds(12), microseconds(-198967296));
+    EXPECT_EQ(exponentToMicroseconds(13), microseconds(-397934592));
+    EXPECT_EQ(exponentToMicroseconds(26), microseconds(0));
+}
+
+TEST(ExponentToMicroseconds, OnlyTheLowFiveBitsOfTheMagnitudeShift) {
+    EXPECT_EQ(exponentToMicroseconds(32), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(33), microseconds(2000000));
+    EXPECT_EQ(exponentToMicroseconds(-32), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(-33), microseconds(500000));
+    EXPECT_EQ(exponentToMicroseconds(-20), microseconds(0));
+    EXPECT_EQ(exponentToMicroseconds(-31), microseconds(0));
+}
+
+TEST(ExponentToMicroseconds, ValuesThatNoIntegerHoldsDoNotShift) {
+    EXPECT_EQ(exponentToMicroseconds(std::numeric_limits<double>::infinity()), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(-std::numeric_limits<double>::infinity()), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(std::nan("")), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(-1e300), microseconds(1000000));
+}
+
+TEST(ExposureRange, TheDefaultRecordIsOneSixteenthOfASecondThatCannotBeChanged) {
+    const ExposureRange range;
+    EXPECT_EQ(range.step, 0.0);
+    EXPECT_EQ(range.minExposureInUs(), microseconds(62500));
+    EXPECT_EQ(range.maxExposureInUs(), microseconds(62500));
+}
+
+TEST(ExposureRange, ATimeGoesToTheNearestPointOfTheGridFromTheMinimum) {
+    EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromMicroseconds(50000), -4.0);
+    EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromMicroseconds(62500), -4.0);
+    EXPECT_EQ(rangeOf(-12.5, 0, 1).exponentFromMicroseconds(50000), -4.5);
+}
+
+TEST(ExposureRange, AFractionalStepGivesAFractionalExponent) {
+    const double exponent = rangeOf(-10, 0, 0.5).exponentFromMicroseconds(50000);
+    EXPECT_EQ(exponent, -4.5);
+    EXPECT_EQ(exponentToMicroseconds(exponent), microseconds(31250));
+}
+
+TEST(ExposureRange, ATimeBeyondTheRangeEndsAtItsNearerEnd) {
+    const auto range = rangeOf(-13, -2, 1);
+    EXPECT_EQ(range.exponentFromMicroseconds(10000000), -2.0);
+    EXPECT_EQ(exponentToMicroseconds(range.exponentFromMicroseconds(10000000)), microseconds(250000));
+    EXPECT_EQ(range.exponentFromMicroseconds(1), -13.0);
+}
+
+TEST(ExposureRange, NoTimeAtAllEndsAtTheMinimum) { EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromMicroseconds(0), -13.0); }
+
+TEST(ExposureRange, ANegativeTimeComesOutAsNotANumber) {
+    EXPECT_TRUE(std::isnan(rangeOf(-13, 0, 1).exponentFromMicroseconds(-5)));
+}
+
+TEST(ExposureRange, WithoutAStepEveryTimeAndPercentageIsTheMinimum) {
+    EXPECT_EQ(rangeOf(-6, -2, 0).exponentFromMicroseconds(50000), -6.0);
+    EXPECT_EQ(rangeOf(-6, -2, 0).exponentFromPercent(100), -6.0);
+}
+
+TEST(ExposureRange, PercentCountsStopsDownFromTheMaximum) {
+    const auto range = rangeOf(-13, -2, 1);
+    EXPECT_EQ(range.exponentFromPercent(100), -2.0);
+    EXPECT_EQ(range.exponentFromPercent(50), -3.0);
+    EXPECT_EQ(range.exponentFromPercent(25), -4.0);
+    EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromPercent(1), -7.0);
+}
+
+TEST(ExposureRange, PercentIsOnAGridFromTheMaximumAndATimeOnOneFromTheMinimum) {
+    const auto range = rangeOf(-10, -0.5, 1);
+    EXPECT_EQ(range.exponentFromPercent(50), -1.5);
+    EXPECT_EQ(range.exponentFromMicroseconds(250000), -2.0);
+}
+
+TEST(ExposureRange, PercentZeroIsTheMinimumAndAbove100TheMaximum) {
+    const auto range = rangeOf(-13, -2, 1);
+    EXPECT_EQ(range.exponentFromPercent(0), -13.0);
+    EXPECT_EQ(range.exponentFromPercent(200), -2.0);
+    EXPECT_EQ(range.exponentFromPercent(0.0001), -13.0);
+}
+
+TEST(ExposureRange, ANegativePercentageComesOutAsNotANumber) {
+    EXPECT_TRUE(std::isnan(rangeOf(-13, 0, 1).exponentFromPercent(-1)));
+}
+
+} // namespace
