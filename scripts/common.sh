@@ -16,8 +16,9 @@ build_packages=(
   python3
 )
 
-# What the tests take besides: pytest, Pillow to make and to read pictures, umockdev for a /sys of their own.
-test_packages=(python3-pytest python3-pil umockdev libumockdev-dev)
+# What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, umockdev for a
+# /sys of their own.
+test_packages=(python3-pytest python3-pytest-xdist python3-pil umockdev libumockdev-dev)
 
 is_installed() {
   [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
@@ -54,7 +55,8 @@ build_folder() {
   if [[ $1 == release ]]; then echo "$root/build"; else echo "$root/build-$1"; fi
 }
 
-# build PRESET TARGET: configures where that has not been done since packages were installed, and builds what is not up to date.
+# build PRESET TARGET: configures where that has not been done since packages were installed, and builds
+# what is not up to date.
 build() {
   local folder
   folder=$(build_folder "$1")

@@ -84,17 +84,6 @@ protected:
         return received.substr(0, received.size() - std::min(received.size(), notFoundResponse.size()));
     }
 
-    /// Runs the event loop until the condition holds; false if it does not within a minute.
-    static bool turnUntil(const std::function<bool()>& condition) {
-        const QDeadlineTimer deadline(60000);
-        while (!condition()) {
-            if (deadline.hasExpired())
-                return false;
-            turnEventLoop();
-        }
-        return true;
-    }
-
     static std::string headOf(std::size_t size) {
         return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(size) + "\r\nContent-Type: image/png\r\n\r\n";
     }

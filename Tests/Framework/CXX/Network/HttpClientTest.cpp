@@ -1,4 +1,5 @@
 #include "Framework/CXX/Network/HttpClient.h"
+
 #include "Tests/Framework/CXX/Network/HttpFixture.h"
 
 #include <gmock/gmock.h>
@@ -157,7 +158,7 @@ TEST_F(HttpClientTest, ALengthInLowerCaseIsNotSeen) {
 
 TEST_F(HttpClientTest, AWaitingResponseStopsTheReading) {
     connect().send("GET /later HTTP/1.1\r\n\r\nGET /echo HTTP/1.1\r\n\r\n");
-    ASSERT_TRUE(waitUntil([&] { return pending != nullptr; }));
+    ASSERT_TRUE(turnUntil([&] { return pending != nullptr; }));
     connect().send("GET /echo HTTP/1.1\r\n\r\n");
     TestConnection other(server.serverPort());
     other.send("GET /echo-other HTTP/1.1\r\n\r\n");
@@ -168,7 +169,7 @@ TEST_F(HttpClientTest, AWaitingResponseStopsTheReading) {
 
 TEST_F(HttpClientTest, ALaterFinishIsNoticedAtTheNextBytes) {
     connect().send("GET /later HTTP/1.1\r\n\r\n");
-    ASSERT_TRUE(waitUntil([&] { return pending != nullptr; }));
+    ASSERT_TRUE(turnUntil([&] { return pending != nullptr; }));
     respond(pending, "late");
     EXPECT_EQ(connect().receiveUntil("late"), plainResponse("late"));
     connect().send("GET /echo HTTP/1.1\r\n\r\n");

@@ -1,4 +1,5 @@
 #include "Framework/CXX/Network/HttpResponse.h"
+
 #include "Tests/Framework/CXX/Network/HttpFixture.h"
 
 #include <gtest/gtest.h>

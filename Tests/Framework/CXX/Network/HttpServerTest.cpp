@@ -1,5 +1,6 @@
-#include "Framework/CXX/Network/HttpClient.h"
 #include "Framework/CXX/Network/HttpServer.h"
+
+#include "Framework/CXX/Network/HttpClient.h"
 #include "Tests/Framework/CXX/Network/HttpFixture.h"
 
 #include <gmock/gmock.h>
@@ -130,7 +131,7 @@ TEST_F(HttpServerTest, RemoveClientTakesEveryEqualEntry) {
     server.addClient(noClient);
     server.removeClient(noClient);
     server.closeClients(); // would use it
-    EXPECT_TRUE(waitUntil([&] { return !connection->isConnected(); }));
+    EXPECT_TRUE(turnUntil([&] { return !connection->isConnected(); }));
 }
 
 TEST_F(HttpServerTest, CloseClientsEndsEveryConnection) {
@@ -141,7 +142,7 @@ TEST_F(HttpServerTest, CloseClientsEndsEveryConnection) {
     one.receiveUntil(notFoundResponse);
     two.receiveUntil(notFoundResponse);
     server.closeClients();
-    EXPECT_TRUE(waitUntil([&] { return !one.isConnected() && !two.isConnected(); }));
+    EXPECT_TRUE(turnUntil([&] { return !one.isConnected() && !two.isConnected(); }));
 }
 
 class LongPathTest : public HttpServerTest, public testing::WithParamInterface<std::size_t> {

@@ -21,7 +21,7 @@ class Probe {
 public:
     explicit Probe(const char* mode) {
         _process.start(NETWORK_PROBE, {mode});
-        EXPECT_TRUE(waitUntil([this] { return _process.canReadLine(); }));
+        EXPECT_TRUE(turnUntil([this] { return _process.canReadLine(); }));
         _port = static_cast<quint16>(_process.readLine().trimmed().toUInt());
     }
 
@@ -36,7 +36,7 @@ public:
     quint16 port() const { return _port; }
 
     bool hasEnded() {
-        return waitUntil([this] { return _process.state() == QProcess::NotRunning; });
+        return turnUntil([this] { return _process.state() == QProcess::NotRunning; });
     }
 
     bool isRunning() const { return _process.state() == QProcess::Running; }
@@ -120,12 +120,12 @@ TEST_P(SpinningRequest, HoldsTheThreadAndIsNeverAnswered) {
 
     // Half a second of processor time: more than serving all of this takes, however slow the machine.
     const long enough = probe.cpuTicks() + sysconf(_SC_CLK_TCK) / 2;
-    EXPECT_TRUE(waitUntil([&] { return probe.cpuTicks() >= enough; }));
+    EXPECT_TRUE(turnUntil([&] { return probe.cpuTicks() >= enough; }));
 
     const std::string received = before.received();
     before.send("GET /id HTTP/1.1\r\n\r\n");
     const long more = probe.cpuTicks() + sysconf(_SC_CLK_TCK) / 2;
-    EXPECT_TRUE(waitUntil([&] { return probe.cpuTicks() >= more; }));
+    EXPECT_TRUE(turnUntil([&] { return probe.cpuTicks() >= more; }));
     EXPECT_EQ(before.received(), received) << "another connection is still served";
     EXPECT_LE(received.size(), 2 * answered.size());
     EXPECT_EQ(connection.received(), "");

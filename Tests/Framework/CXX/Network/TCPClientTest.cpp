@@ -1,4 +1,5 @@
 #include "Framework/CXX/Network/TCPClient.h"
+
 #include "Framework/CXX/Network/TCPServer.h"
 #include "Tests/Framework/CXX/Network/TestConnection.h"
 
@@ -112,7 +113,7 @@ TEST(TCPClient, BytesBehindTheLastDelimiterAreLostWithTheConnection) {
         connection.send("whole\0half"s);
         connection.receiveUntil("\r\n\0"s);
         connection.close();
-        EXPECT_TRUE(waitUntil([&] { return server.destroyed == 1; }));
+        EXPECT_TRUE(turnUntil([&] { return server.destroyed == 1; }));
     }
     TestConnection next(server.serverPort());
     next.send("rest\0"s);
@@ -166,11 +167,11 @@ TEST(TCPClient, TellsTheAcceptedDescriptorWhenItDisconnectsAndDeletesItself) {
     Recorder recorder;
     WatchingServer server(recorder.handler());
     TestConnection connection(server.serverPort());
-    ASSERT_TRUE(waitUntil([&] { return server.accepted.size() == 1; }));
+    ASSERT_TRUE(turnUntil([&] { return server.accepted.size() == 1; }));
     ASSERT_GE(server.accepted.front(), 0);
     EXPECT_EQ(server.latestClient->parent(), nullptr);
     connection.close();
-    ASSERT_TRUE(waitUntil([&] { return server.destroyed == 1; }));
+    ASSERT_TRUE(turnUntil([&] { return server.destroyed == 1; }));
     EXPECT_EQ(server.disconnecting, server.accepted);
     errno = 0;
     EXPECT_EQ(fcntl(static_cast<int>(server.accepted.front()), F_GETFD), -1);
@@ -182,9 +183,9 @@ TEST(TCPClient, AResetIsADisconnection) {
     WatchingServer server(recorder.handler());
     TestConnection connection(server.serverPort());
     connection.send("unfinished");
-    ASSERT_TRUE(waitUntil([&] { return server.accepted.size() == 1; }));
+    ASSERT_TRUE(turnUntil([&] { return server.accepted.size() == 1; }));
     connection.abort();
-    EXPECT_TRUE(waitUntil([&] { return server.destroyed == 1; }));
+    EXPECT_TRUE(turnUntil([&] { return server.destroyed == 1; }));
     EXPECT_EQ(server.disconnecting, server.accepted);
     EXPECT_THAT(recorder.messages, ElementsAre());
 }
@@ -193,9 +194,9 @@ TEST(TCPClient, CloseClientEndsTheConnection) {
     Recorder recorder;
     WatchingServer server(recorder.handler());
     TestConnection connection(server.serverPort());
-    ASSERT_TRUE(waitUntil([&] { return server.latestClient != nullptr; }));
+    ASSERT_TRUE(turnUntil([&] { return server.latestClient != nullptr; }));
     server.latestClient->closeClient();
-    EXPECT_TRUE(waitUntil([&] { return !connection.isConnected() && server.destroyed == 1; }));
+    EXPECT_TRUE(turnUntil([&] { return !connection.isConnected() && server.destroyed == 1; }));
     EXPECT_EQ(server.disconnecting, server.accepted);
 }
 
@@ -210,7 +211,7 @@ TEST(TCPClient, BytesAreDroppedAfterCloseClient) {
     running = &server;
     TestConnection connection(server.serverPort());
     connection.send("first\0second\0third"s);
-    EXPECT_TRUE(waitUntil([&] { return server.destroyed == 1; }));
+    EXPECT_TRUE(turnUntil([&] { return server.destroyed == 1; }));
     EXPECT_THAT(messages, ElementsAre("first"));
 }
 

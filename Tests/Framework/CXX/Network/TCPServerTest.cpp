@@ -1,4 +1,5 @@
 #include "Framework/CXX/Network/TCPServer.h"
+
 #include "Tests/Framework/CXX/Network/TestConnection.h"
 
 #include <gmock/gmock.h>

@@ -31,7 +31,7 @@ inline void settleEventLoop() {
 }
 
 /// Runs the event loop until the condition holds. False if it doesn't within the limit.
-inline bool waitUntil(const std::function<bool()>& condition, int limitInMs = 60000) {
+inline bool turnUntil(const std::function<bool()>& condition, int limitInMs = 60000) {
     const QDeadlineTimer deadline(limitInMs);
     while (!condition()) {
         if (deadline.hasExpired()) {
@@ -49,24 +49,24 @@ public:
         QObject::connect(&_socket, &QTcpSocket::readyRead, &_socket,
                          [this] { _received += _socket.readAll().toStdString(); });
         _socket.connectToHost(QHostAddress(QHostAddress::LocalHost), port);
-        EXPECT_TRUE(waitUntil([this] { return isConnected(); }));
+        EXPECT_TRUE(turnUntil([this] { return isConnected(); }));
         _socket.setSocketOption(QAbstractSocket::LowDelayOption, 1); // pieces arrive as pieces
     }
 
     void send(std::string_view bytes) {
         _socket.write(bytes.data(), static_cast<qint64>(bytes.size()));
-        EXPECT_TRUE(waitUntil([this] { return _socket.bytesToWrite() == 0 || !isConnected(); }));
+        EXPECT_TRUE(turnUntil([this] { return _socket.bytesToWrite() == 0 || !isConnected(); }));
     }
 
     /// Everything received once it has that size; less if it doesn't come.
     std::string receive(std::size_t size) {
-        EXPECT_TRUE(waitUntil([&] { return _received.size() >= size; })) << "received: " << _received;
+        EXPECT_TRUE(turnUntil([&] { return _received.size() >= size; })) << "received: " << _received;
         return _received;
     }
 
     /// Everything received once it ends like this.
     std::string receiveUntil(const std::string& end) {
-        EXPECT_TRUE(waitUntil([&] { return _received.ends_with(end); })) << "received: " << _received;
+        EXPECT_TRUE(turnUntil([&] { return _received.ends_with(end); })) << "received: " << _received;
         return _received;
     }
 
