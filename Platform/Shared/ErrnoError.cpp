@@ -15,6 +15,7 @@ winrt::hresult codeOfErrno(int error) {
         return winrt::result::accessDenied;
     case ENOENT:
     case ENODEV:
+    case ESHUTDOWN: // pulled out in the middle of a transfer
     case ENXIO:
         return winrt::result::notFound;
     case EBUSY:

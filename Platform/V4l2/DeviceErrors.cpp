@@ -18,6 +18,7 @@ std::string_view hintFor(std::string_view operation, int error) {
     case EBUSY:
         return "the camera is in use by another program";
     case ENODEV:
+    case ESHUTDOWN:
     case ENXIO:
     case ENOENT:
         return "the camera has been unplugged";
@@ -38,6 +39,8 @@ winrt::hresult_error deviceError(std::string_view operation, std::string_view de
         reason.append(" (").append(hint).append(")");
     return Shared::platformError(operation, device, Shared::codeOfErrno(error), reason);
 }
+
+bool meansUnplugged(int error) { return error == ENODEV || error == ESHUTDOWN; }
 
 winrt::hresult_error goneError(std::string_view operation, std::string_view device) {
     return deviceError(operation, device, ENODEV);

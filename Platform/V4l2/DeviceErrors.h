@@ -9,6 +9,9 @@ namespace Platform::V4l2 {
 /// "OPERATION on DEVICE: reason of the system (what that means for a camera)".
 winrt::hresult_error deviceError(std::string_view operation, std::string_view device, int error);
 
+/// Whether a call that fails so finds the camera pulled out: ENODEV, and ESHUTDOWN in the middle of a transfer.
+bool meansUnplugged(int error);
+
 /// The error of every use of a camera that is gone.
 winrt::hresult_error goneError(std::string_view operation, std::string_view device);
 

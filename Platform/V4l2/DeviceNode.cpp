@@ -29,7 +29,7 @@ int DeviceNode::tryIoctl(unsigned long request, void* argument) {
         const int error = errno;
         if (error == EINTR)
             continue;
-        if (error == ENODEV)
+        if (meansUnplugged(error))
             _gone = true;
         return error;
     }
@@ -41,7 +41,7 @@ void* DeviceNode::map(std::size_t length, off_t offset) {
     void* const address = _calls->mmap(length, PROT_READ | PROT_WRITE, MAP_SHARED, _descriptor, offset);
     if (address == MAP_FAILED) {
         const int error = errno;
-        if (error == ENODEV)
+        if (meansUnplugged(error))
             _gone = true;
         raise("mmap", error);
     }

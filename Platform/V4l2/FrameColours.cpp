@@ -41,6 +41,11 @@ SampleRange rangeOf(const Colorimetry& colours, bool rgb) {
     return quantization == V4L2_QUANTIZATION_LIM_RANGE ? SampleRange::Limited : SampleRange::Full;
 }
 
+/// A sensor's mosaic has no range, and drivers fill grey frames up to white.
+bool isFullByDefault(Imaging::FrameFormat format) {
+    return isRgb(format) || format == Imaging::FrameFormat::Grey || format >= Imaging::FrameFormat::BayerBg8;
+}
+
 FrameLayout layoutOf(const v4l2_pix_format& pix, const PixelFormat& pixelFormat) {
     FrameLayout layout{pixelFormat.format, pix.width, pix.height};
     layout.strides =
@@ -69,8 +74,7 @@ FrameLayout frameLayout(const v4l2_format& format, const PixelFormat& pixelForma
             ? Colorimetry{format.fmt.pix_mp.colorspace, format.fmt.pix_mp.ycbcr_enc, format.fmt.pix_mp.quantization}
             : Colorimetry{format.fmt.pix.colorspace, format.fmt.pix.ycbcr_enc, format.fmt.pix.quantization};
     layout.matrix = matrixOf(colours);
-    // A sensor's mosaic has no range.
-    layout.range = rangeOf(colours, isRgb(pixelFormat.format) || pixelFormat.format >= Imaging::FrameFormat::BayerBg8);
+    layout.range = rangeOf(colours, isFullByDefault(pixelFormat.format));
     return layout;
 }
 

@@ -14,6 +14,7 @@ TEST(ErrnoError, EachErrorNumberHasItsCode) {
     EXPECT_EQ(codeOfErrno(EPERM), code(0x80070005));
     EXPECT_EQ(codeOfErrno(ENOENT), code(0x80070002));
     EXPECT_EQ(codeOfErrno(ENODEV), code(0x80070002));
+    EXPECT_EQ(codeOfErrno(ESHUTDOWN), code(0x80070002));
     EXPECT_EQ(codeOfErrno(ENXIO), code(0x80070002));
     EXPECT_EQ(codeOfErrno(EBUSY), code(0x800700AA));
     EXPECT_EQ(codeOfErrno(EINVAL), code(0x80070057));

@@ -49,6 +49,8 @@ TEST(V4l2DeviceErrors, NameOperationDeviceReasonAndMeaning) {
     EXPECT_EQ(text(EACCES), "80070005 VIDIOC_S_FMT on /dev/video3: Permission denied");
     EXPECT_EQ(text(EBUSY), "800700AA VIDIOC_S_FMT on /dev/video3: Device or resource busy (the camera is in use by "
                            "another program)");
+    EXPECT_EQ(text(ESHUTDOWN), "80070002 VIDIOC_S_FMT on /dev/video3: Cannot send after transport endpoint shutdown "
+                               "(the camera has been unplugged)");
     EXPECT_EQ(text(ENODEV), "80070002 VIDIOC_S_FMT on /dev/video3: No such device (the camera has been unplugged)");
     EXPECT_EQ(text(ENOSPC),
               "80004005 VIDIOC_S_FMT on /dev/video3: No space left on device (the USB bus has no bandwidth "
@@ -89,9 +91,9 @@ TEST_P(V4l2FailingCalls, EndInAnErrorThatNamesThemAndLeaveNothingBehind) {
                 continue;
             const std::string reason = std::generic_category().message(error);
             const bool namesReason = text.find(" on /dev/video0: ") != std::string::npos &&
-                                     (text.find(reason) != std::string::npos || error == ENODEV);
+                                     (text.find(reason) != std::string::npos || meansUnplugged(error));
             EXPECT_TRUE(namesReason) << text;
-            EXPECT_TRUE(error == ENODEV || text.find(GetParam().name) != std::string::npos) << text;
+            EXPECT_TRUE(meansUnplugged(error) || text.find(GetParam().name) != std::string::npos) << text;
         }
     }
     if (GetParam().isReported) {

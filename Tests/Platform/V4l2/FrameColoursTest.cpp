@@ -41,12 +41,14 @@ TEST(V4l2FrameColours, DefaultsFollowFromTheColourSpace) {
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_YUYV, 0).matrix, YuvMatrix::Bt601);
 }
 
-TEST(V4l2FrameColours, RgbIsFullUnlessTheDriverSaysOtherwise) {
+TEST(V4l2FrameColours, RgbMosaicsAndGreyAreFullUnlessTheDriverSaysOtherwise) {
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_RGB24, V4L2_COLORSPACE_SRGB).range, SampleRange::Full);
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_RGB24, V4L2_COLORSPACE_SRGB, 0, V4L2_QUANTIZATION_LIM_RANGE).range,
               SampleRange::Limited);
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_SRGGB8, V4L2_COLORSPACE_RAW).range, SampleRange::Full);
-    EXPECT_EQ(layoutWith(V4L2_PIX_FMT_GREY, V4L2_COLORSPACE_SRGB).range, SampleRange::Limited);
+    EXPECT_EQ(layoutWith(V4L2_PIX_FMT_GREY, V4L2_COLORSPACE_SRGB).range, SampleRange::Full);
+    EXPECT_EQ(layoutWith(V4L2_PIX_FMT_GREY, V4L2_COLORSPACE_SRGB, 0, V4L2_QUANTIZATION_LIM_RANGE).range,
+              SampleRange::Limited);
 }
 
 TEST(V4l2FrameColours, RowsAreAsLongAsTheDriverSays) {

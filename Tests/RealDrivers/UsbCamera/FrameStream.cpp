@@ -1,0 +1,129 @@
+#include "Tests/RealDrivers/UsbCamera/FrameStream.h"
+
+#include "Tests/RealDrivers/UsbCamera/Controls.h"
+#include "Tests/RealDrivers/UsbCamera/Picture.h"
+
+#include <algorithm>
+
+namespace UsbCamera {
+namespace {
+
+constexpr std::uint8_t ProbeSelector = 1;
+constexpr std::uint8_t CommitSelector = 2;
+constexpr std::size_t ProbeSize = 34; // bytes, of UVC 1.1
+
+// One payload fills one transfer of the kernel, which has at most 32 packets of 512 bytes.
+constexpr std::uint32_t PayloadSize = 16384;
+
+constexpr std::uint8_t HeaderSize = 2;
+constexpr std::uint8_t EndOfFrame = 0x02;
+constexpr std::uint8_t EndOfHeader = 0x80;
+
+std::uint8_t within(std::uint32_t value, std::size_t count) {
+    return static_cast<std::uint8_t>(std::clamp<std::size_t>(value, 1, count));
+}
+
+} // namespace
+
+FrameStream::FrameStream(const CameraModel& model, UsbIpLink& link, Script& script)
+    : _model(model), _link(link), _script(script) {}
+
+std::optional<Bytes> FrameStream::get(std::uint8_t request, std::uint8_t selector) const {
+    if (selector != ProbeSelector && selector != CommitSelector)
+        return std::nullopt;
+    if (request == ClassRequest::GetLength)
+        return Bytes{ProbeSize, 0};
+    if (request == ClassRequest::GetInfo)
+        return Bytes{3};
+    return probeBlock();
+}
+
+FrameStream::Choice FrameStream::choiceFrom(const CameraModel& model, const Bytes& value) {
+    return {within(numberAt(value, 2, 1), model.formats.size()), within(numberAt(value, 3, 1), model.sizes.size())};
+}
+
+Bytes FrameStream::probeBlock() const {
+    const Size& size = _model.sizes[_probed.frame - 1u];
+    Bytes block;
+    append(block, 1, 2); // the interval is what the other end may not change
+    append(block, Bytes{_probed.format, _probed.frame});
+    append(block, _model.interval(), 4);
+    append(block, 0, 10); // key frames, compression, delay
+    append(block, std::uint64_t{size.width} * size.height * 2, 4);
+    append(block, PayloadSize, 4);
+    append(block, 48'000'000, 4);
+    append(block, 3, 1); // frame toggle and end of frame are to be looked at
+    block.resize(ProbeSize);
+    return block;
+}
+
+bool FrameStream::set(std::uint8_t selector, const Bytes& value) {
+    if (selector == ProbeSelector) {
+        _script.passed("probe");
+        _probed = choiceFrom(_model, value);
+        return true;
+    }
+    if (selector != CommitSelector || _script.refusalOf("commit") != 0)
+        return false;
+    _committed = choiceFrom(_model, value);
+    _running = true;
+    _frame.clear();
+    _sent = 0;
+    _script.happened("commit");
+    return true;
+}
+
+void FrameStream::stop() {
+    if (!_running)
+        return;
+    _running = false;
+    _frame.clear();
+    _script.happened("stop");
+}
+
+void FrameStream::want(const Request& request) {
+    _wanted.push_back(request);
+    send();
+}
+
+bool FrameStream::forget(std::uint32_t requestNumber) {
+    const auto found = std::find_if(_wanted.begin(), _wanted.end(),
+                                    [&](const Request& request) { return request.number == requestNumber; });
+    if (found == _wanted.end())
+        return false;
+    _wanted.erase(found);
+    return true;
+}
+
+void FrameStream::take(const FrameState& frame) {
+    if (!_running || _script.isFrozen() || !_frame.empty() || _wanted.empty())
+        return;
+    _frame = encode(frame, _model.formats[_committed.format - 1u], _model.sizes[_committed.frame - 1u]);
+    _sent = 0;
+    _toggle ^= 1;
+    send();
+}
+
+void FrameStream::send() {
+    while (!_frame.empty() && !_wanted.empty() && !_script.isUnplugged()) {
+        const Request request = _wanted.front();
+        _wanted.pop_front();
+        const std::size_t room = std::min(request.length, PayloadSize) - HeaderSize;
+        const std::size_t count = std::min(room, _frame.size() - _sent);
+        const bool isLast = _sent + count == _frame.size();
+        Bytes payload{HeaderSize, static_cast<std::uint8_t>(EndOfHeader | _toggle | (isLast ? EndOfFrame : 0))};
+        const auto from = _frame.begin() + static_cast<std::ptrdiff_t>(_sent);
+        payload.insert(payload.end(), from, from + static_cast<std::ptrdiff_t>(count));
+        _link.succeed(request, payload);
+        const bool wasInFirstHalf = _sent < _frame.size() / 2;
+        _sent += count;
+        if (wasInFirstHalf && _sent >= _frame.size() / 2)
+            _script.passed("half-frame");
+        if (!isLast)
+            continue;
+        _frame.clear();
+        _script.framePassed();
+    }
+}
+
+} // namespace UsbCamera

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace UsbCamera {
+
+/// What the tests have asked the camera to do wrong, and the record of what happened to it: one line an event on
+/// the standard output, "name value".
+class Script {
+public:
+    /// One line: "refuse NAME CODE" (a UVC error code), "accept NAME", "mute" and "speak" (control requests),
+    /// "freeze" and "thaw" (frames), "unplug", "unplug-at EVENT", "plug", "end". Throws std::invalid_argument.
+    void command(const std::string& line);
+
+    /// Writes the event down; the one that "unplug-at" has named pulls the plug.
+    void happened(const std::string& event);
+    void happened(const std::string& event, std::uint32_t value);
+
+    /// The same for what happens too often to be written down.
+    void passed(const std::string& event);
+
+    /// A frame has gone out: the event "frame-N", which counts from the latest change of the exposure.
+    void framePassed() { passed("frame-" + std::to_string(++_frames)); }
+
+    /// The code with which that control is to be refused; 0: it is not.
+    std::uint8_t refusalOf(const std::string& control) const;
+
+    bool isMute() const { return _mute; }
+    bool isFrozen() const { return _frozen; }
+    bool isUnplugged() const { return _unplugged; }
+    bool hasEnded() const { return _ended; }
+
+    /// As the camera is plugged in again: nothing but refusals stays.
+    void plugged();
+
+private:
+    std::map<std::string, std::uint8_t> _refusals;
+    std::string _unplugAt;
+    unsigned _frames = 0; // since the exposure was changed
+    bool _mute = false;
+    bool _frozen = false;
+    bool _unplugged = false;
+    bool _ended = false;
+};
+
+} // namespace UsbCamera

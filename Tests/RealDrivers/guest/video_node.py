@@ -1,0 +1,61 @@
+"""A video node of the kernel, used as another program would."""
+
+import fcntl
+import os
+import struct
+from pathlib import Path
+
+VIDIOC_S_CTRL = 0xC008561C
+VIDIOC_QUERYCTRL = 0xC0445624
+VIDIOC_REQBUFS = 0xC0145608
+NEXT_CONTROL = 0x80000000
+VIDEO_CAPTURE, VIDEO_CAPTURE_MPLANE = 1, 9
+MEMORY_MMAP = 1
+
+QUERYCTRL = struct.Struct("=II32s5iI2I")
+
+
+def capture_nodes(device=""):
+    """Paths of the nodes that frames come from, of those devices in whose own path the text stands. A USB camera's
+    node for metadata has index 1."""
+    nodes = [node.resolve() for node in Path("/sys/class/video4linux").iterdir()]
+    return sorted(f"/dev/{node.name}" for node in nodes if device in str(node) and _index(node) == "0")
+
+
+def _index(node):
+    try:
+        return (node / "index").read_text().strip()
+    except FileNotFoundError:  # gone since
+        return None
+
+
+class VideoNode:
+    def __init__(self, path):
+        self._file = os.open(path, os.O_RDWR)
+
+    def _controls(self):
+        number = 0
+        while True:
+            query = bytearray(QUERYCTRL.pack(number | NEXT_CONTROL, 0, b"", *[0] * 8))
+            try:
+                fcntl.ioctl(self._file, VIDIOC_QUERYCTRL, query)
+            except OSError:
+                return
+            number, _, name, *_ = QUERYCTRL.unpack(query)
+            yield name.rstrip(b"\0").decode(), number
+
+    def set(self, name, value):
+        fcntl.ioctl(self._file, VIDIOC_S_CTRL, struct.pack("=Ii", dict(self._controls())[name], value))
+
+    def occupy(self, buffer_type):
+        """Reserves buffers, by which a program makes a camera its own."""
+        fcntl.ioctl(self._file, VIDIOC_REQBUFS, bytearray(struct.pack("=5I", 2, buffer_type, MEMORY_MMAP, 0, 0)))
+
+    def close(self):
+        os.close(self._file)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()

@@ -1,0 +1,41 @@
+"""The udev daemon runs, as on most machines; all other tests go without. The last of the files by name: the daemon
+stays."""
+
+import os
+import shutil
+import subprocess
+from pathlib import Path
+
+import pytest
+from guest.cameras import wait_for_cameras, wait_for_none
+from guest.usb_camera import read
+from harness.wait import wait_until
+
+
+@pytest.fixture(scope="module")
+def start_udev():
+    def start():
+        # The guest's files are its own.
+        shutil.copytree(os.environ["UDEV_TREE"], "/", symlinks=True, dirs_exist_ok=True)
+        subprocess.run(["/lib/systemd/systemd-udevd", "--daemon"], check=True)
+        wait_until(Path("/run/udev/control").exists, "the udev daemon")
+        subprocess.run(["udevadm", "trigger"], check=True)
+        subprocess.run(["udevadm", "settle"], check=True)
+
+    return start
+
+
+def test_with_the_udev_daemon_a_camera_is_the_same_and_comes_and_goes(start_hub, plug_camera, start_udev):
+    camera = plug_camera(sizes="320x240")
+    hub = start_hub()
+    without_daemon = wait_for_cameras(hub)
+    hub.stop()
+    start_udev()
+    hub = start_hub()
+    assert wait_for_cameras(hub) == without_daemon
+    camera.unplug()
+    wait_for_none(hub)
+    camera.plug()
+    assert wait_for_cameras(hub) == without_daemon
+    result = hub.rpc().capture(without_daemon[0]["uid"], exposureInUs=1000, exposureChangeDelayInMs=0)
+    assert read(hub.picture(result)).exposure == 10
