@@ -156,6 +156,15 @@ protected:
             EXPECT_EQ(with.errorText, without.errorText);
         }
     }
+
+    /// Which request finds the damage, and whether the C library notices it or faults, depends on what stood in the
+    /// heap before: another program, and that is one with the reporter in it, may end by the other signal.
+    static void checkEndOfBrokenHeap(const Expectation& expected) {
+        const ScratchFolder folder;
+        const CrashRun run = runCrashProgram(folder, {expected.cause, expected.place});
+        ASSERT_TRUE(WIFSIGNALED(run.status)) << run.status;
+        EXPECT_THAT(WTERMSIG(run.status), testing::AnyOf(SIGABRT, SIGSEGV));
+    }
 };
 
 std::string nameOf(const testing::TestParamInfo<Expectation>& info) {
@@ -181,7 +190,11 @@ TEST_P(CrashCausesOfPlainBuilds, ProcessEndsAsItWouldHave) {
     if (underSanitizer) {
         GTEST_SKIP() << "A sanitizer has a heap of its own and needs descriptors itself";
     }
-    checkEnd(GetParam());
+    if (std::string(GetParam().cause) == "breakHeapWhileUnwinding") {
+        checkEndOfBrokenHeap(GetParam());
+    } else {
+        checkEnd(GetParam());
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CrashCauses, testing::ValuesIn(expectations), nameOf);

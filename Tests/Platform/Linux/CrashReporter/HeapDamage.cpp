@@ -41,19 +41,15 @@ void breakHeapSoThatMallocCrashes() {
 
 void HeapBreaker::breakNow() const {
     // Small blocks come from a cache of the thread, one list a size. A damaged link that is taken over as
-    // the head of its list ends the next request of that size. The C library keeps each link mixed with the
-    // number of the page that it stands in; undoing that makes the head the same, and so not aligned, wherever
-    // the heap lies. Otherwise the end would depend on it: an abort for most addresses, a fault for some.
-    constexpr unsigned pageBits = 12;
+    // the head of its list makes the next request of that size fault or abort.
     constexpr std::size_t largestSmallBlock = 1024;
     for (std::size_t size = 24; size <= largestSmallBlock; size += 16) {
         void* const first = std::malloc(size);
         void* const second = std::malloc(size);
         volatile std::uint64_t* const link = inSecret(second);
-        const std::uintptr_t page = reinterpret_cast<std::uintptr_t>(second) >> pageBits;
         std::free(first);
         std::free(second);
-        link[0] = badLink ^ page;
+        link[0] = badLink;
         void* volatile taken = std::malloc(size);
         static_cast<void>(taken);
     }
