@@ -139,10 +139,4 @@ def test_two_hundred_redirections_leave_no_log_file_of_an_earlier_run_open(hub, 
 
 
 def open_files_below(hub, folder):
-    paths = []
-    for link in hub.proc("fd").iterdir():
-        try:
-            paths.append(link.readlink())
-        except FileNotFoundError:
-            pass  # closed meanwhile
-    return [path for path in paths if path.is_relative_to(folder)]
+    return [path for path in hub.open_files() if path.is_relative_to(folder)]

@@ -35,8 +35,7 @@ def capture(hub, client, stop=-7):
 
 
 def open_descriptors(hub):
-    paths = [str(link.readlink()) for link in hub.proc("fd").iterdir()]
-    return [path for path in paths if path.startswith("/dev/video")]
+    return [path for path in hub.open_files() if str(path).startswith("/dev/video")]
 
 
 def assert_shows(shown, stop):

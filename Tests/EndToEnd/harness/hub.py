@@ -1,5 +1,6 @@
 """One running hub with a network, a scenario and data folders of its own."""
 
+import contextlib
 import json
 import os
 import re
@@ -183,6 +184,14 @@ class Hub:
 
     def proc(self, name):
         return Path(f"/proc/{self.process.pid}/{name}")
+
+    def open_files(self):
+        """The paths behind its descriptors, without those that are closed meanwhile."""
+        paths = []
+        for link in self.proc("fd").iterdir():
+            with contextlib.suppress(FileNotFoundError):
+                paths.append(link.readlink())
+        return paths
 
     def stop(self):
         for client in self._clients:
