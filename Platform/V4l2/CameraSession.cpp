@@ -107,7 +107,8 @@ void CameraSession::startStream() {
     _stream.reset();
     _restartAt.reset();
     _stream = std::make_unique<Stream>(_node, _source.description);
-    _sinceSetting = FramesSince(std::chrono::steady_clock::now());
+    _lastSign = std::chrono::steady_clock::now();
+    _sinceSetting = FramesSince(_lastSign);
 }
 
 void CameraSession::stopUnwantedStream() {
@@ -124,13 +125,13 @@ void CameraSession::streamFailed() {
 
 void CameraSession::settingChanged(std::chrono::milliseconds movement) {
     assertOwnThread();
-    passFullBuffers(false);
+    emptyDriver();
     _sinceSetting = FramesSince(std::chrono::steady_clock::now() + movement);
 }
 
 void CameraSession::takeStill(StillRequest request) {
     assertOwnThread();
-    passFullBuffers(false);
+    emptyDriver();
     const TimePoint asked = request.asked;
     if (!_stream && !_restartAt)
         startStream();
@@ -162,6 +163,13 @@ void CameraSession::framesWait(bool failed) {
     stopUnwantedStream();
 }
 
+/// What is full is from before the event that is about to be noted.
+void CameraSession::emptyDriver() {
+    if (!wantsFrames())
+        _lastSign = std::chrono::steady_clock::now(); // nobody has looked for one since the last
+    passFullBuffers(false);
+}
+
 /// Takes what is full from the driver, and gives it back. More than the driver has buffers there cannot be.
 void CameraSession::passFullBuffers(bool mayTake) {
     try {
@@ -169,6 +177,9 @@ void CameraSession::passFullBuffers(bool mayTake) {
             const auto frame = _stream->dequeue();
             if (!frame)
                 return;
+            if (frame->isEmpty)
+                return streamFailed(); // that is how a stalled endpoint shows; nothing comes behind it
+            _lastSign = std::chrono::steady_clock::now();
             count(*frame);
             if (mayTake)
                 take(*frame);
@@ -181,15 +192,13 @@ void CameraSession::passFullBuffers(bool mayTake) {
 }
 
 void CameraSession::count(const Frame& frame) {
-    if (frame.isEmpty)
-        return;
     _sinceSetting.count(frame.time);
     for (PendingStill& still : _pending)
         still.frames.count(frame.time);
 }
 
 void CameraSession::take(const Frame& frame) {
-    if (_pending.empty() || frame.isEmpty || !_sinceSetting.isBeyond(_rule.afterSetting))
+    if (_pending.empty() || !_sinceSetting.isBeyond(_rule.afterSetting))
         return;
     const auto waiting = std::stable_partition(_pending.begin(), _pending.end(), [this](const PendingStill& still) {
         return still.frames.isBeyond(_rule.afterRequest);
@@ -207,8 +216,13 @@ void CameraSession::take(const Frame& frame) {
     _surroundings.sink(std::move(requests), {_stream->layout(), std::move(*bytes)});
 }
 
+/// When a stream that gives no sign of life is given up.
+std::optional<TimePoint> CameraSession::endOfPatience() const {
+    return _stream && wantsFrames() ? std::optional(_lastSign + _surroundings.limits.silence) : std::nullopt;
+}
+
 std::optional<TimePoint> CameraSession::deadline() const {
-    std::optional<TimePoint> earliest = _restartAt;
+    std::optional<TimePoint> earliest = _restartAt ? _restartAt : endOfPatience(); // never both
     for (const PendingStill& still : _pending) {
         const TimePoint end = still.request.asked + _surroundings.limits.still;
         earliest = earliest ? std::min(*earliest, end) : end;
@@ -219,6 +233,8 @@ std::optional<TimePoint> CameraSession::deadline() const {
 void CameraSession::deadlinePassed() {
     assertOwnThread();
     const TimePoint now = std::chrono::steady_clock::now();
+    if (const auto end = endOfPatience(); end && *end <= now)
+        _restartAt = now;
     if (_restartAt && *_restartAt <= now) {
         try {
             startStream();

@@ -23,6 +23,9 @@ struct CameraLimits {
     std::chrono::milliseconds still{30'000};
     /// From a failure of the stream to the attempt to start it again.
     std::chrono::milliseconds restart{1'000};
+    /// Without any frame while one is wanted; a camera that hangs often sends again when the stream is started anew.
+    /// Leaves the second half of the time that the hub waits for a still.
+    std::chrono::milliseconds silence{4'000};
 };
 
 /// An open camera: node, stream, settings and the stills that are waited for. Created, used and destroyed on the one
@@ -60,11 +63,13 @@ public:
     /// The frame that was found has become a still, or its request has failed.
     void stillEnded();
 
-    /// To be called when `descriptor` is readable or has failed.
+    /// To be called when `descriptor` has failed, and when it is readable while frames are wanted.
     void framesWait(bool failed);
     /// The descriptor to wait on, or -1.
     int descriptor() const { return _stream ? _node.descriptor() : -1; }
-    /// When framesWait must be called at the latest, if there is such a moment.
+    /// False while frames would be thrown away: they may then stay in the driver until the next request empties it.
+    bool wantsFrames() const { return !_pending.empty() || !_sinceSetting.isBeyond(_rule.afterSetting); }
+    /// When deadlinePassed must be called at the latest, if there is such a moment.
     std::optional<TimePoint> deadline() const;
     void deadlinePassed();
 
@@ -82,6 +87,8 @@ private:
     void stopUnwantedStream();
     void streamFailed();
     void settingChanged(std::chrono::milliseconds movement);
+    std::optional<TimePoint> endOfPatience() const;
+    void emptyDriver();
     void passFullBuffers(bool mayTake);
     void count(const Frame& frame);
     void take(const Frame& frame);
@@ -97,6 +104,7 @@ private:
     std::unique_ptr<Stream> _stream;
     std::optional<TimePoint> _restartAt;
     FramesSince _sinceSetting{TimePoint{}};
+    TimePoint _lastSign; // of life from the stream, or the moment from which one is expected
     unsigned _readers = 0;
     std::vector<PendingStill> _pending;
     unsigned _inWork = 0; // stills whose frame has been found

@@ -193,7 +193,9 @@ int CameraWorker::State::timeoutInMs() const {
 
 void CameraWorker::State::pollOnce() {
     const int descriptor = _session ? _session->descriptor() : -1; // poll passes over -1
-    std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{descriptor, POLLIN, 0}};
+    // Without a wish for frames poll still tells of a failure: a camera that is idle costs nothing until it goes.
+    const short wanted = _session && _session->wantsFrames() ? POLLIN : 0;
+    std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{descriptor, wanted, 0}};
     if (calls->poll(waited.data(), waited.size(), timeoutInMs()) < 0)
         return; // a signal: the loop comes back
     if (waited[0].revents != 0) {

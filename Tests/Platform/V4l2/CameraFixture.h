@@ -64,7 +64,7 @@ protected:
     const std::shared_ptr<FakeDriver> driver = std::make_shared<FakeDriver>();
     const std::shared_ptr<FakeLister> lister = std::make_shared<FakeLister>();
     CameraLimits limits{std::chrono::milliseconds(1000), std::chrono::milliseconds(3000),
-                        std::chrono::milliseconds(20)};
+                        std::chrono::milliseconds(20), std::chrono::milliseconds(1000)};
     std::shared_ptr<CameraPlatform> platform;
 };
 

@@ -1,7 +1,7 @@
 #include "Tests/Platform/V4l2/FakeDriver.h"
 
-#include <sys/eventfd.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -33,8 +33,7 @@ void FakeDriver::unplug(const std::string& path) {
     const auto found = _nodes.find(path);
     if (found == _nodes.end())
         return;
-    found->second->gone = true;
-    found->second->wake();
+    found->second->leave();
     _nodes.erase(found);
 }
 
@@ -125,6 +124,12 @@ std::size_t FakeDriver::buffers(const std::string& path) const {
     return node ? node->buffers.size() : 0;
 }
 
+std::size_t FakeDriver::emptyBuffers(const std::string& path) const {
+    std::lock_guard lock(_mutex);
+    const auto node = find(path);
+    return node ? node->queue.size() : 0;
+}
+
 bool FakeDriver::isStreaming(const std::string& path) const {
     std::lock_guard lock(_mutex);
     const auto node = find(path);
@@ -175,8 +180,7 @@ int FakeDriver::injected(unsigned long request) {
     ++_calls[request];
     if (_unplugAt && _unplugAt->second-- == 0) {
         if (const auto found = _nodes.find(_unplugAt->first); found != _nodes.end()) {
-            found->second->gone = true;
-            found->second->wake();
+            found->second->leave();
             _nodes.erase(found);
         }
         _unplugAt.reset();
@@ -204,9 +208,12 @@ int FakeDriver::open(const char* path, int) {
         errno = error != 0 ? error : ENOENT;
         return -1;
     }
-    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    _open[descriptor] = node;
-    return descriptor;
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0)
+        return -1;
+    _open[ends[0]] = node;
+    node->peers[ends[0]] = ends[1];
+    return ends[0];
 }
 
 int FakeDriver::close(int descriptor) {
@@ -223,6 +230,8 @@ int FakeDriver::close(int descriptor) {
         node->buffers.clear();
         node->owner = -1;
     }
+    ::close(node->peers.at(descriptor));
+    node->peers.erase(descriptor);
     return ::close(descriptor);
 }
 

@@ -42,6 +42,8 @@ public:
     std::size_t openDescriptors() const;
     std::size_t mappings() const;
     std::size_t buffers(const std::string& path) const;
+    /// Those that wait to be filled.
+    std::size_t emptyBuffers(const std::string& path) const;
     bool isStreaming(const std::string& path) const;
     unsigned calls(unsigned long request) const;
     unsigned allCalls() const;

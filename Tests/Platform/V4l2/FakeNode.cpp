@@ -2,6 +2,7 @@
 
 #include "Platform/V4l2/FrameColours.h"
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -337,15 +338,20 @@ int FakeNode::setControl(v4l2_control& argument) {
 }
 
 void FakeNode::wake() const {
-    const std::uint64_t one = 1;
-    if (owner >= 0) [[maybe_unused]]
-        const ssize_t written = ::write(owner, &one, sizeof one);
+    if (const auto peer = peers.find(owner); peer != peers.end()) [[maybe_unused]]
+        const ssize_t written = ::send(peer->second, "f", 1, MSG_NOSIGNAL);
 }
 
 void FakeNode::calm() const {
-    std::uint64_t count = 0;
+    char rest[VIDEO_MAX_FRAME];
     if (owner >= 0) [[maybe_unused]]
-        const ssize_t bytes = ::read(owner, &count, sizeof count);
+        const ssize_t bytes = ::read(owner, rest, sizeof rest);
+}
+
+void FakeNode::leave() {
+    gone = true;
+    for (const auto& [descriptor, peer] : peers)
+        ::shutdown(peer, SHUT_RDWR);
 }
 
 } // namespace Platform::V4l2

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -58,6 +59,8 @@ struct FakeNode {
     const FakeFormat* formatOf(std::uint32_t code) const;
     void wake() const;
     void calm() const;
+    /// Unplugged: whoever waits is told, whatever it waits for.
+    void leave();
 
     const std::string path;
     FakeDevice device;
@@ -68,7 +71,8 @@ struct FakeNode {
     std::deque<std::size_t> queue; // empty buffers, in order
     std::deque<std::size_t> full;
     bool streaming = false;
-    int owner = -1; // the descriptor that holds the buffers
+    int owner = -1;           // the descriptor that holds the buffers
+    std::map<int, int> peers; // by open descriptor: the socket at its other end
     std::uint32_t sequence = 0;
     std::deque<std::int32_t> shown; // the exposures that the next frames show
     std::vector<std::pair<std::uint32_t, std::int32_t>> writes;

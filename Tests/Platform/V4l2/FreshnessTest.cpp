@@ -117,6 +117,19 @@ TEST_F(FreshnessOfStills, FramesThatWereFullBeforeTheRequestAreNotTaken) {
     EXPECT_FALSE(CompletionFlag::of(action)->waitUntil(std::chrono::steady_clock::now() + milliseconds(50)));
 }
 
+TEST_F(FreshnessOfStills, NobodyReadsFramesWhileNobodyWaitsForOne) {
+    const auto capture = open();
+    setFormat(capture, 1);
+    const auto reader = startReader(capture);
+    const FrameClock clock(*driver, Path);
+    ASSERT_TRUE(still(capture));
+    ASSERT_TRUE(comesTrue([this] { return driver->emptyBuffers(Path) == 0; }));
+    const unsigned read = driver->calls(VIDIOC_DQBUF);
+    std::this_thread::sleep_for(milliseconds(100)); // for the clock to offer more
+    EXPECT_EQ(driver->calls(VIDIOC_DQBUF), read);
+    EXPECT_TRUE(still(capture));
+}
+
 TEST_F(FreshnessOfStills, AStillNeedsNoMoreFramesThanTheRule) {
     const auto capture = open();
     setFormat(capture, 1);

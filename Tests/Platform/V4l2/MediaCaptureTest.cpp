@@ -195,11 +195,10 @@ TEST_F(V4l2MediaCaptureTest, DamagedShortAndMarkedFramesAreSkipped) {
     const auto reader = startReader(capture);
     const FakeFrame marked{{}, V4L2_BUF_FLAG_ERROR, true, false, 0};
     const FakeFrame shortened{std::vector<std::uint8_t>(16 * 8 * 2 - 1, 128), 0, true, false, 0};
-    const FakeFrame empty{{}, V4L2_BUF_FLAG_ERROR, false, true, 0};
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
     for (int i = 0; i < 20; ++i)
-        for (const FakeFrame& frame : {marked, shortened, empty}) {
+        for (const FakeFrame& frame : {marked, shortened}) {
             driver->deliver(Path, frame);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
@@ -252,6 +251,47 @@ TEST_F(V4l2MediaCaptureTest, AStreamThatFailsIsStartedAgainUnderAWaitingStill) {
     driver->failOn(VIDIOC_STREAMON, EIO, 0, 2);
     EXPECT_TRUE(still(capture));
     EXPECT_EQ(capture->CameraStreamState(), CameraStreamState::Streaming);
+}
+
+TEST_F(V4l2MediaCaptureTest, AStreamThatAnEmptyBufferEndsIsStartedAgain) {
+    const auto capture = open();
+    setFormat(capture, SmallAt30);
+    const auto reader = startReader(capture);
+    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
+    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
+    ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
+    EXPECT_TRUE(comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; }));
+    const FrameClock clock(*driver, Path);
+    blockingWait(action);
+    EXPECT_GT(stream->Size(), 0u);
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
+}
+
+TEST_F(V4l2MediaCaptureTest, AStreamThatFallsSilentIsStartedAgainUnderAWaitingStill) {
+    const auto capture = open();
+    setFormat(capture, SmallAt30);
+    const auto reader = startReader(capture);
+    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
+    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
+    EXPECT_TRUE(comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; }));
+    const FrameClock clock(*driver, Path);
+    blockingWait(action);
+    EXPECT_GT(stream->Size(), 0u);
+}
+
+TEST_F(V4l2MediaCaptureTest, AStreamMayBeSilentWhileNobodyWaitsForAFrame) {
+    const auto capture = open();
+    setFormat(capture, SmallAt30);
+    const auto reader = startReader(capture);
+    {
+        const FrameClock clock(*driver, Path);
+        ASSERT_TRUE(still(capture));
+    }
+    std::this_thread::sleep_for(limits.silence + std::chrono::milliseconds(200));
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 1u);
+    const FrameClock clock(*driver, Path);
+    ASSERT_TRUE(still(capture));
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 1u);
 }
 
 TEST_F(V4l2MediaCaptureTest, CallsThatASignalInterruptsAreRepeated) {
