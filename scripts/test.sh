@@ -52,6 +52,12 @@ for preset in "${presets[@]}"; do
     "${launcher[@]}" "${isolation[@]}" "$python" -m pytest -p no:cacheprovider --quiet -r fEs \
     --numprocesses $((2 * $(nproc))) --dist loadfile \
     --junit-xml="$end_to_end" "$root/Tests/EndToEnd" || failed=1
+
+  # Against the kernel's drivers once: what a sanitizer would find there, it finds on the scripted driver.
+  if [[ $preset == release ]]; then
+    reports+=("$folder/test-results/real-drivers.xml")
+    "$root/Tests/RealDrivers/run.sh" "$folder" || failed=1
+  fi
 done
 
 "$python" "$root/scripts/count_tests.py" "${reports[@]}" || failed=1

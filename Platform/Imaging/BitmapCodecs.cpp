@@ -20,16 +20,7 @@ namespace {
 /// An operation that has ended as `work` did.
 template <typename Result, typename Work> IAsyncOperation<Result> runNow(const Work& work) {
     AsyncOperationSource<Result> source;
-    try {
-        if constexpr (std::is_void_v<Result>) {
-            work();
-            source.complete();
-        } else {
-            source.complete(work());
-        }
-    } catch (const winrt::hresult_error& error) {
-        source.fail(error);
-    }
+    source.endWith(work);
     return source.operation();
 }
 

@@ -91,6 +91,20 @@ public:
         end(AsyncStatus::Error, [&](auto& state) { state.error.emplace(std::move(error)); });
     }
 
+    /// Ends the operation with what the work returns, or with the winrt::hresult_error that it raises.
+    template <typename Work> void endWith(Work&& work) const {
+        try {
+            if constexpr (std::is_void_v<T>) {
+                work();
+                complete();
+            } else {
+                complete(work());
+            }
+        } catch (const winrt::hresult_error& error) {
+            fail(error);
+        }
+    }
+
 private:
     template <typename Store> void end(AsyncStatus status, Store store) const {
         typename IAsyncOperation<T>::CompletedHandler handler;

@@ -141,9 +141,7 @@ void CameraSession::takeStill(StillRequest request) {
 void CameraSession::retakeStill(StillRequest request) {
     assertOwnThread();
     --_inWork;
-    const TimePoint asked = request.asked;
-    // Frames that have come since are fresh as well; at worst a few more are waited for than needed.
-    _pending.push_back({std::move(request), FramesSince(asked)});
+    _pending.push_back({std::move(request), std::nullopt});
 }
 
 void CameraSession::stillEnded() {
@@ -194,14 +192,15 @@ void CameraSession::passFullBuffers(bool mayTake) {
 void CameraSession::count(const Frame& frame) {
     _sinceSetting.count(frame.time);
     for (PendingStill& still : _pending)
-        still.frames.count(frame.time);
+        if (still.frames)
+            still.frames->count(frame.time);
 }
 
 void CameraSession::take(const Frame& frame) {
     if (_pending.empty() || !_sinceSetting.isBeyond(_rule.afterSetting))
         return;
     const auto waiting = std::stable_partition(_pending.begin(), _pending.end(), [this](const PendingStill& still) {
-        return still.frames.isBeyond(_rule.afterRequest);
+        return !still.frames || still.frames->isBeyond(_rule.afterRequest);
     });
     if (waiting == _pending.begin())
         return;

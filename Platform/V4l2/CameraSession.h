@@ -79,7 +79,7 @@ public:
 private:
     struct PendingStill {
         StillRequest request;
-        FramesSince frames;
+        std::optional<FramesSince> frames; // nothing: one that was fresh has been found, and all later ones are
     };
 
     bool isStreamWanted() const { return _readers > 0 || !_pending.empty() || _inWork > 0; }

@@ -65,7 +65,7 @@ namespace {
 /// Stills of one frame: the same file for all.
 void writeStills(const std::vector<StillRequest>& requests, const Imaging::RgbImage& image) {
     for (const StillRequest& request : requests)
-        Shared::endWith(request.operation, [&] { request.stream->Write(Imaging::encodePng(image)); });
+        request.operation.endWith([&] { request.stream->Write(Imaging::encodePng(image)); });
 }
 
 } // namespace
@@ -135,7 +135,7 @@ void CameraWorker::State::close() {
 }
 
 void CameraWorker::State::run(const AsyncOperationSource<void>& opened) {
-    Shared::endWith(opened, [&] { _session = std::make_unique<CameraSession>(surroundings(), source); });
+    opened.endWith([&] { _session = std::make_unique<CameraSession>(surroundings(), source); });
     stuck = false;
     if (!_session)
         close();

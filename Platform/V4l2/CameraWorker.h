@@ -31,7 +31,7 @@ public:
     /// answer within the limit; the work may then still be done later, so that it owns what it uses.
     template <typename T, typename Work> T call(std::string_view operation, Work work) {
         AsyncOperationSource<T> source;
-        post({[source, work](CameraSession& session) { Shared::endWith(source, [&] { return work(session); }); },
+        post({[source, work](CameraSession& session) { source.endWith([&] { return work(session); }); },
               [source](const winrt::hresult_error& error) { source.fail(error); }, std::string(operation)});
         waitFor(*CompletionFlag::of(source.operation()), operation);
         return source.operation().GetResults();

@@ -46,8 +46,16 @@ class DriverHub(Hub):
 
     def cpu_seconds(self):
         """What all its threads have run."""
+        return sum(spent for spent, _, _ in self._schedule()) / 1e9
+
+    def processor_turns(self):
+        """How often one of its threads has been given a processor."""
+        return sum(turns for _, _, turns in self._schedule())
+
+    def _schedule(self):
+        """Of each thread: nanoseconds run, nanoseconds waited for a processor, turns."""
         statistics = [path.read_text() for path in self.proc("task").glob("*/schedstat")]
-        return sum(int(text.split()[0]) for text in statistics) / 1e9
+        return [[int(number) for number in text.split()] for text in statistics]
 
 
 @pytest.fixture

@@ -105,6 +105,51 @@ def test_cameras_that_are_unbound_disappear_and_come_back_the_same(hub):
     assert farthest(bars_of(picture), BARS) <= OTHER_PRIMARIES
 
 
+@pytest.mark.parametrize(
+    "fault, value",
+    [
+        ("Inject V4L2_BUF_FLAG_ERROR", 1),
+        ("Inject VIDIOC_QBUF Error", 1),
+        ("Inject Fatal Streaming Error", 1),
+        ("Percentage of Dropped Buffers", 50),
+    ],
+)
+def test_a_fault_of_the_stream_of_an_open_camera_does_not_show_in_a_capture(hub, fault, value):
+    client = hub.rpc()
+    uid = cards(client.discover())[0]["uid"]
+    client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0)
+    with VideoNode(capture_nodes()[2]) as node:
+        node.set(fault, value)
+        picture = hub.picture(client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0))
+        if value > 1:
+            node.set(fault, 0)
+    assert farthest(bars_of(picture), BARS) <= OTHER_PRIMARIES
+
+
+def test_a_stream_that_cannot_be_started_again_at_once_is_tried_anew(hub):
+    client = hub.rpc()
+    uid = cards(client.discover())[0]["uid"]
+    client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0)
+    with VideoNode(capture_nodes()[2]) as node:
+        node.set("Inject VIDIOC_STREAMON Error", 1)
+        node.set("Inject Fatal Streaming Error", 1)
+    picture = hub.picture(client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0))
+    assert farthest(bars_of(picture), BARS) <= OTHER_PRIMARIES
+
+
+def test_a_camera_whose_driver_lets_it_go_fails_the_capture_and_works_again_when_opened_anew(hub):
+    client = hub.rpc()
+    uid = cards(client.discover())[0]["uid"]
+    client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0)
+    with VideoNode(capture_nodes()[2]) as node:
+        node.set("Disconnect", 1)  # for as long as somebody has the node open
+    reply = client.request("camera:capture", to=uid, exposureInUs=20000, exposureChangeDelayInMs=0)
+    assert "(the camera has been unplugged)" in reply["error"]["message"]
+    client.close()
+    picture = hub.picture(hub.rpc().capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0))
+    assert farthest(bars_of(picture), BARS) <= OTHER_PRIMARIES
+
+
 BUSY = "VIDIOC_S_FMT on {}: Device or resource busy (the camera is in use by another program) -2147024726"
 
 

@@ -1,5 +1,5 @@
-"""The udev daemon runs, as on most machines; all other tests go without. The last of the files by name: the daemon
-stays."""
+"""With the udev daemon and its database, as on most machines; all other tests go without. The last of the files by
+name: the daemon stays."""
 
 import os
 import shutil
@@ -12,17 +12,32 @@ from guest.usb_camera import read
 from harness.wait import wait_until
 
 
-@pytest.fixture(scope="module")
+@pytest.fixture(scope="module", autouse=True)
+def udev_files():
+    """The guest's files are its own."""
+    shutil.copytree(os.environ["UDEV_TREE"], "/", symlinks=True, dirs_exist_ok=True)
+
+
+@pytest.fixture
 def start_udev():
     def start():
-        # The guest's files are its own.
-        shutil.copytree(os.environ["UDEV_TREE"], "/", symlinks=True, dirs_exist_ok=True)
         subprocess.run(["/lib/systemd/systemd-udevd", "--daemon"], check=True)
         wait_until(Path("/run/udev/control").exists, "the udev daemon")
         subprocess.run(["udevadm", "trigger"], check=True)
         subprocess.run(["udevadm", "settle"], check=True)
 
     return start
+
+
+def test_a_camera_without_texts_is_named_by_the_hardware_database(start_hub, plug_camera):
+    subprocess.run(["systemd-hwdb", "update"], check=True)
+    plug_camera(maker="", product="")
+    hub = start_hub()
+    (camera,) = wait_for_cameras(hub)
+    query = subprocess.run(["systemd-hwdb", "query", "usb:v1209p0001"], check=True, capture_output=True, text=True)
+    known = dict(line.split("=", 1) for line in query.stdout.splitlines())
+    assert camera["make"] == known["ID_VENDOR_FROM_DATABASE"]
+    assert camera["model"] == known["ID_MODEL_FROM_DATABASE"]
 
 
 def test_with_the_udev_daemon_a_camera_is_the_same_and_comes_and_goes(start_hub, plug_camera, start_udev):

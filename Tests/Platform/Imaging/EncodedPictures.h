@@ -1,10 +1,8 @@
 #pragma once
 
 #include "Platform/Imaging/RgbImage.h"
-#include "Platform/Interface/HresultError.h"
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace Platform::Imaging {
@@ -38,19 +36,5 @@ Bytes writeCmykJpeg(std::uint32_t width, std::uint32_t height, const Bytes& pixe
 RgbImage smoothPicture(std::uint32_t width, std::uint32_t height);
 /// One that cannot be compressed; the same for the same size.
 RgbImage noisyPicture(std::uint32_t width, std::uint32_t height);
-
-/// The text and code that a call raises: "code text", the code in hexadecimal; "nothing raised" without.
-template <typename Call> std::string raisedBy(const Call& call) {
-    try {
-        call();
-    } catch (const winrt::hresult_error& error) {
-        constexpr char digits[] = "0123456789ABCDEF";
-        std::string text;
-        for (int shift = 28; shift >= 0; shift -= 4)
-            text += digits[static_cast<std::uint32_t>(error.code()) >> shift & 0xF];
-        return text + " " + std::string(error.message().begin(), error.message().end());
-    }
-    return "nothing raised";
-}
 
 } // namespace Platform::Imaging

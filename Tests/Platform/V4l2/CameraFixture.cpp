@@ -4,17 +4,6 @@
 
 namespace Platform::V4l2 {
 
-std::string raisedBy(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const winrt::hresult_error& error) {
-        char code[16];
-        std::snprintf(code, sizeof code, "%08X ", static_cast<unsigned>(error.code()));
-        return code + std::string(error.message().begin(), error.message().end());
-    }
-    return "nothing raised";
-}
-
 bool comesTrue(const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (!condition()) {

@@ -4,6 +4,7 @@
 #include "Platform/Interface/CameraPlatform.h"
 #include "Platform/Interface/InMemoryRandomAccessStream.h"
 #include "Platform/V4l2/V4l2Platform.h"
+#include "Tests/Platform/Interface/RaisedError.h"
 #include "Tests/Platform/V4l2/FakeDriver.h"
 #include "Tests/Platform/V4l2/FakeLister.h"
 
@@ -17,9 +18,6 @@
 #include <thread>
 
 namespace Platform::V4l2 {
-
-/// The text and code that a call raises: "code text", the code in hexadecimal; "nothing raised" without.
-std::string raisedBy(const std::function<void()>& call);
 
 /// Whether the condition comes true within ten seconds.
 bool comesTrue(const std::function<bool()>& condition);

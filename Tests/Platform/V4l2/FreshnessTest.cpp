@@ -1,9 +1,11 @@
 #include "Platform/V4l2/Freshness.h"
 
 #include "Platform/Interface/VideoDeviceController.h"
+#include "Tests/Platform/Imaging/EncodedPictures.h"
 #include "Tests/Platform/V4l2/CameraFixture.h"
 
 #include <linux/videodev2.h>
+#include <turbojpeg.h>
 
 #include <random>
 
@@ -147,6 +149,31 @@ TEST_F(FreshnessOfStills, AStillNeedsNoMoreFramesThanTheRule) {
     deliver(freshnessRuleFor("usb-").afterRequest);
     EXPECT_EQ(action.Status(), AsyncStatus::Started);
     deliver(1);
+    blockingWait(action);
+    EXPECT_GT(stream->Size(), 0u);
+}
+
+TEST_F(FreshnessOfStills, AfterADamagedFrameTheVeryNextOneIsTried) {
+    const auto capture = open();
+    setFormat(capture, 0); // JPEG
+    const auto reader = startReader(capture);
+    const auto deliver = [&](unsigned count, const std::vector<std::uint8_t>& bytes) {
+        for (unsigned i = 0; i < count; ++i) {
+            std::this_thread::sleep_for(milliseconds(2));
+            driver->deliver(Path, {bytes, 0, true, false, 0});
+        }
+    };
+    const auto whole = Imaging::writeJpeg(Imaging::smoothPicture(32, 16), TJSAMP_444);
+    const std::vector<std::uint8_t> half(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(whole.size() / 2));
+    deliver(20, whole); // the start of the stream counts as a setting
+    std::this_thread::sleep_for(milliseconds(20));
+    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
+    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
+    deliver(freshnessRuleFor("usb-").afterRequest, whole);
+    deliver(1, half);
+    std::this_thread::sleep_for(milliseconds(20));
+    EXPECT_EQ(action.Status(), AsyncStatus::Started);
+    deliver(1, whole);
     blockingWait(action);
     EXPECT_GT(stream->Size(), 0u);
 }

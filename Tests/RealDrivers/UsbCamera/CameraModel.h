@@ -15,9 +15,10 @@ struct Size {
 
 /// What the camera is; fixed from its start.
 struct CameraModel {
+    // Empty: has none.
     std::string maker = "Example Optics";
     std::string product = "Test Camera";
-    std::string serial; // empty: has none
+    std::string serial;
     std::vector<Format> formats{Format::Yuyv, Format::Mjpeg};
     std::vector<Size> sizes{{640, 480}};
     unsigned rate = 30;            // frames a second, unless the exposure takes longer

@@ -33,6 +33,11 @@ Bytes withLength(Bytes body) {
     return body;
 }
 
+/// The string's number, for a device that has it.
+std::uint8_t numberOf(const std::string& text, std::uint8_t number) {
+    return text.empty() ? std::uint8_t{NoString} : number;
+}
+
 Bytes deviceDescriptor(const CameraModel& model) {
     Bytes d{DeviceType};
     append(d, 0x0200, 2);             // USB 2.0
@@ -40,8 +45,8 @@ Bytes deviceDescriptor(const CameraModel& model) {
     append(d, Vendor, 2);
     append(d, Product, 2);
     append(d, 0x0100, 2);
-    append(d, Bytes{MakerString, ProductString,
-                    static_cast<std::uint8_t>(model.serial.empty() ? NoString : SerialString), 1});
+    append(d, Bytes{numberOf(model.maker, MakerString), numberOf(model.product, ProductString),
+                    numberOf(model.serial, SerialString), 1});
     return withLength(d);
 }
 
@@ -167,7 +172,7 @@ Bytes descriptor(const CameraModel& model, std::uint8_t type, std::uint8_t index
     case ProductString:
         return stringDescriptor(model.product);
     case SerialString:
-        return model.serial.empty() ? Bytes{} : stringDescriptor(model.serial);
+        return stringDescriptor(model.serial);
     default:
         return {};
     }

@@ -4,6 +4,7 @@
 #include "Tests/RealDrivers/UsbCamera/Picture.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace UsbCamera {
 namespace {
@@ -17,6 +18,7 @@ constexpr std::uint32_t PayloadSize = 16384;
 
 constexpr std::uint8_t HeaderSize = 2;
 constexpr std::uint8_t EndOfFrame = 0x02;
+constexpr std::uint8_t Error = 0x40;
 constexpr std::uint8_t EndOfHeader = 0x80;
 
 std::uint8_t within(std::uint32_t value, std::size_t count) {
@@ -74,6 +76,7 @@ bool FrameStream::set(std::uint8_t selector, const Bytes& value) {
 }
 
 void FrameStream::stop() {
+    _script.stallEnded();
     if (!_running)
         return;
     _running = false;
@@ -96,22 +99,43 @@ bool FrameStream::forget(std::uint32_t requestNumber) {
 }
 
 void FrameStream::take(const FrameState& frame) {
+    if (_script.isStalled())
+        return refuse();
     if (!_running || _script.isFrozen() || !_frame.empty() || _wanted.empty())
         return;
     _frame = encode(frame, _model.formats[_committed.format - 1u], _model.sizes[_committed.frame - 1u]);
+    const bool isDamaged = frame.number % 2 != 0;
+    if (isDamaged && _script.damage() == Damage::Cut)
+        _frame.resize(_frame.size() / 2);
+    _marked = isDamaged && _script.damage() == Damage::Mark;
     _sent = 0;
     _toggle ^= 1;
     send();
 }
 
+/// A stalled endpoint refuses whatever is asked of it.
+void FrameStream::refuse() {
+    for (const Request& request : _wanted)
+        _link.fail(request, -EPIPE);
+    _wanted.clear();
+    _frame.clear();
+}
+
+Bytes FrameStream::header(bool isLast) const {
+    return {HeaderSize,
+            static_cast<std::uint8_t>(EndOfHeader | _toggle | (isLast ? EndOfFrame : 0) | (_marked ? Error : 0))};
+}
+
 void FrameStream::send() {
+    if (_script.isStalled())
+        return refuse();
     while (!_frame.empty() && !_wanted.empty() && !_script.isUnplugged()) {
         const Request request = _wanted.front();
         _wanted.pop_front();
         const std::size_t room = std::min(request.length, PayloadSize) - HeaderSize;
         const std::size_t count = std::min(room, _frame.size() - _sent);
         const bool isLast = _sent + count == _frame.size();
-        Bytes payload{HeaderSize, static_cast<std::uint8_t>(EndOfHeader | _toggle | (isLast ? EndOfFrame : 0))};
+        Bytes payload = header(isLast);
         const auto from = _frame.begin() + static_cast<std::ptrdiff_t>(_sent);
         payload.insert(payload.end(), from, from + static_cast<std::ptrdiff_t>(count));
         _link.succeed(request, payload);

@@ -41,6 +41,8 @@ private:
     static Choice choiceFrom(const CameraModel& model, const Bytes& value);
     Bytes probeBlock() const;
     void send();
+    void refuse();
+    Bytes header(bool isLast) const;
 
     const CameraModel& _model;
     UsbIpLink& _link;
@@ -50,6 +52,7 @@ private:
     bool _running = false;
     std::deque<Request> _wanted;
     Bytes _frame;
+    bool _marked = false; // the frame bears the error bit
     std::size_t _sent = 0;
     std::uint8_t _toggle = 0;
 };

@@ -10,8 +10,18 @@ void Script::command(const std::string& line) {
     std::istringstream words(line);
     std::string verb;
     std::string name;
-    unsigned code = 0;
-    words >> verb >> name >> code;
+    std::string last;
+    words >> verb >> name >> last;
+    if (verb == "at" && !last.empty()) {
+        _event = name;
+        _command = last;
+    } else {
+        obey(verb, name, last.empty() ? 0 : static_cast<unsigned>(std::stoul(last)));
+    }
+    std::printf("command %s\n", line.c_str());
+}
+
+void Script::obey(const std::string& verb, const std::string& name, unsigned code) {
     if (verb == "refuse" && code != 0)
         _refusals[name] = static_cast<std::uint8_t>(code);
     else if (verb == "accept")
@@ -20,17 +30,18 @@ void Script::command(const std::string& line) {
         _mute = verb == "mute";
     else if (verb == "freeze" || verb == "thaw")
         _frozen = verb == "freeze";
+    else if (verb == "cut" || verb == "mark")
+        _damage = verb == "cut" ? Damage::Cut : Damage::Mark;
+    else if (verb == "stall")
+        _stalled = true;
     else if (verb == "unplug")
         _unplugged = true;
-    else if (verb == "unplug-at" && !name.empty())
-        _unplugAt = name;
     else if (verb == "plug")
         _unplugged = false;
     else if (verb == "end")
         _ended = true;
     else
-        throw std::invalid_argument("no command: " + line);
-    std::printf("command %s\n", line.c_str());
+        throw std::invalid_argument("no command: " + verb);
 }
 
 void Script::happened(const std::string& event) {
@@ -46,10 +57,10 @@ void Script::happened(const std::string& event, std::uint32_t value) {
 }
 
 void Script::passed(const std::string& event) {
-    if (event != _unplugAt)
+    if (event != _event)
         return;
-    _unplugAt.clear();
-    _unplugged = true;
+    _event.clear();
+    obey(_command, "", 0);
 }
 
 std::uint8_t Script::refusalOf(const std::string& control) const {
@@ -58,7 +69,8 @@ std::uint8_t Script::refusalOf(const std::string& control) const {
 }
 
 void Script::plugged() {
-    _mute = _frozen = false;
+    _mute = _frozen = _stalled = false;
+    _damage = Damage::None;
     happened("plugged");
 }
 

@@ -20,8 +20,8 @@ namespace {
 
 using namespace UsbCamera;
 
-constexpr const char* Usage = "Usage: UsbCamera [port=N] [serial=TEXT] [product=TEXT] [formats=yuyv,mjpeg] "
-                              "[sizes=640x480,...] [rate=N] [latency=FRAMES] [exposure=MIN-MAX]\n";
+constexpr const char* Usage = "Usage: UsbCamera [port=N] [maker=TEXT] [product=TEXT] [serial=TEXT] "
+                              "[formats=yuyv,mjpeg] [sizes=640x480,...] [rate=N] [latency=FRAMES] [exposure=MIN-MAX]\n";
 
 std::vector<std::string> split(const std::string& text) {
     std::vector<std::string> parts;
@@ -45,6 +45,8 @@ struct Arguments {
             port = numberOf(value);
         else if (name == "serial")
             model.serial = value;
+        else if (name == "maker")
+            model.maker = value;
         else if (name == "product")
             model.product = value;
         else if (name == "rate")

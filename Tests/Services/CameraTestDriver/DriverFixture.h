@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Platform/Interface/HresultError.h"
 #include "Platform/Interface/MediaCapture.h"
 #include "Services/CameraTestDriver/DriverConnection.h"
 #include "Tests/Framework/CXX/Common/FakeClock.h"
+#include "Tests/Platform/Interface/RaisedError.h"
 #include "Tests/Platform/Simulated/ScenarioFile.h"
 #include "Tests/Services/CameraTestDriver/TypedConsole.h"
 
@@ -18,17 +18,6 @@
 /// more members of the source.
 std::string cameraGroup(const std::string& id, const std::string& name, int width = 64, int height = 48,
                         const std::string& members = "");
-
-/// What the operation raises; fails the test if it raises nothing.
-template <typename Operation> winrt::hresult_error errorOf(Operation operation) {
-    try {
-        operation();
-    } catch (const winrt::hresult_error& error) {
-        return error;
-    }
-    ADD_FAILURE() << "no platform error was raised";
-    return {winrt::result::ok, u""};
-}
 
 /// The driver on simulated cameras, with a clock that does not wait. No picture has been taken.
 class DriverFixture : public testing::Test {

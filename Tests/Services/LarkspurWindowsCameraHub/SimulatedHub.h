@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Platform/Interface/DeviceInformation.h"
-#include "Platform/Interface/HresultError.h"
 #include "Tests/Framework/CXX/Common/FakeClock.h"
 #include "Tests/Framework/CXX/Common/LogRecorder.h"
+#include "Tests/Platform/Interface/RaisedError.h"
 #include "Tests/Platform/Simulated/ScenarioFile.h"
 
 #include <gtest/gtest.h>
@@ -11,17 +11,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-/// What the operation raises; fails the test if it raises nothing.
-template <typename Operation> winrt::hresult_error errorOf(Operation operation) {
-    try {
-        operation();
-    } catch (const winrt::hresult_error& error) {
-        return error;
-    }
-    ADD_FAILURE() << "no platform error was raised";
-    return {winrt::result::ok, u""};
-}
 
 /// A device as the watcher reports it, with that id and nothing else. UTF-8.
 Platform::DeviceInformation deviceWithId(const std::string& id);
