@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-// The numbers are those of the USB 2.0 specification, chapter 9, and of the USB Video Class 1.1.
+// The numbers are those of the USB 2.0 standard, chapter 9, and of the USB Video Class 1.1.
 namespace UsbCamera {
 namespace {
 

@@ -1,0 +1,55 @@
+// A picture: a file that somebody gives a simulated camera, or the frame of a camera's motion JPEG.
+
+#include "Platform/Imaging/FrameConverter.h"
+#include "Platform/Imaging/ImageDecoder.h"
+#include "Platform/Imaging/PngEncoder.h"
+#include "Platform/Interface/HresultError.h"
+#include "Tests/Fuzz/FuzzTarget.h"
+#include "Tests/Platform/Imaging/EncodedPictures.h"
+
+#include <turbojpeg.h>
+
+#include <span>
+
+namespace {
+
+using namespace Platform::Imaging;
+
+constexpr std::uint32_t Width = 24;
+constexpr std::uint32_t Height = 16;
+
+/// Any bytes are a picture or raise the platform's error.
+template <typename Decoding> void decode(Decoding decoding) {
+    try {
+        const RgbImage image = decoding();
+        require(image.pixels.size() == std::size_t{3} * image.width * image.height, "the pixels fill the picture");
+    } catch (const winrt::hresult_error&) {
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::span bytes(data, size);
+    try {
+        const ImageSize claimed = decodeImageSize(bytes);
+        if (std::uint64_t{claimed.width} * claimed.height > 1'000'000)
+            return 0; // within the limits, but slow
+    } catch (const winrt::hresult_error&) {
+    }
+    decode([&] { return decodeImage(bytes); });
+    FrameLayout layout;
+    layout.format = FrameFormat::Jpeg;
+    layout.width = Width;
+    layout.height = Height;
+    decode([&] { return convertFrame(layout, bytes); });
+    return 0;
+}
+
+std::vector<std::string> fuzzSeeds() {
+    const RgbImage image = smoothPicture(Width, Height);
+    const auto png = encodePng(image);
+    const auto jpeg = writeJpeg(image, TJSAMP_422);
+    const auto progressive = writeJpeg(image, TJSAMP_420, TJFLAG_PROGRESSIVE);
+    return {{png.begin(), png.end()}, {jpeg.begin(), jpeg.end()}, {progressive.begin(), progressive.end()}};
+}
