@@ -51,13 +51,13 @@ void CameraSession::setFormat(std::uint32_t index) {
     _stream.reset(); // a format cannot be set while buffers are reserved
     try {
         applyFormat(formats[index]);
+        if (isStreamWanted())
+            startStream();
     } catch (const winrt::hresult_error&) {
         if (isStreamWanted() && !_node.isGone())
             _restartAt = std::chrono::steady_clock::now(); // in the format that is left
         throw;
     }
-    if (isStreamWanted())
-        startStream();
 }
 
 void CameraSession::applyFormat(const StreamFormat& wanted) {
@@ -108,7 +108,8 @@ void CameraSession::startStream() {
     _restartAt.reset();
     _stream = std::make_unique<Stream>(_node, _source.description);
     _lastSign = std::chrono::steady_clock::now();
-    _sinceSetting = FramesSince(_lastSign);
+    // What the camera's mechanics were told before may still move.
+    _sinceSetting = FramesSince(std::max(_lastSign, _sinceSetting.moment()));
 }
 
 void CameraSession::stopUnwantedStream() {
@@ -133,6 +134,8 @@ void CameraSession::takeStill(StillRequest request) {
     assertOwnThread();
     emptyDriver();
     const TimePoint asked = request.asked;
+    if (_pending.empty())
+        _patience = _surroundings.limits.silence;
     if (!_stream && !_restartAt)
         startStream();
     _pending.push_back({std::move(request), FramesSince(asked)});
@@ -152,8 +155,11 @@ void CameraSession::stillEnded() {
 
 void CameraSession::framesWait(bool failed) {
     assertOwnThread();
-    if (!_stream)
+    if (!_stream) {
+        v4l2_capability capability{};
+        _node.tryControl(VIDIOC_QUERYCAP, capability); // finds out whether the camera is gone
         return;
+    }
     passFullBuffers(true);
     // A failure without a frame to explain it would be reported again and again.
     if (failed && _stream)
@@ -217,7 +223,7 @@ void CameraSession::take(const Frame& frame) {
 
 /// When a stream that gives no sign of life is given up.
 std::optional<TimePoint> CameraSession::endOfPatience() const {
-    return _stream && wantsFrames() ? std::optional(_lastSign + _surroundings.limits.silence) : std::nullopt;
+    return wantsFrames() ? std::optional(_lastSign + _patience) : std::nullopt;
 }
 
 std::optional<TimePoint> CameraSession::deadline() const {
@@ -232,8 +238,10 @@ std::optional<TimePoint> CameraSession::deadline() const {
 void CameraSession::deadlinePassed() {
     assertOwnThread();
     const TimePoint now = std::chrono::steady_clock::now();
-    if (const auto end = endOfPatience(); end && *end <= now)
+    if (const auto end = endOfPatience(); end && *end <= now) {
         _restartAt = now;
+        _patience = std::min(2 * _patience, _surroundings.limits.still); // it may be one that begins slowly
+    }
     if (_restartAt && *_restartAt <= now) {
         try {
             startStream();

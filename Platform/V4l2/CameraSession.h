@@ -24,7 +24,7 @@ struct CameraLimits {
     /// From a failure of the stream to the attempt to start it again.
     std::chrono::milliseconds restart{1'000};
     /// Without any frame while one is wanted; a camera that hangs often sends again when the stream is started anew.
-    /// Leaves the second half of the time that the hub waits for a still.
+    /// Leaves the second half of the time that the hub waits for a still. Doubled each time, until the next still.
     std::chrono::milliseconds silence{4'000};
 };
 
@@ -65,10 +65,10 @@ public:
 
     /// To be called when `descriptor` has failed, and when it is readable while frames are wanted.
     void framesWait(bool failed);
-    /// The descriptor to wait on, or -1.
-    int descriptor() const { return _stream ? _node.descriptor() : -1; }
+    /// The descriptor to wait on, or -1. Between two attempts at a stream it tells whether the camera goes.
+    int descriptor() const { return _stream || _restartAt ? _node.descriptor() : -1; }
     /// False while frames would be thrown away: they may then stay in the driver until the next request empties it.
-    bool wantsFrames() const { return !_pending.empty() || !_sinceSetting.isBeyond(_rule.afterSetting); }
+    bool wantsFrames() const { return _stream && (!_pending.empty() || !_sinceSetting.isBeyond(_rule.afterSetting)); }
     /// When deadlinePassed must be called at the latest, if there is such a moment.
     std::optional<TimePoint> deadline() const;
     void deadlinePassed();
@@ -105,6 +105,7 @@ private:
     std::optional<TimePoint> _restartAt;
     FramesSince _sinceSetting{TimePoint{}};
     TimePoint _lastSign; // of life from the stream, or the moment from which one is expected
+    std::chrono::milliseconds _patience = _surroundings.limits.silence;
     unsigned _readers = 0;
     std::vector<PendingStill> _pending;
     unsigned _inWork = 0; // stills whose frame has been found

@@ -41,7 +41,6 @@ struct CameraWorker::State : std::enable_shared_from_this<State> {
     const Shared::FileDescriptor wake;
     const std::shared_ptr<CompletionFlag> ended; // the thread holds nothing of the camera any more
     std::atomic<bool> stuck{false};              // a call has not been answered in time, nor since
-    std::atomic<bool> gone{false};
 
 private:
     CameraSession::Surroundings surroundings();
@@ -58,6 +57,7 @@ private:
     bool _ended = false;     // likewise; no task runs any more
 
     std::unique_ptr<CameraSession> _session; // the thread's
+    bool _gone = false;                      // likewise
 };
 
 namespace {
@@ -169,8 +169,8 @@ void CameraWorker::State::runTask(const Task& task) {
     if (_session)
         task.run(*_session);
     else
-        task.refuse(gone ? goneError(task.operation, source.node.devicePath)
-                         : closedError(task.operation, source.node.devicePath));
+        task.refuse(_gone ? goneError(task.operation, source.node.devicePath)
+                          : closedError(task.operation, source.node.devicePath));
     stuck = false;
     letGoIfGone();
 }
@@ -179,7 +179,7 @@ void CameraWorker::State::runTask(const Task& task) {
 void CameraWorker::State::letGoIfGone() {
     if (!_session || !_session->isGone())
         return;
-    gone = true;
+    _gone = true;
     _session.reset();
 }
 
@@ -193,7 +193,8 @@ int CameraWorker::State::timeoutInMs() const {
 
 void CameraWorker::State::pollOnce() {
     const int descriptor = _session ? _session->descriptor() : -1; // poll passes over -1
-    // Without a wish for frames poll still tells of a failure: a camera that is idle costs nothing until it goes.
+    // Without a wish for frames poll tells only of a camera that goes: one that is idle costs nothing until then. That
+    // its stream has failed shows at the next request.
     const short wanted = _session && _session->wantsFrames() ? POLLIN : 0;
     std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{descriptor, wanted, 0}};
     if (calls->poll(waited.data(), waited.size(), timeoutInMs()) < 0)
@@ -216,6 +217,7 @@ CameraWorker::CameraWorker(std::shared_ptr<SystemCalls> calls, std::shared_ptr<S
     : _state(std::make_shared<State>(std::move(calls), std::move(pool), std::move(source), limits)) {
     const AsyncOperationSource<void> opened;
     _thread = std::thread([state = _state, opened] { state->run(opened); });
+    _threadId = _thread.get_id();
     try {
         waitFor(*CompletionFlag::of(opened.operation()), "open");
         opened.operation().GetResults();
@@ -229,14 +231,16 @@ CameraWorker::~CameraWorker() { close(); }
 
 const std::string& CameraWorker::path() const { return _state->source.node.devicePath; }
 
-bool CameraWorker::isGone() const { return _state->gone; }
-
 void CameraWorker::post(Task task) { _state->post(std::move(task)); }
 
+/// Once a driver is stuck, no caller waits for it again before it has answered; nor does the thread wait for itself.
+std::chrono::milliseconds CameraWorker::timeToWait() const {
+    const bool inVain = _state->stuck || std::this_thread::get_id() == _threadId;
+    return inVain ? std::chrono::milliseconds(0) : _state->limits.answer;
+}
+
 void CameraWorker::waitFor(CompletionFlag& flag, std::string_view operation) {
-    // Once a driver is stuck, no caller waits for it again before it has answered.
-    const auto limit = _state->stuck ? std::chrono::milliseconds(0) : _state->limits.answer;
-    if (flag.waitUntil(std::chrono::steady_clock::now() + limit))
+    if (flag.waitUntil(std::chrono::steady_clock::now() + timeToWait()))
         return;
     _state->stuck = true;
     throw deviceError(operation, path(), ETIMEDOUT);
@@ -246,8 +250,7 @@ void CameraWorker::close() {
     if (!_thread.joinable())
         return;
     _state->close();
-    const auto limit = _state->stuck ? std::chrono::milliseconds(0) : _state->limits.answer;
-    if (_state->ended->waitUntil(std::chrono::steady_clock::now() + limit))
+    if (_state->ended->waitUntil(std::chrono::steady_clock::now() + timeToWait()))
         _thread.join();
     else
         _thread.detach(); // it owns the state, and ends with the driver's answer

@@ -12,9 +12,9 @@
 
 namespace Platform::V4l2 {
 
-/// The thread of one open camera, which alone touches the camera's session. Any thread may use and release it, but
-/// for its own. A driver that never answers costs a caller the time limit; the thread then ends, and
-/// gives everything back, when the driver lets go.
+/// The thread of one open camera, which alone touches the camera's session. Any thread may use and release it; its own
+/// does where a still that never ends owns, through its handler, the camera. A driver that never answers costs a caller
+/// the time limit; the thread then ends, and gives everything back, when the driver lets go.
 class CameraWorker {
 public:
     /// Opens the camera. Raises.
@@ -41,9 +41,6 @@ public:
     /// effect on a closed camera.
     void close();
 
-    /// True from the moment at which the camera is found to be gone.
-    bool isGone() const;
-
 private:
     struct Task {
         std::function<void(CameraSession&)> run;
@@ -54,11 +51,13 @@ private:
 
     void post(Task task);
     void waitFor(CompletionFlag& flag, std::string_view operation);
+    std::chrono::milliseconds timeToWait() const;
     static void makeStill(const std::shared_ptr<State>& state, const std::vector<StillRequest>& requests,
                           const StillFrame& frame);
 
     const std::shared_ptr<State> _state;
     std::thread _thread;
+    std::thread::id _threadId; // also once the thread has been let go
 };
 
 } // namespace Platform::V4l2

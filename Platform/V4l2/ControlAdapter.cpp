@@ -15,18 +15,19 @@ constexpr double UnknownExposure = -4.0;
 
 } // namespace
 
-ControlAdapter::ControlAdapter(DeviceNode& node, const ControlSpec& spec)
-    : _controls(node), _spec(spec), _value(_controls.find(spec.valueIds)), _auto(_controls.find(spec.autoIds)) {}
+ControlAdapter::ControlAdapter(DeviceNode& node, const ControlMapping& mapping)
+    : _controls(node), _mapping(mapping), _value(_controls.find(mapping.valueIds)),
+      _auto(_controls.find(mapping.autoIds)) {}
 
 MediaDeviceControlCapabilities ControlAdapter::capabilities() {
     MediaDeviceControlCapabilities capabilities;
-    if (_value && _spec.isExposure) {
+    if (_value && _mapping.isExposure) {
         capabilities = ExposureScale::grid(_value->range);
     } else if (_value) {
         capabilities.Min = _value->range.min;
         capabilities.Max = _value->range.max;
         capabilities.Step = std::max(_value->range.step, 1);
-    } else if (_spec.isExposure) {
+    } else if (_mapping.isExposure) {
         capabilities.Min = capabilities.Max = UnknownExposure;
     }
     if (_value && _value->isReadOnly)
@@ -41,7 +42,7 @@ bool ControlAdapter::setValue(double value) {
         return false;
     if (isAuto().value_or(false) && !setAuto(false))
         return false;
-    return _controls.write(*_value, _value->range.nearest(_spec.isExposure ? ExposureScale::unitsOf(value) : value));
+    return _controls.write(*_value, _value->range.nearest(_mapping.isExposure ? ExposureScale::unitsOf(value) : value));
 }
 
 std::optional<double> ControlAdapter::value() {
@@ -50,7 +51,7 @@ std::optional<double> ControlAdapter::value() {
     const auto units = _controls.read(*_value);
     if (!units)
         return std::nullopt;
-    return _spec.isExposure ? ExposureScale::exponentOf(*units) : *units;
+    return _mapping.isExposure ? ExposureScale::exponentOf(*units) : *units;
 }
 
 bool ControlAdapter::setAuto(bool on) {
@@ -76,14 +77,14 @@ std::optional<bool> ControlAdapter::isAuto() {
     const auto mode = _controls.read(*_auto);
     if (!mode)
         return std::nullopt;
-    return contains(_spec.onValues, *mode);
+    return contains(_mapping.onValues, *mode);
 }
 
 /// The first of the modes that this camera offers.
 std::optional<std::int32_t> ControlAdapter::autoValue(bool on) {
     if (!_auto)
         return std::nullopt;
-    for (const std::int32_t value : on ? _spec.onValues : _spec.offValues)
+    for (const std::int32_t value : on ? _mapping.onValues : _mapping.offValues)
         if (_controls.hasMenuEntry(*_auto, value))
             return value;
     return std::nullopt;

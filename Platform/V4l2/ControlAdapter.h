@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/MediaDeviceControl.h"
-#include "Platform/V4l2/ControlSpec.h"
+#include "Platform/V4l2/ControlMapping.h"
 #include "Platform/V4l2/KernelControls.h"
 
 #include <optional>
@@ -12,7 +12,7 @@ namespace Platform::V4l2 {
 /// operation. A camera that is gone or does not answer raises.
 class ControlAdapter {
 public:
-    ControlAdapter(DeviceNode& node, const ControlSpec& spec);
+    ControlAdapter(DeviceNode& node, const ControlMapping& mapping);
 
     MediaDeviceControlCapabilities capabilities();
 
@@ -28,7 +28,7 @@ private:
     std::optional<std::int32_t> autoValue(bool on);
 
     KernelControls _controls;
-    const ControlSpec& _spec;
+    const ControlMapping& _mapping;
     const std::optional<KernelControl> _value;
     const std::optional<KernelControl> _auto;
 };

@@ -7,18 +7,18 @@
 namespace Platform::V4l2 {
 
 template <typename T, typename Work> T DeviceControl::ask(std::string_view operation, Work work) const {
-    return _core->worker(operation, 0)->call<T>(operation, [spec = _spec, work](CameraSession& session) -> T {
+    return _core->worker(operation, 0)->call<T>(operation, [mapping = _mapping, work](CameraSession& session) -> T {
         session.requirePresence();
-        ControlAdapter adapter(session.node(), *spec);
+        ControlAdapter adapter(session.node(), *mapping);
         return work(adapter);
     });
 }
 
 template <typename Work> bool DeviceControl::set(std::string_view operation, Work work) {
-    return _core->worker(operation, 0)->call<bool>(operation, [spec = _spec, work](CameraSession& session) {
+    return _core->worker(operation, 0)->call<bool>(operation, [mapping = _mapping, work](CameraSession& session) {
         session.requirePresence();
-        return session.change(spec->movement, [&](DeviceNode& node) {
-            ControlAdapter adapter(node, *spec);
+        return session.change(mapping->movement, [&](DeviceNode& node) {
+            ControlAdapter adapter(node, *mapping);
             return work(adapter);
         });
     });

@@ -2,7 +2,7 @@
 
 #include "Platform/Interface/MediaDeviceControl.h"
 #include "Platform/V4l2/CaptureCore.h"
-#include "Platform/V4l2/ControlSpec.h"
+#include "Platform/V4l2/ControlMapping.h"
 
 #include <memory>
 #include <string_view>
@@ -12,8 +12,9 @@ namespace Platform::V4l2 {
 /// One setting of the older generation. Any thread; the work is done on the camera's.
 class DeviceControl final : public IMediaDeviceControl {
 public:
-    /// The spec must outlive the control.
-    DeviceControl(std::shared_ptr<CaptureCore> core, const ControlSpec& spec) : _core(std::move(core)), _spec(&spec) {}
+    /// The mapping must outlive the control.
+    DeviceControl(std::shared_ptr<CaptureCore> core, const ControlMapping& mapping)
+        : _core(std::move(core)), _mapping(&mapping) {}
 
     MediaDeviceControlCapabilities Capabilities() const override;
     bool TrySetValue(double value) override;
@@ -26,7 +27,7 @@ private:
     template <typename Work> bool set(std::string_view operation, Work work);
 
     const std::shared_ptr<CaptureCore> _core;
-    const ControlSpec* const _spec;
+    const ControlMapping* const _mapping;
 };
 
 } // namespace Platform::V4l2

@@ -1,5 +1,7 @@
 #include "Platform/V4l2/FormatList.h"
 
+#include "Platform/Imaging/ImageDecoder.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -47,17 +49,30 @@ bool fits(std::uint32_t value, std::uint32_t min, std::uint32_t max, std::uint32
     return value >= min && value <= max && (value - min) % std::max(step, 1u) == 0;
 }
 
+/// The largest value on the range's grid.
+std::uint32_t largestOf(std::uint32_t min, std::uint32_t max, std::uint32_t step) {
+    return max > min ? max - (max - min) % std::max(step, 1u) : max;
+}
+
+/// Whether a frame of that size can be turned into a picture.
+bool isUsable(const Size& size) {
+    return size.width > 0 && size.height > 0 && size.width <= Imaging::MaxImageSide &&
+           size.height <= Imaging::MaxImageSide && std::uint64_t{size.width} * size.height <= Imaging::MaxImagePixels;
+}
+
 std::vector<Size> sizesWithin(const v4l2_frmsize_stepwise& range) {
     std::vector<Size> sizes;
     for (const Size& size : CommonSizes)
         if (fits(size.width, range.min_width, range.max_width, range.step_width) &&
             fits(size.height, range.min_height, range.max_height, range.step_height))
             sizes.push_back(size);
-    const bool largestListed = !sizes.empty() && std::any_of(sizes.begin(), sizes.end(), [&](const Size& size) {
-        return size.width == range.max_width && size.height == range.max_height;
+    const Size largest{largestOf(range.min_width, range.max_width, range.step_width),
+                       largestOf(range.min_height, range.max_height, range.step_height)};
+    const bool largestListed = std::any_of(sizes.begin(), sizes.end(), [&](const Size& size) {
+        return size.width == largest.width && size.height == largest.height;
     });
     if (!largestListed)
-        sizes.push_back({range.max_width, range.max_height});
+        sizes.push_back(largest);
     return sizes;
 }
 
@@ -114,7 +129,8 @@ private:
         if (sizes.empty())
             sizes = currentSize(pixelFormat);
         for (const Size& size : sizes)
-            listIntervals(pixelFormat, size);
+            if (isUsable(size))
+                listIntervals(pixelFormat, size);
     }
 
     /// Where the driver lists no sizes: the one that it is set to.

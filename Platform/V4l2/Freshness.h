@@ -36,6 +36,8 @@ public:
     /// Whether the latest frame counted comes behind that many that were skipped.
     bool isBeyond(unsigned skipped) const { return _frames > skipped; }
 
+    TimePoint moment() const { return _moment; }
+
 private:
     TimePoint _moment;
     unsigned _frames = 0;

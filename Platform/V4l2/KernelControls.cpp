@@ -71,6 +71,8 @@ bool KernelControls::hasMenuEntry(const KernelControl& control, std::int32_t ind
 
 std::vector<std::pair<std::int32_t, std::int64_t>> KernelControls::menuNumbers(const KernelControl& control) {
     std::vector<std::pair<std::int32_t, std::int64_t>> numbers;
+    if (!control.isMenu)
+        return numbers; // a range of plain numbers, which may be any
     for (std::int32_t index = control.range.min; index <= control.range.max; ++index) {
         v4l2_querymenu query{};
         query.id = control.id;

@@ -6,19 +6,23 @@
 
 namespace Platform::V4l2 {
 
-MediaDeviceControl VideoController::Exposure() const { return std::make_shared<DeviceControl>(_core, exposureSpec()); }
+MediaDeviceControl VideoController::Exposure() const {
+    return std::make_shared<DeviceControl>(_core, exposureMapping());
+}
 
-MediaDeviceControl VideoController::Focus() const { return std::make_shared<DeviceControl>(_core, focusSpec()); }
+MediaDeviceControl VideoController::Focus() const { return std::make_shared<DeviceControl>(_core, focusMapping()); }
 
 MediaDeviceControl VideoController::WhiteBalance() const {
-    return std::make_shared<DeviceControl>(_core, whiteBalanceSpec());
+    return std::make_shared<DeviceControl>(_core, whiteBalanceMapping());
 }
 
 MediaDeviceControl VideoController::Brightness() const {
-    return std::make_shared<DeviceControl>(_core, brightnessSpec());
+    return std::make_shared<DeviceControl>(_core, brightnessMapping());
 }
 
-MediaDeviceControl VideoController::Contrast() const { return std::make_shared<DeviceControl>(_core, contrastSpec()); }
+MediaDeviceControl VideoController::Contrast() const {
+    return std::make_shared<DeviceControl>(_core, contrastMapping());
+}
 
 Platform::ExposureControl VideoController::ExposureControl() const {
     return std::make_shared<AbsentExposureControl>(_core);

@@ -283,6 +283,13 @@ TEST_F(V4l2ControlsTest, IsoSpeedsAreThoseOfTheMenu) {
               "80004005 IsoSpeedControl.SetValueAsync on /dev/video0: the camera refuses");
 }
 
+TEST_F(V4l2ControlsTest, ASensitivityWithoutAMenuIsNotTaken) {
+    FakeDevice device = usbCamera();
+    device.controls[V4L2_CID_ISO_SENSITIVITY] = {V4L2_CTRL_TYPE_INTEGER, 0, std::numeric_limits<std::int32_t>::max()};
+    EXPECT_FALSE(controllerOf(device)->IsoSpeedControl()->Supported());
+    EXPECT_EQ(driver->calls(VIDIOC_QUERYMENU), 0u);
+}
+
 TEST_F(V4l2ControlsTest, TheExposureBiasIsInStops) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_AUTO_EXPOSURE_BIAS] = {V4L2_CTRL_TYPE_INTEGER_MENU,    0, 2, 1, 0, 0,

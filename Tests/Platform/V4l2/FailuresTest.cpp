@@ -203,6 +203,31 @@ TEST_F(V4l2FailuresTest, AStillUnderWayNeverEndsOnACameraThatGoes) {
     EXPECT_EQ(stream->Size(), 0u);
 }
 
+TEST_F(V4l2FailuresTest, ACameraThatGoesBetweenTwoAttemptsAtAStreamIsLetGoAtOnce) {
+    limits.restart = std::chrono::minutes(1);
+    platform = createV4l2Platform(driver, lister, limits);
+    const auto capture = open();
+    const auto reader = startReader(capture);
+    ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0})); // as the endpoint goes first
+    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
+    driver->unplug(Path);
+    EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
+}
+
+TEST_F(V4l2FailuresTest, AStillThatNeverEndsMayOwnTheCamera) {
+    auto capture = open();
+    auto reader = startReader(capture);
+    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
+    capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream)
+        .Completed([capture, reader](const IAsyncAction&, AsyncStatus) {});
+    capture = nullptr;
+    reader = nullptr;
+    const auto begin = std::chrono::steady_clock::now();
+    driver->unplug(Path);
+    EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, limits.answer / 2);
+}
+
 TEST_F(V4l2FailuresTest, AStillUnderWayFailsWhenTheCaptureIsClosed) {
     const auto capture = open();
     const auto reader = startReader(capture);

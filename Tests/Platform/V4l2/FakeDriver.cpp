@@ -348,7 +348,7 @@ int FakeDriver::poll(pollfd* descriptors, nfds_t count, int timeoutInMs) {
             continue;
         if (found->second->gone)
             descriptors[i].revents = POLLERR | POLLHUP;
-        else if (!found->second->streaming)
+        else if (!found->second->streaming && (descriptors[i].events & POLLIN) != 0)
             descriptors[i].revents = POLLERR;
     }
     return static_cast<int>(

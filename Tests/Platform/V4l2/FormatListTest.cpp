@@ -97,6 +97,23 @@ TEST_F(V4l2FormatListTest, ContinuousSizesListTheLargestOnce) {
     EXPECT_EQ(list(), (Texts{"YUYV 640x480 @ 30.00", "YUYV 800x600 @ 30.00"}));
 }
 
+TEST_F(V4l2FormatListTest, TheLargestSizeIsOnTheGrid) {
+    useOnly(V4L2_PIX_FMT_YUYV);
+    answerSizes(V4L2_FRMSIZE_TYPE_STEPWISE, {32, 1311, 16, 32, 999, 0});
+    EXPECT_EQ(list().back(), "YUYV 1296x999 @ 30.00");
+}
+
+TEST_F(V4l2FormatListTest, SizesThatNoPictureCanHaveAreLeftOut) {
+    useOnly(V4L2_PIX_FMT_YUYV);
+    for (const v4l2_frmsize_stepwise& range : {v4l2_frmsize_stepwise{640, 0xFFFF'FFFF, 640, 480, 0xFFFF'FFFF, 480},
+                                               v4l2_frmsize_stepwise{640, 16'640, 640, 480, 16'320, 480}}) {
+        answerSizes(V4L2_FRMSIZE_TYPE_STEPWISE, range);
+        EXPECT_EQ(list(), (Texts{"YUYV 640x480 @ 30.00", "YUYV 1280x960 @ 30.00", "YUYV 2560x1440 @ 30.00"}));
+    }
+    answerSizes(V4L2_FRMSIZE_TYPE_DISCRETE, {});
+    EXPECT_TRUE(list().empty());
+}
+
 TEST_F(V4l2FormatListTest, RangesOfRatesGiveTheCommonOnesAndBothEnds) {
     useOnly(V4L2_PIX_FMT_YUYV);
     for (const std::uint32_t type : {V4L2_FRMIVAL_TYPE_STEPWISE, V4L2_FRMIVAL_TYPE_CONTINUOUS}) {

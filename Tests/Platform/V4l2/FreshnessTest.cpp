@@ -212,5 +212,18 @@ TEST_F(FreshnessOfStills, TheLensHasTimeToMove) {
     EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(500));
 }
 
+TEST_F(FreshnessOfStills, TheLensHasTimeToMoveAlsoWhereTheStreamStartsMeanwhile) {
+    const auto capture = open();
+    const FrameClock clock(*driver, Path);
+    for (const bool reads : {false, true}) {
+        const auto reader = reads ? startReader(capture) : nullptr;
+        const auto begin = std::chrono::steady_clock::now();
+        ASSERT_TRUE(capture->VideoDeviceController()->Focus()->TrySetValue(reads ? 100 : 200));
+        setFormat(capture, 1);
+        ASSERT_TRUE(still(capture));
+        EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(500));
+    }
+}
+
 } // namespace
 } // namespace Platform::V4l2

@@ -279,6 +279,29 @@ TEST_F(V4l2MediaCaptureTest, AStreamThatFallsSilentIsStartedAgainUnderAWaitingSt
     EXPECT_GT(stream->Size(), 0u);
 }
 
+TEST_F(V4l2MediaCaptureTest, AStreamThatBeginsSlowlyIsGivenTheTime) {
+    const auto capture = open();
+    setFormat(capture, SmallAt30);
+    const auto reader = startReader(capture);
+    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
+    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
+    ASSERT_TRUE(comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; }));
+    std::this_thread::sleep_for(limits.silence * 5 / 4); // the first stream has been given less than that
+    const FrameClock clock(*driver, Path);
+    blockingWait(action);
+    EXPECT_GT(stream->Size(), 0u);
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
+}
+
+TEST_F(V4l2MediaCaptureTest, AStreamThatDoesNotStartInANewFormatIsTriedAgain) {
+    const auto capture = open();
+    setFormat(capture, SmallAt30);
+    const auto reader = startReader(capture);
+    driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 3);
+    EXPECT_EQ(raisedBy([&] { setFormat(capture, Large); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
+    EXPECT_TRUE(comesTrue([this] { return driver->isStreaming(Path); }));
+}
+
 TEST_F(V4l2MediaCaptureTest, AStreamMayBeSilentWhileNobodyWaitsForAFrame) {
     const auto capture = open();
     setFormat(capture, SmallAt30);

@@ -7,7 +7,7 @@
 namespace Platform::V4l2 {
 
 /// Which of the kernel's controls stand for one setting of the interface.
-struct ControlSpec {
+struct ControlMapping {
     std::vector<std::uint32_t> valueIds;  // the first that a camera has is its value
     std::vector<std::uint32_t> autoIds;   // the first that a camera has is its automatic; may be empty
     std::vector<std::int32_t> onValues;   // of the automatic, the preferred one first
@@ -17,10 +17,10 @@ struct ControlSpec {
 };
 
 /// Exposure, Focus, WhiteBalance, Brightness, Contrast of the older generation.
-const ControlSpec& exposureSpec();
-const ControlSpec& focusSpec();
-const ControlSpec& whiteBalanceSpec();
-const ControlSpec& brightnessSpec();
-const ControlSpec& contrastSpec();
+const ControlMapping& exposureMapping();
+const ControlMapping& focusMapping();
+const ControlMapping& whiteBalanceMapping();
+const ControlMapping& brightnessMapping();
+const ControlMapping& contrastMapping();
 
 } // namespace Platform::V4l2
