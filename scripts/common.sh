@@ -17,8 +17,8 @@ build_packages=(
 )
 
 # What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, umockdev for a
-# /sys of their own.
-test_packages=(python3-pytest python3-pytest-xdist python3-pil umockdev libumockdev-dev)
+# /sys of their own, the sources of locales.
+test_packages=(python3-pytest python3-pytest-xdist python3-pil umockdev libumockdev-dev locales)
 
 is_installed() {
   [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]

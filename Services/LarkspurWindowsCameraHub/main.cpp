@@ -1,9 +1,7 @@
-#include "Framework/CXX/Common/TextConversion.h"
-#include "Framework/CXX/Network/HttpServer.h"
 #include "Platform/Interface/CameraPlatform.h"
 #include "Services/CameraTestDriver/TestDriverMain.h"
 #include "Services/LarkspurWindowsCameraHub/CreateCameraPlatform.h"
-#include "Services/LarkspurWindowsCameraHub/PavoCameraServer.h"
+#include "Services/LarkspurWindowsCameraHub/Listeners.h"
 #include "Services/LarkspurWindowsCameraHub/ServiceParameters.h"
 #include "Services/LarkspurWindowsCameraHubNonUWP/ServiceDiagnosticsAndLogging.h"
 
@@ -12,8 +10,6 @@
 #include <cstring>
 #include <exception>
 #include <iostream>
-#include <memory>
-#include <string>
 #include <thread>
 
 namespace {
@@ -65,24 +61,7 @@ int main(int argc, char* argv[]) {
     QCoreApplication application(argc, argv);
     useNeutralLocale(); // the application object has just taken over the user's
 
-    std::unique_ptr<PavoCameraServer> rpcServer;
-    std::unique_ptr<HttpServer> httpServer;
-    try {
-        rpcServer = std::make_unique<PavoCameraServer>(rpcPort, &application);
-        httpServer = std::make_unique<HttpServer>(httpPort, &application);
-        const auto imageRoute = [&rpcServer](HttpRequest* request, HttpResponse* response) {
-            rpcServer->handleImageRequest(request, response);
-        };
-        std::string pattern = "/res/";
-        pattern += ".*";
-        httpServer->addRoute(QString::fromLatin1(pattern.c_str()), imageRoute);
-    } catch (const winrt::hresult_error& error) {
-        LOG4CXX_ERROR(serviceLogger(), "CameraHub encountered an error: " << Halden::toUtf8(error.message()));
-    } catch (const std::exception& error) {
-        LOG4CXX_ERROR(serviceLogger(), "CameraHub encountered an error: " << error.what());
-    } catch (...) {
-        LOG4CXX_ERROR(serviceLogger(), "CameraHub encountered an unknown error");
-    }
+    const Listeners listeners(rpcPort, httpPort, &application);
 
     // In no try block: an exception that leaves a slot ends the process.
     return QCoreApplication::exec();

@@ -1,6 +1,7 @@
 """"camera:capture": how its parameters are read, what it answers, and what reaches the camera."""
 
 import re
+import time
 
 import pytest
 from harness.hub import DEVICE_LOGGER, PRESET, SERVICE_LOGGER, LogEntry
@@ -244,7 +245,18 @@ def test_a_still_that_never_comes_is_given_up_after_ten_seconds(start_hub):
     stuck = {"exposure": EXPOSURE, "capture": {"outcome": "never"}}
     hub = start_hub(scenario("stuck", camera=stuck)).wait_for_cameras("stuck")
     reply = exchange(hub.rpc(), '{"to":"stuck","exposureInUs":1000}')
+    end = time.monotonic()  # the clock of the journal
     text = "captureImage failed: Timed out waiting for camera capture.(-2147483636)"
     assert reply == f'{{"error":{{"message":"{text}"}},"id":1,"jsonrpc":"2.0"}}\n\r\n\0'
     (begin,) = calls(hub, 0, "MediaCapture.CapturePhotoToStreamAsync")
     assert "ended" not in begin
+    assert 10 <= end - begin["t"] < 12
+
+
+def test_a_still_that_comes_within_the_ten_seconds_is_a_normal_one(start_hub):
+    late = {"exposure": EXPOSURE, "capture": {"delayMs": 9000}}
+    hub = start_hub(scenario("late", camera=late)).wait_for_cameras("late")
+    resid = hub.rpc().capture("late", exposureInUs=1000)["resid"]
+    assert hub.image(resid).startswith(b"\x89PNG")
+    begin, end = calls(hub, 0, "MediaCapture.CapturePhotoToStreamAsync")
+    assert 9 <= end["t"] - begin["t"] < 10

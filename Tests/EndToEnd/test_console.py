@@ -6,6 +6,7 @@ import re
 import pytest
 from harness.console import PipedHub, TerminalHub
 from harness.hub import EXECUTABLE, ROOT
+from harness.locales import make_locale
 from harness.scenario import EXPOSURE, camera_group
 from PIL import Image
 
@@ -211,6 +212,16 @@ def test_a_whole_session_at_a_terminal(make_hub, scene):
     assert hub.transcript() == session_transcript(lambda line: line + "\n")
     assert len(hub.saved_files("Kamera für Anna")) == 1
     hub.wait_for_cameras("cam0", "cam1")
+
+
+def test_numbers_have_a_point_in_a_users_language(make_hub, monkeypatch, tmp_path):
+    for variable, value in make_locale(tmp_path, "UTF-8").items():
+        monkeypatch.setenv(variable, value)
+    hub = make_hub(PipedHub, cameras("A", hardware={"exposure": EXPOSURE})).start_with("1 2 0 5 0 2 14 6")
+    assert (
+        "Exposure range: [-13.000000 , 0.000000\nExposure set to: -5.000000. Latched to: -5.000000\n"
+        in hub.transcript()
+    )
 
 
 def documented(document, language):

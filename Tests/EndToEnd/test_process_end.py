@@ -33,10 +33,6 @@ def assert_ended_without_a_reply(hub, client, *texts):
             for value in ("5", "0.5", "[]", "{}")
         ],
         *[
-            (f'{{"id":1,"method":"camera:redirectDiagnostics","params":{{"path":{value}}}}}', NOT_A_TEXT)
-            for value in ("5", "0.5", "[]", "{}")
-        ],
-        *[
             (f'{{"id":1,"method":"camera:capture","params":{{"to":"","gainInPercent":{value}}}}}', NOT_A_NUMBER)
             for value in ('"5"', "[]", "{}")
         ],

@@ -72,11 +72,16 @@ def test_only_the_departure_of_the_latest_redirecting_client_ends_a_redirection(
 def test_a_folder_that_cannot_be_used_is_an_error_and_the_ordinary_place_is_back(hub, tmp_path):
     missing = tmp_path / "missing"
     client = hub.rpc()
+    hub.wait_for_the_next_run_name()
     assert client.exchange(
         f'{{"id":5,"method":"camera:redirectDiagnostics","params":{{"path":"{missing}"}}}}'
     ) == f'{{"error":{{"message":"Failed redirecting diagnostics to: {missing}"}},"id":5,"jsonrpc":"2.0"}}\n\r\n\0'.encode()
-    error = LogEntry("ERROR", DEVICE_LOGGER, f"Failed redirecting diagnostics to: {missing}")
-    assert error in hub.log()
+    before, after = hub.run_folders()
+    assert product_log(before)[-2:] == [
+        service(f"About to redirect diagnostics to: {missing}"),
+        service(f"Failed redirecting diagnostics to: {missing}", "ERROR"),
+    ]
+    assert product_log(after) == [LogEntry("ERROR", DEVICE_LOGGER, f"Failed redirecting diagnostics to: {missing}")]
     client.close()
     assert hub.rpc().request("camera:version")["result"] == "2.9"
     assert CANCELLING not in hub.log()

@@ -1,9 +1,11 @@
 #include "Platform/Linux/FolderWalk.h"
 
+#include "Tests/Platform/Linux/ChildProcess.h"
 #include "Tests/Platform/Linux/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -55,6 +57,22 @@ TEST(FolderWalk, TellsWhyAFolderCantBeOpened) {
     FolderWalk walk(folder.path() / "missing");
     EXPECT_EQ(walk.openError(), ENOENT);
     EXPECT_FALSE(walk.next().has_value());
+}
+
+TEST(FolderWalk, TellsWhyItEndedEarly) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "a");
+    const int result = runInChild([&folder] {
+        FolderWalk walk(folder.path());
+        ASSERT_TRUE(letSystemCallFail(SYS_getdents64, EIO));
+        EXPECT_TRUE(walk.next().has_value()); // the folder itself
+        EXPECT_TRUE(walk.next().has_value()); // its parent
+        EXPECT_EQ(walk.readError(), 0);
+        EXPECT_FALSE(walk.next().has_value());
+        EXPECT_EQ(walk.openError(), 0);
+        EXPECT_EQ(walk.readError(), EIO);
+    });
+    EXPECT_EQ(result, 0);
 }
 
 TEST(FolderWalk, TellsTheTimeOfCreation) {

@@ -202,6 +202,32 @@ TEST_F(CaptureHandlerTest, ThePercentageSelectsAndTheGainIsTheAmountBothTruncate
     EXPECT_NE(std::find(logged.begin(), logged.end(), "INFO Requested exposure 25 %., camera name: Cam"), logged.end());
 }
 
+TEST_F(CaptureHandlerTest, AnExposureOfABadTypeIsLoggedAndCountsAs0) {
+    connectOne();
+    for (const std::string exposure : {"\"abc\"", "[1000]", "{}", "2147483648", "-3e9"}) {
+        const LogRecorder caught("Common.RunCatch");
+        const auto result =
+            captureResult(R"("to":"D","exposureInPercent":1,"gainInPercent":25,"exposureInUs":)" + exposure);
+        EXPECT_EQ(result["exposureInUs"].asInt(), 250000) << exposure << ": the percentage applies";
+        EXPECT_EQ(caught.records().size(), 1u) << exposure;
+    }
+}
+
+TEST_F(CaptureHandlerTest, NullCountsAsAbsentAndBooleansAsOneAndZero) {
+    connectOne();
+    const LogRecorder caught("Common.RunCatch");
+    const auto exposureOf = [this](const std::string& parameters) {
+        return captureResult(R"("to":"D",)" + parameters)["exposureInUs"].asInt();
+    };
+    EXPECT_EQ(exposureOf(R"("exposureInUs":null,"exposureInPercent":true,"gainInPercent":50)"), 500000);
+    EXPECT_EQ(exposureOf(R"("exposureInUs":false,"exposureInPercent":1,"gainInPercent":null)"), 122);
+    forget();
+    EXPECT_EQ(exposureOf(R"("exposureInUs":1000,"exposureInPercent":null,"exposureChangeDelayInMs":null)"), 976);
+    EXPECT_EQ(exposureOf(R"("exposureInUs":2000,"exposureChangeDelayInMs":true)"), 1953);
+    EXPECT_EQ(clock().sleeps(), (std::vector{milliseconds(0), milliseconds(1)}));
+    EXPECT_EQ(caught.messages(), Texts{});
+}
+
 TEST_F(CaptureHandlerTest, PercentagesBeyondAnIntegerEndAtItsRange) {
     connectOne();
     EXPECT_EQ(captureResult(R"("to":"D","exposureInPercent":1e300,"gainInPercent":1e300)")["exposureInUs"].asInt(),

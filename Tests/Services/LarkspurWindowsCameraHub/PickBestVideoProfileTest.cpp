@@ -20,7 +20,10 @@ std::string lineFor(double frameRate) {
 }
 
 TEST(PickBestVideoProfile, TheLargestPictureWithTheHighestRateAndOfEqualOnesTheLast) {
-    EXPECT_EQ(bestOf({{640, 480, 30, u"NV12"}, {1920, 1080, 15, u"NV12"}, {1920, 1080, 30, u"NV12"}, {1920, 1080, 30, u"YUY2"}}), 3);
+    EXPECT_EQ(
+        bestOf(
+            {{640, 480, 30, u"NV12"}, {1920, 1080, 15, u"NV12"}, {1920, 1080, 30, u"NV12"}, {1920, 1080, 30, u"YUY2"}}),
+        3);
 }
 
 TEST(PickBestVideoProfile, AreaWinsOverFrameRate) {

@@ -11,11 +11,10 @@ using std::chrono::milliseconds;
 
 class ServiceParameters : public testing::Test {
 protected:
-    void writeRegistry(const std::string& values) const {
+    void writeRegistry(const std::string& values, const std::string& key = "\\Parameters") const {
         writeFile(_file, "Windows Registry Editor Version 5.00\r\n\r\n"
-                         "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\Larkspur Windows Camera "
-                         "Hub\\Parameters]\r\n" +
-                             values);
+                         "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\Larkspur Windows Camera Hub" +
+                             key + "]\r\n" + values);
     }
 
     bool modeWith(const std::string& value) const {
@@ -35,6 +34,13 @@ private:
 };
 
 TEST_F(ServiceParameters, WithoutAFileTheDefaultsStand) {
+    EXPECT_EQ(openParametersKey(), nullptr);
+    EXPECT_FALSE(isSimulatedCrashModeEnabled());
+    EXPECT_EQ(appThrottleInterval(), milliseconds(2500));
+}
+
+TEST_F(ServiceParameters, WithoutTheKeyTheDefaultsStand) {
+    writeRegistry("\"SimulatedCrashModeEnabled\"=hex:01,00,00,00\r\n\"AppThrottle\"=dword:00001770\r\n", "");
     EXPECT_EQ(openParametersKey(), nullptr);
     EXPECT_FALSE(isSimulatedCrashModeEnabled());
     EXPECT_EQ(appThrottleInterval(), milliseconds(2500));

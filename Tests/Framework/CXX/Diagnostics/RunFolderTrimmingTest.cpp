@@ -1,7 +1,11 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
+#include "Tests/Platform/Linux/ChildProcess.h"
 
+#include <sys/syscall.h>
+
+#include <cerrno>
 #include <string>
 
 namespace {
@@ -98,6 +102,19 @@ TEST_F(RunFolderTrimming, AFolderOfRunsThatCantBeReadIsTold) {
     testing::internal::CaptureStdout();
     other.trimRunFolders(10);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "FindFirstFile failed (2)\n");
+}
+
+TEST_F(RunFolderTrimming, AWalkThatEndsEarlyIsTold) {
+    const std::filesystem::path output = root() / "output";
+    const int result = runInChild([&output] {
+        const auto diagnostics = makeDiagnostics();
+        ASSERT_NE(diagnostics, nullptr);
+        sendStandardOutputTo(output);
+        ASSERT_TRUE(letSystemCallFail(SYS_getdents64, EIO));
+        diagnostics->trimRunFolders(10);
+    });
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(readFile(output), "FindNextFile error. Error is 5.\n");
 }
 
 } // namespace

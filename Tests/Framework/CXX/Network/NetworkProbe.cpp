@@ -2,6 +2,7 @@
 //   http        "/id" answers with the connection's number, "/throw" raises
 //   tcp         every message raises
 //   tcp-integer every message raises what is no standard exception
+//   tcp-nothing there is no handler for messages
 
 #include "Framework/CXX/Network/HttpRequest.h"
 #include "Framework/CXX/Network/HttpResponse.h"
@@ -10,6 +11,7 @@
 
 #include <QCoreApplication>
 #include <iostream>
+#include <map>
 #include <stdexcept>
 #include <string>
 
@@ -40,9 +42,9 @@ int main(int argc, char** argv) {
         server->addRoute("/throw", [](HttpRequest* request, HttpResponse*) { raiseError(request->path); });
         announce(server->serverPort());
     } else {
-        const auto* const server =
-            new TCPServer(0, &application, mode == "tcp" ? MessageHandler(raiseError) : MessageHandler(raiseInteger));
-        announce(server->serverPort());
+        const std::map<std::string, MessageHandler> handlers = {
+            {"tcp", raiseError}, {"tcp-integer", raiseInteger}, {"tcp-nothing", nullptr}};
+        announce((new TCPServer(0, &application, handlers.at(mode)))->serverPort());
     }
     return QCoreApplication::exec();
 }

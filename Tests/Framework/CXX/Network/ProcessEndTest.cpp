@@ -85,6 +85,15 @@ TEST(ProcessEnd, AThrownIntegerEndsTheProcessToo) {
     EXPECT_THAT(probe.errorOutput(), HasSubstr("'int'"));
 }
 
+TEST(ProcessEnd, AMessageWithoutAHandlerEndsTheProcess) {
+    Probe probe("tcp-nothing");
+    TestConnection connection(probe.port());
+    connection.send("hello\0"s);
+    ASSERT_TRUE(probe.hasEnded());
+    EXPECT_EQ(probe.endingSignal(), SIGABRT);
+    EXPECT_THAT(probe.errorOutput(), HasSubstr("std::bad_function_call"));
+}
+
 TEST(ProcessEnd, AnExceptionOfARouteHandlerEndsTheProcessAndNamesItsCause) {
     Probe probe("http");
     TestConnection connection(probe.port());
