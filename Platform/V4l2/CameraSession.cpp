@@ -24,8 +24,7 @@ CameraSession::CameraSession(Surroundings surroundings, CameraSource source)
     // The number of a node may have gone to another camera since.
     v4l2_capability capability{};
     _node.control("VIDIOC_QUERYCAP", VIDIOC_QUERYCAP, capability);
-    if (_source.description.bus != reinterpret_cast<const char*>(capability.bus_info) ||
-        _source.description.card != reinterpret_cast<const char*>(capability.card))
+    if (_source.description.bus != textIn(capability.bus_info) || _source.description.card != textIn(capability.card))
         throw goneError("open", _node.path());
 }
 
@@ -105,11 +104,15 @@ void CameraSession::stopReader() {
 
 void CameraSession::startStream() {
     _stream.reset();
-    _restartAt.reset();
     _stream = std::make_unique<Stream>(_node, _source.description);
+    _restartAt.reset(); // not before: where this attempt fails the one that was due stays so
     _lastSign = std::chrono::steady_clock::now();
+    countFrom(_lastSign);
+}
+
+void CameraSession::countFrom(TimePoint moment) {
     // What the camera's mechanics were told before may still move.
-    _sinceSetting = FramesSince(std::max(_lastSign, _sinceSetting.moment()));
+    _sinceSetting = FramesSince(std::max(moment, _sinceSetting.moment()));
 }
 
 void CameraSession::stopUnwantedStream() {
@@ -121,13 +124,14 @@ void CameraSession::stopUnwantedStream() {
 
 void CameraSession::streamFailed() {
     _stream.reset();
+    _hasComplained = false;
     _restartAt = std::chrono::steady_clock::now() + _surroundings.limits.restart;
 }
 
 void CameraSession::settingChanged(std::chrono::milliseconds movement) {
     assertOwnThread();
     emptyDriver();
-    _sinceSetting = FramesSince(std::chrono::steady_clock::now() + movement);
+    countFrom(std::chrono::steady_clock::now() + movement);
 }
 
 void CameraSession::takeStill(StillRequest request) {
@@ -158,6 +162,7 @@ void CameraSession::framesWait(bool failed) {
     if (!_stream) {
         v4l2_capability capability{};
         _node.tryControl(VIDIOC_QUERYCAP, capability); // finds out whether the camera is gone
+        _hasComplained = true;                         // an older driver would go on while nothing streams
         return;
     }
     passFullBuffers(true);

@@ -66,7 +66,7 @@ public:
     /// To be called when `descriptor` has failed, and when it is readable while frames are wanted.
     void framesWait(bool failed);
     /// The descriptor to wait on, or -1. Between two attempts at a stream it tells whether the camera goes.
-    int descriptor() const { return _stream || _restartAt ? _node.descriptor() : -1; }
+    int descriptor() const { return _stream || (_restartAt && !_hasComplained) ? _node.descriptor() : -1; }
     /// False while frames would be thrown away: they may then stay in the driver until the next request empties it.
     bool wantsFrames() const { return _stream && (!_pending.empty() || !_sinceSetting.isBeyond(_rule.afterSetting)); }
     /// When deadlinePassed must be called at the latest, if there is such a moment.
@@ -87,6 +87,7 @@ private:
     void stopUnwantedStream();
     void streamFailed();
     void settingChanged(std::chrono::milliseconds movement);
+    void countFrom(TimePoint moment);
     std::optional<TimePoint> endOfPatience() const;
     void emptyDriver();
     void passFullBuffers(bool mayTake);
@@ -103,6 +104,7 @@ private:
     DeviceNode _node;
     std::unique_ptr<Stream> _stream;
     std::optional<TimePoint> _restartAt;
+    bool _hasComplained = false; // since the stream failed
     FramesSince _sinceSetting{TimePoint{}};
     TimePoint _lastSign; // of life from the stream, or the moment from which one is expected
     std::chrono::milliseconds _patience = _surroundings.limits.silence;

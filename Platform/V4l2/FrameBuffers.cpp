@@ -2,6 +2,7 @@
 
 #include "Platform/V4l2/DeviceErrors.h"
 
+#include <algorithm>
 #include <cerrno>
 
 namespace Platform::V4l2 {
@@ -22,7 +23,8 @@ BufferDescription::BufferDescription(v4l2_buf_type type) {
 }
 
 std::size_t BufferDescription::planeCount() const {
-    return buffer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE ? buffer.length : 1;
+    return buffer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE ? std::min<std::size_t>(buffer.length, VIDEO_MAX_PLANES)
+                                                             : 1;
 }
 
 std::size_t BufferDescription::length(std::size_t plane) const {

@@ -55,6 +55,7 @@ public:
     FrameBuffers(DeviceNode& node, v4l2_buf_type type);
 
     std::size_t count() const { return _mappings.size(); }
+    std::size_t planeCount(std::uint32_t index) const { return _mappings.at(index).size(); }
 
     /// Hands the buffer to the driver. Raises.
     void queue(std::uint32_t index);

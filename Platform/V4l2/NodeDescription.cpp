@@ -1,8 +1,5 @@
 #include "Platform/V4l2/NodeDescription.h"
 
-#include <algorithm>
-#include <cstddef>
-
 namespace Platform::V4l2 {
 namespace {
 
@@ -12,10 +9,6 @@ constexpr std::uint32_t NoCamera = V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_VIDEO_OUTPUT
 
 bool isCamera(std::uint32_t capabilities) {
     return (capabilities & Capture) != 0 && (capabilities & V4L2_CAP_STREAMING) != 0 && (capabilities & NoCamera) == 0;
-}
-
-template <std::size_t Size> std::string textOf(const __u8 (&field)[Size]) {
-    return {field, std::find(field, field + Size, __u8{0})};
 }
 
 /// Infrared or Depth where all formats are; Custom where no format is of use.
@@ -43,9 +36,9 @@ std::optional<NodeDescription> describeNode(DeviceNode& node) {
     if (!isCamera(capabilities))
         return std::nullopt;
     NodeDescription description;
-    description.driver = textOf(capability.driver);
-    description.card = textOf(capability.card);
-    description.bus = textOf(capability.bus_info);
+    description.driver = textIn(capability.driver);
+    description.card = textIn(capability.card);
+    description.bus = textIn(capability.bus_info);
     description.bufferType =
         (capabilities & V4L2_CAP_VIDEO_CAPTURE) != 0 ? V4L2_BUF_TYPE_VIDEO_CAPTURE : V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE;
     FormatList list = listFormats(node, description.bufferType);

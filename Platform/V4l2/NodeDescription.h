@@ -3,11 +3,18 @@
 #include "Platform/V4l2/DeviceNode.h"
 #include "Platform/V4l2/FormatList.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace Platform::V4l2 {
+
+/// The text of a field, which has no zero at its end where the text fills it.
+template <std::size_t Size> std::string textIn(const __u8 (&field)[Size]) {
+    return {field, std::find(field, field + Size, __u8{0})};
+}
 
 /// What a camera's node says of itself.
 struct NodeDescription {

@@ -68,10 +68,12 @@ std::optional<Frame> Stream::dequeue() {
         _node.raise("VIDIOC_DQBUF", error);
     Frame frame;
     frame.index = description.buffer.index;
+    if (frame.index >= _buffers.count())
+        _node.raise("VIDIOC_DQBUF", EIO);
     frame.isMarkedAsError = (description.buffer.flags & V4L2_BUF_FLAG_ERROR) != 0;
     frame.time = timeOf(description.buffer);
     std::size_t used = 0;
-    for (std::size_t plane = 0; plane < description.planeCount(); ++plane) {
+    for (std::size_t plane = 0; plane < _buffers.planeCount(frame.index); ++plane) {
         const auto bytes = _buffers.bytes(frame.index, plane);
         const std::size_t end = std::min(description.bytesUsed(plane), bytes.size());
         const std::size_t start = std::min(description.dataOffset(plane), end);
@@ -97,8 +99,7 @@ std::optional<std::vector<std::uint8_t>> Stream::copyPlanes(const Frame& frame) 
     const std::size_t count = Imaging::planeCount(_layout.format);
     if (frame.planes.size() < count)
         return std::nullopt;
-    std::vector<std::uint8_t> copy;
-    copy.reserve(Imaging::frameBytes(_layout));
+    std::vector<std::uint8_t> copy; // grows: what the layout asks for may be more than any driver has delivered
     for (std::size_t plane = 0; plane < count; ++plane) {
         const std::size_t size = std::size_t{_layout.strides.at(plane)} * Imaging::planeRows(_layout, plane);
         const auto bytes = frame.planes[plane];

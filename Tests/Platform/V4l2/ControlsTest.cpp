@@ -290,6 +290,14 @@ TEST_F(V4l2ControlsTest, ASensitivityWithoutAMenuIsNotTaken) {
     EXPECT_EQ(driver->calls(VIDIOC_QUERYMENU), 0u);
 }
 
+TEST_F(V4l2ControlsTest, AMenuWithoutEndIsCutOff) {
+    FakeDevice device = usbCamera();
+    device.controls[V4L2_CID_ISO_SENSITIVITY] = {
+        V4L2_CTRL_TYPE_INTEGER_MENU, 0, std::numeric_limits<std::int32_t>::max(), 1, 0, 0, {{0, 100'000}}};
+    EXPECT_EQ(controllerOf(device)->IsoSpeedControl()->Max(), 100u);
+    EXPECT_LE(driver->calls(VIDIOC_QUERYMENU), 1000u);
+}
+
 TEST_F(V4l2ControlsTest, TheExposureBiasIsInStops) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_AUTO_EXPOSURE_BIAS] = {V4L2_CTRL_TYPE_INTEGER_MENU,    0, 2, 1, 0, 0,

@@ -214,6 +214,21 @@ TEST_F(V4l2FailuresTest, ACameraThatGoesBetweenTwoAttemptsAtAStreamIsLetGoAtOnce
     EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
 }
 
+TEST_F(V4l2FailuresTest, ADriverThatComplainsBetweenTwoAttemptsAtAStreamIsHeardOnce) {
+    FakeDevice device = usbCamera();
+    device.complainsWithoutStream = true;
+    plug(device);
+    limits.restart = std::chrono::minutes(1);
+    platform = createV4l2Platform(driver, lister, limits);
+    const auto capture = open();
+    const auto reader = startReader(capture);
+    ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
+    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
+    const unsigned polls = driver->calls(PollCall);
+    std::this_thread::sleep_for(milliseconds(100)); // for it to complain
+    EXPECT_LE(driver->calls(PollCall), polls + 2);
+}
+
 TEST_F(V4l2FailuresTest, AStillThatNeverEndsMayOwnTheCamera) {
     auto capture = open();
     auto reader = startReader(capture);

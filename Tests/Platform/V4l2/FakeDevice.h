@@ -41,6 +41,13 @@ struct FakeFrame {
     std::uint32_t lost = 0; // frames that never arrive, before this one
 };
 
+/// What a broken driver tells; 0: the truth.
+struct FakeNonsense {
+    std::uint32_t index = 0;  // added to the number of each full buffer
+    std::uint32_t planes = 0; // added to the number of each full buffer's planes
+    std::uint32_t stride = 0; // of the second plane
+};
+
 /// A camera of the fake driver. What stands here is set before the device is used.
 struct FakeDevice {
     std::string driver = "uvcvideo";
@@ -56,6 +63,10 @@ struct FakeDevice {
     /// What reverts to this value when the automatic is turned off; -1: it stays.
     std::int32_t exposureAfterAuto = -1;
     std::map<std::uint32_t, std::uint32_t> substitutedFormat = {}; // code asked for, code set
+    /// Whoever waits on it is told of an error whenever nothing streams, as by drivers older than the kernel's present
+    /// rule.
+    bool complainsWithoutStream = false;
+    FakeNonsense nonsense = {};
 
     bool isMultiPlanar() const { return (capabilities & V4L2_CAP_VIDEO_CAPTURE_MPLANE) != 0; }
 };

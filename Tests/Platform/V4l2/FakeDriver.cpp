@@ -337,18 +337,28 @@ int FakeDriver::munmap(void* address, std::size_t length) {
     return 0;
 }
 
+bool FakeDriver::hasComplaint(const pollfd* descriptors, nfds_t count) const {
+    std::lock_guard lock(_mutex);
+    return std::any_of(descriptors, descriptors + count, [this](const pollfd& waited) {
+        const auto found = _open.find(waited.fd);
+        return found != _open.end() && found->second->device.complainsWithoutStream && !found->second->streaming;
+    });
+}
+
 int FakeDriver::poll(pollfd* descriptors, nfds_t count, int timeoutInMs) {
-    const int ready = ::poll(descriptors, count, timeoutInMs);
+    const int ready = ::poll(descriptors, count, hasComplaint(descriptors, count) ? 0 : timeoutInMs);
     if (ready < 0)
         return ready;
     std::lock_guard lock(_mutex);
+    ++_calls[PollCall];
     for (nfds_t i = 0; i < count; ++i) {
         const auto found = _open.find(descriptors[i].fd);
         if (found == _open.end())
             continue;
         if (found->second->gone)
             descriptors[i].revents = POLLERR | POLLHUP;
-        else if (!found->second->streaming && (descriptors[i].events & POLLIN) != 0)
+        else if (!found->second->streaming &&
+                 ((descriptors[i].events & POLLIN) != 0 || found->second->device.complainsWithoutStream))
             descriptors[i].revents = POLLERR;
     }
     return static_cast<int>(

@@ -15,6 +15,7 @@ namespace Platform::V4l2 {
 /// Stands for calls that have no request of their own.
 constexpr unsigned long OpenCall = 1;
 constexpr unsigned long MapCall = 2;
+constexpr unsigned long PollCall = 3;
 
 /// The kernel's video devices in memory: each call keeps the kernel's contract, returning -1 and setting errno. Any
 /// thread.
@@ -70,6 +71,7 @@ private:
     };
 
     int injected(unsigned long request);
+    bool hasComplaint(const pollfd* descriptors, nfds_t count) const;
     int dispatch(FakeNode& node, int descriptor, unsigned long request, void* argument);
     std::shared_ptr<FakeNode> find(const std::string& path) const;
 

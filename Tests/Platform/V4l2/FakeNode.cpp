@@ -12,8 +12,9 @@
 namespace Platform::V4l2 {
 namespace {
 
+/// As strncpy, which drivers use: a text as long as its field has no end.
 void copyText(__u8* target, std::size_t size, const std::string& text) {
-    std::memcpy(target, text.data(), std::min(size - 1, text.size()));
+    std::memcpy(target, text.data(), std::min(size, text.size()));
 }
 
 } // namespace
@@ -59,6 +60,8 @@ void FakeNode::set(const FakeFormat& chosen, const FakeSize& size) {
         pix.plane_fmt[plane].sizeimage = static_cast<std::uint32_t>(
             pix.num_planes == 1 ? whole : strides.at(plane) * Imaging::planeRows(wanted, plane));
     }
+    if (device.nonsense.stride != 0)
+        pix.plane_fmt[1].bytesperline = device.nonsense.stride;
 }
 
 Imaging::FrameLayout FakeNode::layout() const {
@@ -234,6 +237,8 @@ int FakeNode::dequeueBuffer(v4l2_buffer& argument) {
     full.pop_front();
     buffers[index].done = false;
     describe(argument, index);
+    argument.index += device.nonsense.index;
+    argument.length += device.nonsense.planes;
     if (full.empty())
         calm();
     return 0;

@@ -212,6 +212,18 @@ TEST_F(FreshnessOfStills, TheLensHasTimeToMove) {
     EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(500));
 }
 
+TEST_F(FreshnessOfStills, TheLensHasTimeToMoveAlsoWhereAnotherSettingFollows) {
+    const auto capture = open();
+    setFormat(capture, 1);
+    const auto reader = startReader(capture);
+    const FrameClock clock(*driver, Path);
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_TRUE(capture->VideoDeviceController()->Focus()->TrySetValue(100));
+    ASSERT_TRUE(capture->VideoDeviceController()->Exposure()->TrySetValue(-5));
+    ASSERT_TRUE(still(capture));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(500));
+}
+
 TEST_F(FreshnessOfStills, TheLensHasTimeToMoveAlsoWhereTheStreamStartsMeanwhile) {
     const auto capture = open();
     const FrameClock clock(*driver, Path);

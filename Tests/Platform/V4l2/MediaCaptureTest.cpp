@@ -189,6 +189,14 @@ TEST_F(V4l2MediaCaptureTest, AnotherCameraUnderTheSameNumberIsNotOpened) {
               "80070002 open on /dev/video0: No such device (the camera has been unplugged)");
 }
 
+TEST_F(V4l2MediaCaptureTest, ACameraWhoseNamesFillTheirFieldsIsOpened) {
+    FakeDevice device = usbCamera();
+    device.card = std::string(sizeof v4l2_capability{}.card, 'c');
+    device.bus = "usb-" + std::string(sizeof v4l2_capability{}.bus_info - 4, 'b');
+    plug(device);
+    EXPECT_EQ(raisedBy([this] { open(); }), "nothing raised");
+}
+
 TEST_F(V4l2MediaCaptureTest, DamagedShortAndMarkedFramesAreSkipped) {
     const auto capture = open();
     setFormat(capture, SmallAt30);
@@ -302,6 +310,23 @@ TEST_F(V4l2MediaCaptureTest, AStreamThatDoesNotStartInANewFormatIsTriedAgain) {
     EXPECT_TRUE(comesTrue([this] { return driver->isStreaming(Path); }));
 }
 
+TEST_F(V4l2MediaCaptureTest, AReaderThatDoesNotStartLeavesAWaitingStillItsNextAttempt) {
+    limits.restart = std::chrono::milliseconds(100);
+    platform = createV4l2Platform(driver, lister, limits);
+    const auto capture = open();
+    setFormat(capture, SmallAt30);
+    const auto reader = blockingWait(capture->CreateFrameReaderAsync(sourceOf(capture)));
+    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
+    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
+    driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 1);
+    ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
+    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
+    EXPECT_EQ(raisedBy([&] { blockingWait(reader->StartAsync()); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
+    const FrameClock clock(*driver, Path);
+    blockingWait(action);
+    EXPECT_GT(stream->Size(), 0u);
+}
+
 TEST_F(V4l2MediaCaptureTest, AStreamMayBeSilentWhileNobodyWaitsForAFrame) {
     const auto capture = open();
     setFormat(capture, SmallAt30);
@@ -345,6 +370,28 @@ TEST_F(V4l2MediaCaptureTest, BothPlanarInterfacesGiveTheSamePicture) {
         const auto png = still(capture);
         ASSERT_TRUE(png);
         EXPECT_NEAR(brightness(*png), (lumaOfExposure(250) - 16) * 255 / 219, 2);
+    }
+}
+
+TEST_F(V4l2MediaCaptureTest, WhatABrokenDriverTellsOfItsBuffersIsNotBelieved) {
+    limits.still = std::chrono::milliseconds(300);
+    platform = createV4l2Platform(driver, lister, limits);
+    const std::string unfit = "800705B4 still on /dev/video0: the camera has not delivered a picture that is fit";
+    for (const auto& [nonsense, expected] : std::vector<std::pair<FakeNonsense, std::string>>{
+             {{1000, 0, 0}, unfit}, {{0, 20, 0}, "nothing raised"}, {{0, 0, 0xFFFF'FFFF}, unfit}}) {
+        FakeDevice device = usbCamera();
+        device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
+        device.formats = {{V4L2_PIX_FMT_NV12M, {{1920, 1080, {{1, 30}}}}}};
+        device.nonsense = nonsense;
+        plug(device);
+        VideoNode node = usbNode(0);
+        node.usb->session = std::to_string(nonsense.index) + "." + std::to_string(nonsense.planes); // plugged in anew
+        lister->replace(node);
+        const auto capture = open();
+        setFormat(capture, 0);
+        const auto reader = startReader(capture);
+        const FrameClock clock(*driver, Path);
+        EXPECT_EQ(raisedBy([&] { still(capture); }), expected);
     }
 }
 
