@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -98,7 +99,9 @@ RegistryFile RegistryFile::load(const std::string& path) {
         return {};
     }
     std::ifstream file(path, std::ios::binary);
-    return parse(std::string(std::istreambuf_iterator<char>(file), {}));
+    std::ostringstream bytes;
+    bytes << file.rdbuf(); // as far as it can be read; an iterator would throw
+    return parse(bytes.str());
 }
 
 RegistryFile RegistryFile::parse(std::string_view bytes) {

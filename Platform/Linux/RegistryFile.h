@@ -33,7 +33,7 @@ public:
     /// Where the hub's settings are: $CAMERA_HUB_REGISTRY, else the file in /etc.
     static std::string defaultPath();
 
-    /// No keys if the file is missing, unreadable, not a regular file, or longer than 16 MiB.
+    /// No keys if the file is missing, not a regular file, or longer than 16 MiB; what can't be read of it is missing.
     static RegistryFile load(const std::string& path);
 
     static RegistryFile parse(std::string_view bytes);

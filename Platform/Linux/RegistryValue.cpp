@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/RegistryText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string>
 

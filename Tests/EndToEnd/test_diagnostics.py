@@ -9,7 +9,6 @@ import pytest
 from harness.hub import DEVICE_LOGGER, HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER, LogEntry
 from harness.locales import make_locale
 from harness.scenario import camera_group, scenario
-from harness.wait import wait_until
 
 STARTED = LogEntry(
     "INFO", SERVICE_LOGGER, "Larkspur Windows Camera Hub started.  Waiting for Client connections..."

@@ -2,6 +2,7 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <ctime>

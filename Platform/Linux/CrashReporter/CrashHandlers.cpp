@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/CrashReporter/CrashRecord.h"
 #include "Platform/Linux/CrashReporter/CrashSite.h"
+#include "Platform/Linux/CrashReporter/HangAlarm.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -70,6 +71,13 @@ void endBySignal(int number) noexcept {
     sigaction(number, &byDefault, nullptr);
 }
 
+/// A text may be asked of anybody's code, with any lock held and a heap that may be broken.
+void describeException(CrashSite& site) noexcept {
+    site.stage = CrashStage::describing;
+    const HangAlarm alarm(site.helperTimeLimitInMs);
+    describeCurrentException(site.exception, site.describeException);
+}
+
 void recordException(CrashSite& site) noexcept {
     sigset_t all;
     sigset_t before;
@@ -113,8 +121,7 @@ void onTerminate() noexcept {
     CrashSite& site = crashSite();
     switch (claimCrash(site)) {
     case Claim::first:
-        site.stage = CrashStage::describing;
-        describeCurrentException(site.exception, site.describeException);
+        describeException(site);
         recordException(site);
         break;
     case Claim::again:

@@ -83,7 +83,9 @@ void addSignal(ReasonText& text, const CrashReason& reason) noexcept {
     const siginfo_t& info = *reason.signal;
     text.text(signalName(info.si_signo)).text(": ");
     const bool sent = info.si_code == SI_USER || info.si_code == SI_TKILL || info.si_code == SI_QUEUE;
-    if (!sent) {
+    if (info.si_code == SI_TIMER) {
+        text.text("it took too long");
+    } else if (!sent) {
         addFault(text, info, *reason.context);
     } else if (info.si_pid != getpid()) {
         text.text("sent by process ").decimal(info.si_pid);

@@ -35,7 +35,7 @@ struct CrashReporterInstallRecord {
     bool writeCoreFile = false;         ///< the helper also writes an ELF core file beside the record
     DescribeException describeException = nullptr;
     std::filesystem::path helper; ///< the helper program; empty: LarkspurCrashHelper beside the executable
-    std::chrono::milliseconds helperTimeLimit{30000};
+    std::chrono::milliseconds helperTimeLimit{30000}; ///< and, before that, the limit for an exception's text
 };
 
 /// False, with nothing changed, if it is installed already, the folder does not exist, a text is too

@@ -24,7 +24,7 @@ using PathText = RawText<PATH_MAX>;
 
 enum class CrashStage {
     none,
-    describing, ///< the texts of an uncaught exception are being asked for, which may fail in any way
+    describing, ///< the texts of an uncaught exception are being asked for, which may fail in any way, or hang
     recording,
     recorded, ///< what stood before the install is back; the process is about to end
 };

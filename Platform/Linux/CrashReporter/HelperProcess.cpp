@@ -105,9 +105,11 @@ HelperResult startAndWait(const Arguments& arguments, long limitInMs, int record
         becomeHelper(arguments, record, goSign[0]);
     }
     close(goSign[0]);
-    // Where the Yama module forbids a child to look into its parent, the parent has to name it first. It
-    // fails harmlessly on a kernel without Yama.
-    prctl(PR_SET_PTRACER, static_cast<unsigned long>(helper), 0, 0, 0);
+    if (helper > 0) {
+        // Where the Yama module forbids a child to look into its parent, the parent has to name it first. It
+        // fails harmlessly on a kernel without Yama.
+        prctl(PR_SET_PTRACER, static_cast<unsigned long>(helper), 0, 0, 0);
+    }
     close(goSign[1]); // go
     return helper < 0 ? HelperResult::notStarted : waitForHelper(helper, limitInMs);
 }

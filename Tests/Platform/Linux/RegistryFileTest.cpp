@@ -192,6 +192,10 @@ TEST(RegistryFile, WhatIsNoFileHasNoKeys) {
     }
 }
 
+TEST(RegistryFile, AFileThatFailsWhileItIsReadHasNoKeys) {
+    EXPECT_EQ(dwordIn(RegistryFile::load("/proc/self/mem"), "A"), -1); // there is no memory at its beginning
+}
+
 TEST(RegistryFile, AnOverlongFileHasNoKeys) {
     const TemporaryFolder folder;
     const std::filesystem::path file = folder.path() / "registry.reg";

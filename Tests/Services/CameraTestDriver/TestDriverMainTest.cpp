@@ -1,8 +1,12 @@
 #include "Services/CameraTestDriver/TestDriverMain.h"
 
 #include "Services/CameraTestDriver/Images.h"
+#include "Tests/Platform/Linux/ChildProcess.h"
 #include "Tests/Services/CameraTestDriver/BarrenPlatform.h"
 #include "Tests/Services/CameraTestDriver/DriverFixture.h"
+
+#include <sys/mount.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <stdexcept>
@@ -141,6 +145,26 @@ TEST_F(TestDriverMain, AFolderThatCannotBeMadeEndsItWithThePlatformsMessage) {
     const std::string text = session("1 2 0 5 0 14 6");
     const std::string end = text.substr(text.rfind("Which?> "));
     EXPECT_EQ(end, "Which?> mkdir on FOLDER/Test Camera: File exists -2147467259\n");
+}
+
+TEST_F(TestDriverMain, AFolderThatCannotBeWrittenEndsItWithThePlatformsMessage) {
+    constexpr int noNamespaces = 77;
+    std::filesystem::create_directory(outputFolder());
+    const int result = runInChild([&] {
+        if (!enterPrivateMounts())
+            _exit(noNamespaces);
+        ASSERT_TRUE(mountMemory(outputFolder(), 1 << 20));
+        ASSERT_EQ(mount(nullptr, outputFolder().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+        useScenario(R"("groups": [)" + cameraGroup("cam", cameraName()) + "]");
+        const std::string text = session("1 2 0 5 0 10 12 1 14 6");
+        EXPECT_EQ(text.substr(text.rfind("Which?> ")),
+                  "Which?> \n"
+                  "Returning image {1}\n"
+                  "open on FOLDER/Test Camera/0-{1}.png: Read-only file system -2147467259\n");
+    });
+    if (result == noNamespaces)
+        GTEST_SKIP() << "the system allows no namespaces to this user";
+    EXPECT_EQ(result, 0);
 }
 
 TEST_F(TestDriverMain, APictureOfAnotherCameraEndsItWithThePlatformsMessage) {

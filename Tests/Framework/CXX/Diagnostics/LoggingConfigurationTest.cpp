@@ -5,15 +5,37 @@
 
 #include <gmock/gmock.h>
 #include <log4cxx/logger.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <atomic>
 #include <clocale>
+#include <csignal>
+#include <new>
 #include <thread>
 
 namespace {
 
 using log4cxx::Logger;
+
+/// A count that a child shares with its parent.
+class SharedCount {
+public:
+    SharedCount()
+        : _memory(mmap(nullptr, sizeof(Count), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)),
+          _count(_memory != MAP_FAILED ? new (_memory) Count(0) : throw std::bad_alloc()) {}
+    ~SharedCount() { munmap(_memory, sizeof(Count)); }
+    SharedCount(const SharedCount&) = delete;
+    SharedCount& operator=(const SharedCount&) = delete;
+
+    std::atomic<std::size_t>& operator*() const { return *_count; }
+
+private:
+    using Count = std::atomic<std::size_t>;
+
+    void* const _memory;
+    Count* const _count;
+};
 
 class LoggingConfiguration : public DiagnosticsFixture {
 protected:
@@ -37,6 +59,20 @@ protected:
             "log4j.rootLogger=INFO, DEFAULT\nlog4j.logger.Product=INFO, PRODUCT\nlog4j.logger.Other=INFO, PRODUCT\n" +
             fileAppender("DEFAULT", root() / folder / "DEFAULT.log") +
             fileAppender("PRODUCT", root() / folder / "PRODUCT.log"));
+    }
+
+    /// The different messages in the files of that name of all folders.
+    std::set<std::string> messagesIn(const std::string& file) const {
+        std::set<std::string> messages;
+        for (const auto& run : std::filesystem::directory_iterator(root())) {
+            if (run.is_directory() && std::filesystem::exists(run.path() / file)) {
+                const std::string text = readFile(run.path() / file);
+                for (std::size_t at = text.find(" - "); at != std::string::npos; at = text.find(" - ", at + 1)) {
+                    messages.insert(text.substr(at + 3, text.find('\n', at) - at - 3));
+                }
+            }
+        }
+        return messages;
     }
 
     static std::size_t linesIn(const std::string& text) {
@@ -115,7 +151,7 @@ TEST_F(LoggingConfiguration, AFullDiskCostsLinesOnly) {
     EXPECT_EQ(linesIn(readFile(root() / "good.log")), 3U);
 }
 
-TEST_F(LoggingConfiguration, TextBeyondAsciiIsUtf8AndMonthsAreEnglishWhateverTheUsersLocale) {
+TEST_F(LoggingConfiguration, TextBeyondAsciiIsUtf8WhereTheUsersLocaleIsPlain) {
     // In a child: the logging library remembers the encoding that it meets first.
     const int result = runInChild([this] {
         const ScopedEnvironment all("LC_ALL", "C");
@@ -128,6 +164,30 @@ TEST_F(LoggingConfiguration, TextBeyondAsciiIsUtf8AndMonthsAreEnglishWhateverThe
         EXPECT_TRUE(log.ends_with(" - K\xC3\xA4se \xF0\x9F\x93\xB7 1234567 1.5\n")) << log;
     });
     EXPECT_EQ(result, 0);
+}
+
+TEST_F(LoggingConfiguration, NoLineIsLostWhenTheProcessDiesDuringTheChanges) {
+    constexpr std::size_t lines = 500;
+    constexpr int mostChanges = 100'000; // it dies long before
+    const SharedCount logged;
+    const int result = runInChild([&] {
+        configureTwoFiles("start");
+        std::thread([&logged] {
+            const log4cxx::LoggerPtr logger = Logger::getLogger("Product");
+            for (; *logged < lines; ++*logged) {
+                LOG4CXX_INFO(logger, "line " << *logged << ".");
+            }
+            raise(SIGKILL);
+        }).detach();
+        for (int change = 0; change < mostChanges; ++change) {
+            configureTwoFiles("run" + std::to_string(change));
+        }
+    });
+    EXPECT_EQ(result, -SIGKILL);
+    EXPECT_EQ(*logged, lines);
+    for (const char* const file : {"DEFAULT.log", "PRODUCT.log"}) {
+        EXPECT_EQ(messagesIn(file).size(), lines) << file;
+    }
 }
 
 TEST_F(LoggingConfiguration, NoLineOfAnotherThreadIsLostInTwoHundredChanges) {
@@ -161,20 +221,11 @@ TEST_F(LoggingConfiguration, NoLineOfAnotherThreadIsLostInTwoHundredChanges) {
     }
     EXPECT_EQ(openFiles().size(), 2U);
     for (const char* const file : {"DEFAULT.log", "PRODUCT.log"}) {
-        std::set<std::string> messages;
-        for (const auto& run : std::filesystem::directory_iterator(root())) {
-            if (run.is_directory() && std::filesystem::exists(run.path() / file)) {
-                const std::string text = readFile(run.path() / file);
-                for (std::size_t at = text.find(" - "); at != std::string::npos; at = text.find(" - ", at + 1)) {
-                    messages.insert(text.substr(at + 3, text.find('\n', at) - at - 3));
-                }
-            }
-        }
         std::size_t expected = 0;
         for (const int lines : written) {
             expected += static_cast<std::size_t>(lines);
         }
-        EXPECT_EQ(messages.size(), expected) << file;
+        EXPECT_EQ(messagesIn(file).size(), expected) << file;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
+#include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -138,6 +139,13 @@ log4j.appender.TIMING.layout.ConversionPattern=%d{%Y-%b-%d %H:%M:%S } [%4t] %-6p
 )";
 
 TEST(LoggingProperties, TheTextIsExactlyThis) { EXPECT_EQ(propertiesOf("Larkspur Windows Camera Hub"), expectedText); }
+
+class LoggingPropertiesOnDisk : public DiagnosticsFixture {};
+
+TEST_F(LoggingPropertiesOnDisk, AreExactlyThisTextAfterAFirstStart) {
+    ASSERT_NE(makeDiagnostics(), nullptr);
+    EXPECT_EQ(readFile(propertiesFile()), expectedText);
+}
 
 TEST(LoggingProperties, GoToTheFolderGiven) {
     RecordingDiagnostics diagnostics("Larkspur Windows Camera Hub");

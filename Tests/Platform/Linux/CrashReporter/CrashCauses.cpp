@@ -5,14 +5,21 @@
 #include "Tests/Platform/Linux/CrashReporter/OwnException.h"
 
 #include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <QTimer>
+#include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -67,6 +74,8 @@ NEVER_INLINED void breakHeapWhileUnwinding() noexcept {
 }
 
 NEVER_INLINED void throwWithCrashingText() { throw CrashingText(); }
+
+NEVER_INLINED void throwWithHangingText() { throw HangingText(); }
 
 NEVER_INLINED void throwWithThrowingText() { throw OwnException{"throw while describing"}; }
 
@@ -169,6 +178,20 @@ NEVER_INLINED void closeStandardDescriptors() {
     writeToNull();
 }
 
+/// As at the limit of processes, which the superuser does not have.
+NEVER_INLINED void crashWithoutRoomForProcesses() {
+    std::array<sock_filter, 4> steps{{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    }};
+    const sock_fprog filter{steps.size(), steps.data()};
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0) {
+        writeToNull();
+    }
+}
+
 NEVER_INLINED void ignoreChildren() {
     std::signal(SIGCHLD, SIG_IGN);
     writeToNull();
@@ -188,6 +211,7 @@ const std::map<std::string, Cause>& causes() {
         {"throwInNoexcept", throwInNoexcept},
         {"breakHeapWhileUnwinding", breakHeapWhileUnwinding},
         {"throwWithCrashingText", throwWithCrashingText},
+        {"throwWithHangingText", throwWithHangingText},
         {"throwWithThrowingText", throwWithThrowingText},
         {"terminateWithoutException", terminateWithoutException},
         {"writeToNull", writeToNull},
@@ -206,6 +230,7 @@ const std::map<std::string, Cause>& causes() {
         {"crashInForkedChild", crashInForkedChild},
         {"useUpDescriptors", useUpDescriptors},
         {"closeStandardDescriptors", closeStandardDescriptors},
+        {"crashWithoutRoomForProcesses", crashWithoutRoomForProcesses},
         {"ignoreChildren", ignoreChildren},
         {"wait", [] { pause(); }},
         {"nothing", [] {}},

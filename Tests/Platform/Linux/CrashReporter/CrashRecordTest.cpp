@@ -111,6 +111,12 @@ TEST(CrashRecord, MissingHelperLeavesAShortRecord) {
     checkShortRecord(run, "The crash helper could not be started");
 }
 
+TEST(CrashRecord, ProcessThatCannotStartAnotherLeavesAShortRecord) {
+    const ScratchFolder folder;
+    const CrashRun run = runCrashProgram(folder, {"crashWithoutRoomForProcesses", "main"});
+    checkShortRecord(run, "The crash helper could not be started");
+}
+
 TEST(CrashRecord, FailingHelperLeavesAShortRecord) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"writeToNull", "thread", "helper=/bin/false"});
@@ -133,6 +139,17 @@ TEST(CrashRecord, HangingHelperThatHoldsAllThreadsIsEndedToo) {
     // A sanitizer may have a thread of its own.
     EXPECT_THAT(run.record, ContainsRegex("\nHolding 5[01] threads\\.\n"));
     checkShortRecord(run, "The crash helper took too long and was ended");
+    EXPECT_LT(run.duration.count(), 20'000);
+}
+
+TEST(CrashRecord, ExceptionWhoseTextHangsIsRecordedInTime) {
+    const ScratchFolder folder;
+    const CrashRun run = runCrashProgram(folder, {"throwWithHangingText", "thread", "helperTimeLimit=2000"});
+    EXPECT_TRUE(run.record.starts_with("What happened:  Uncaught exception of type N9CrashTest11HangingTextE; while it "
+                                       "was being described: Abort (SIGABRT): it took too long\n"))
+        << run.record;
+    EXPECT_TRUE(killedBy(run, SIGABRT)) << run.status;
+    EXPECT_GE(run.duration.count(), 2000);
     EXPECT_LT(run.duration.count(), 20'000);
 }
 

@@ -1,6 +1,7 @@
 // Install and uninstall, in the test's own process.
 
 #include "Platform/Linux/CrashReporter/CrashReporter.h"
+
 #include "Tests/Platform/Linux/CrashReporter/CrashRun.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <csignal>
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace CrashTest {
 
@@ -21,6 +23,16 @@ public:
     const char* what() const noexcept override {
         std::raise(SIGSEGV);
         return "never seen";
+    }
+};
+
+/// Its text never comes, as if a lock were held or the heap led in a circle.
+class HangingText : public std::exception {
+public:
+    const char* what() const noexcept override {
+        for (;;) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
     }
 };
 
