@@ -88,7 +88,7 @@ void CaptureSession::requireInitialised(const char* operation) const {
 
 void CaptureSession::requireOpen(const char* operation, const std::shared_ptr<SimulatedCamera>& camera) const {
     requireInitialised(operation);
-    if (!camera->isPlugged())
+    if (!camera || !camera->isPlugged()) // none where the call began before the capture had been initialised
         throw Shared::errnoError(operation, nameOf(camera), ENODEV);
 }
 

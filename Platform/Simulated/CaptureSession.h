@@ -34,7 +34,7 @@ public:
     /// The group as the scenario in force has it, or as it was last if it has gone.
     std::shared_ptr<const GroupDefinition> group() const;
 
-    /// Raises unless the capture is initialised and the camera there. `operation` starts the text.
+    /// Raises unless the capture is initialised and the camera there; it may be null. `operation` starts the text.
     void requireOpen(const char* operation, const std::shared_ptr<SimulatedCamera>& camera) const;
     /// As above without regard to whether the camera is there.
     void requireInitialised(const char* operation) const;

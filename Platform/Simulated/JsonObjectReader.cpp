@@ -30,12 +30,6 @@ int JsonPlace::asInt() const {
     return _value->asInt();
 }
 
-std::int64_t JsonPlace::asWholeNumber() const {
-    if (!_value->isInt64())
-        raise("must be a whole number");
-    return _value->asInt64();
-}
-
 std::int64_t JsonPlace::asCount() const {
     if (!_value->isInt64() || _value->asInt64() < 0)
         raise("must be a whole number, 0 or more");

@@ -25,7 +25,6 @@ public:
     bool asBool() const;
     double asDouble() const;
     int asInt() const;
-    std::int64_t asWholeNumber() const;
     std::int64_t asCount() const;                     // 0 or more
     std::chrono::milliseconds asMilliseconds() const; // 0 or more, at most some 24 days
     std::uint32_t asUnsigned() const;

@@ -1,5 +1,7 @@
 #include "Platform/Simulated/TestChart.h"
 
+#include "Platform/Imaging/ImagingError.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -304,6 +306,7 @@ void drawCaptionLine(Canvas& canvas, const Rectangle& line, const std::string& l
 } // namespace
 
 Imaging::RgbImage drawTestChart(std::uint32_t width, std::uint32_t height) {
+    Imaging::requireSizeWithinLimits(width, height, "Test chart");
     Canvas canvas(width, height);
     const Layout at = layOut(width, height);
     drawBackground(canvas, at);

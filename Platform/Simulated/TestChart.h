@@ -26,7 +26,8 @@ struct ChartCaption {
 };
 
 /// The built-in scene at the neutral exposure; the same picture for the same size each time. What does
-/// not fit a very small size is left out. Raises winrt::hresult_error for sides of 0 or above 32767. Any thread.
+/// not fit a very small size is left out. Raises winrt::hresult_error for sizes of 0 or beyond the limits of
+/// decodeImage. Any thread.
 Imaging::RgbImage drawTestChart(std::uint32_t width, std::uint32_t height);
 
 /// The patches of known colour in the chart of that size: colours first, then the grey steps from

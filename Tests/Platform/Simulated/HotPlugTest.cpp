@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <mutex>
@@ -281,6 +282,35 @@ TEST_F(HotPlug, AControlKeepsItsValueUnlessItsObjectChanged) {
     file.replace(cameraScenario("{" + focus + ", " + other + "3}}"));
     EXPECT_TRUE(waitUntil([&] { return valueOf(controller->Contrast()) == 3; }));
     EXPECT_EQ(valueOf(controller->Focus()), 7);
+}
+
+TEST_F(HotPlug, ANewerControlKeepsItsValueUnlessItsObjectChanged) {
+    const auto scenario = [](const std::string& first, const std::string& speed, const std::string& mark) {
+        return cameraScenario(R"({"focusControl": {"supported": true, "preset": )" + first +
+                              R"(}, "whiteBalanceControl": {"supported": true, "preset": )" + first +
+                              R"(}, "isoSpeedControl": {"supported": true, "value": )" + speed +
+                              R"(}, "exposureControl": {"supported": true, "value": )" + speed +
+                              R"(000}, "contrast": {"supported": )" + mark + "}}");
+    };
+    start(scenario("3", "200", "false"));
+    const MediaCapture capture = open();
+    const auto controller = capture->VideoDeviceController();
+    const auto values = [&] {
+        return std::vector<std::int64_t>{static_cast<int>(controller->FocusControl()->Preset()),
+                                         static_cast<int>(controller->WhiteBalanceControl()->Preset()),
+                                         controller->IsoSpeedControl()->Value(),
+                                         controller->ExposureControl()->Value().count()};
+    };
+    EXPECT_EQ(values(), (std::vector<std::int64_t>{3, 3, 200, 200000}));
+    blockingWait(controller->FocusControl()->SetPresetAsync(FocusPreset::Auto));
+    blockingWait(controller->WhiteBalanceControl()->SetPresetAsync(ColorTemperaturePreset::Auto));
+    blockingWait(controller->IsoSpeedControl()->SetValueAsync(700));
+    blockingWait(controller->ExposureControl()->SetValueAsync(TimeSpan(500000)));
+    file.replace(scenario("3", "200", "true"));
+    ASSERT_TRUE(waitUntil([&] { return controller->Contrast()->Capabilities().Supported; }));
+    EXPECT_EQ(values(), (std::vector<std::int64_t>{0, 0, 700, 500000}));
+    file.replace(scenario("4", "300", "true"));
+    EXPECT_TRUE(waitUntil([&] { return values() == std::vector<std::int64_t>{4, 4, 300, 300000}; }));
 }
 
 TEST_F(HotPlug, FaultCountersStartAgain) {

@@ -196,9 +196,12 @@ TEST_F(SimulatedStill, AStillOfACameraWithoutFormatsEndsWithAnError) {
 }
 
 TEST_F(SimulatedStill, ASizeBeyondAllCamerasEndsWithAnError) {
-    start(R"({"groups": [{"id": "G", "sources": [{"id": "S", "device": {"id": "D"},
-        "formats": [{"width": 4294967295, "height": 4294967295}]}]}]})");
-    EXPECT_TRUE(outcomeOf([&] { still(open()); }).raised);
+    for (const std::string side : {"4294967295", "32767"}) {
+        start(R"({"groups": [{"id": "G", "sources": [{"id": "S", "device": {"id": "D"},
+            "formats": [{"width": )" +
+              side + R"(, "height": )" + side + "}]}]}]}");
+        EXPECT_TRUE(outcomeOf([&] { still(open()); }).raised) << side;
+    }
 }
 
 TEST_F(SimulatedStill, TheCameraIsThatOfTheSourceWhoseFormatWasSet) {

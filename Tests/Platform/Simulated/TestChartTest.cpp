@@ -84,6 +84,7 @@ TEST(TestChart, RefusesSizesThatCannotBeDrawn) {
     EXPECT_THROW(drawTestChart(0, 10), winrt::hresult_error);
     EXPECT_THROW(drawTestChart(10, 0), winrt::hresult_error);
     EXPECT_THROW(drawTestChart(32768, 10), winrt::hresult_error);
+    EXPECT_THROW(drawTestChart(10001, 10000), winrt::hresult_error) << "more memory than a still may take";
 }
 
 TEST(TestChart, IsTheSamePictureEachTime) {
