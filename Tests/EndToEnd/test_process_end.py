@@ -2,11 +2,13 @@
 
 import signal
 import socket
+import time
 
 import pytest
 from harness.hub import DEVICE_LOGGER, HTTP_PORT, RPC_PORT
 from harness.scenario import EXPOSURE, camera_group, scenario
 from harness.wait import wait_until
+from test_diagnostics import write_registry
 
 NOT_A_TEXT = "Type is not convertible to string"
 NOT_A_NUMBER = "Type is not convertible to double"
@@ -132,3 +134,11 @@ def test_an_endless_exposure_delay_hangs_the_hub_without_ending_it(start_hub):
     assert not bystander.has_bytes_within(2)
     assert not client.has_bytes_within(0)
     assert hub.is_running()
+
+
+def test_the_throttle_sets_how_long_the_simulated_crash_waits(start_hub):
+    hub = start_hub(scenario(), start=False)
+    write_registry(hub, '"SimulatedCrashModeEnabled"=hex:01,00,00,00', '"AppThrottle"=dword:00001770')
+    begin = time.monotonic()
+    assert hub.start(wait_for_ports=False).wait_for_end() == signal.SIGABRT
+    assert time.monotonic() - begin >= 3  # half of 6000 ms; without the value it would be 2.5 s

@@ -113,6 +113,23 @@ def test_a_client_that_never_redirected_goes_without_a_line(hub):
     assert hub.log() == before
 
 
+def test_a_redirection_that_has_ended_concerns_no_later_client(hub, tmp_path):
+    folder, _ = client_folder(tmp_path, "mine")
+    client = hub.rpc()
+    assert redirect(client, folder)["result"] == 0
+    client.close()
+    wait_until(lambda: CANCELLED in hub.log(), "the redirection is cancelled")
+    hub.wait_for_the_next_run_name()
+    before = hub.log()
+    followers = [hub.rpc() for _ in range(20)]  # one of them has the descriptor that the first client had
+    for follower in followers:
+        assert follower.request("camera:version")["result"] == "2.9"
+    for follower in followers:
+        follower.close()
+    assert hub.rpc().request("camera:version")["result"] == "2.9"
+    assert hub.log() == before
+
+
 def test_without_a_path_there_is_no_folder_to_redirect_to(hub):
     hub.wait_for_the_next_run_name()
     reply = hub.rpc().request("camera:redirectDiagnostics")

@@ -179,6 +179,19 @@ TEST_F(CaptureHandlerTest, ACameraThatHasLeftIsDisconnectedAndReleased) {
     EXPECT_FALSE(isOpen("D"));
 }
 
+TEST_F(CaptureHandlerTest, ACameraThatHasLeftStaysOpenWhileAnotherConnectionHoldsIt) {
+    connectOne();
+    PavoCameraClient other(-1, server);
+    capture(other, "D");
+    capture(*client, "D");
+    changeScenario(R"("groups": [])");
+    ASSERT_TRUE(waitForCameras(0));
+    captureReply(R"("to":"D","exposureInUs":50000)");
+    EXPECT_TRUE(isOpen("D"));
+    other.messageHandler(captureMessage(R"("to":"D","exposureInUs":50000)"));
+    EXPECT_FALSE(isOpen("D"));
+}
+
 TEST_F(CaptureHandlerTest, ADelayOfABadTypeIsHalfASecondAndNoDelayIsNone) {
     connectOne();
     capture(*client, "D");

@@ -1,10 +1,10 @@
-#include "Services/LarkspurWindowsCameraHub/PavoCameraServer.h"
+#include "Services/LarkspurWindowsCameraHub/Listeners.h"
 #include "Tests/Framework/CXX/Network/HttpFixture.h"
+#include "Tests/Framework/CXX/Network/TestApplication.h"
 #include "Tests/Services/LarkspurWindowsCameraHub/OneCamera.h"
 
 #include <json/json.h>
 
-#include <QCoreApplication>
 #include <regex>
 
 namespace {
@@ -20,34 +20,24 @@ const std::string notFoundImage = "HTTP/1.1 404 Image does not exist\r\nContent-
 /// The terminator that the route sends behind an error's own.
 const std::string spareTerminator = "0\r\n\r\n";
 
-/// Both listeners on free ports, the image route between them, and simulated cameras.
+/// The listeners on free ports, and simulated cameras.
 class ImageRouteTest : public OneCamera {
 protected:
-    static void SetUpTestSuite() {
-        static int argumentCount = 1;
-        static std::string name = "ImageRouteTest";
-        static char* arguments[] = {name.data(), nullptr};
-        _application = std::make_unique<QCoreApplication>(argumentCount, arguments);
-    }
-
+    static void SetUpTestSuite() { _application = std::make_unique<TestApplication>(); }
     static void TearDownTestSuite() { _application.reset(); }
 
     ~ImageRouteTest() override {
         _rpc.reset();
         _web.reset();
-        if (_http)
-            _http->closeClients();
+        if (_listeners)
+            _listeners->httpServer->closeClients();
         settleEventLoop(); // the connections use their servers until they have gone
     }
 
     void start(const std::string& scenario, std::size_t cameras = 1) {
         useScenario(scenario);
-        _service = std::make_unique<PavoCameraServer>(0, nullptr);
-        _http = std::make_unique<HttpServer>(0, nullptr);
-        _http->addRoute("/res/.*", [service = _service.get()](HttpRequest* request, HttpResponse* response) {
-            service->handleImageRequest(request, response);
-        });
-        _rpc = std::make_unique<TestConnection>(_service->serverPort());
+        _listeners = std::make_unique<Listeners>(0, 0, nullptr);
+        _rpc = std::make_unique<TestConnection>(rpcPort());
         ASSERT_TRUE(turnUntil([&] { return call("camera:discover", "")["result"].size() == cameras; }));
     }
 
@@ -77,7 +67,7 @@ protected:
 
     /// Exactly what the HTTP server sends for that request line, provided that it then reads on.
     std::string get(const std::string& path, const std::string& method = "GET") {
-        _web = std::make_unique<TestConnection>(_http->serverPort());
+        _web = std::make_unique<TestConnection>(webPort());
         _web->send(method + " " + path + " HTTP/1.1\r\n\r\nGET /end-of-test HTTP/1.1\r\n\r\n");
         EXPECT_TRUE(turnUntil([&] { return _web->received().ends_with(notFoundResponse); })) << _web->received();
         const std::string& received = _web->received();
@@ -97,13 +87,12 @@ protected:
         return body;
     }
 
-    quint16 rpcPort() const { return _service->serverPort(); }
-    quint16 webPort() const { return _http->serverPort(); }
+    quint16 rpcPort() const { return _listeners->rpcServer->serverPort(); }
+    quint16 webPort() const { return _listeners->httpServer->serverPort(); }
 
 private:
-    inline static std::unique_ptr<QCoreApplication> _application;
-    std::unique_ptr<PavoCameraServer> _service;
-    std::unique_ptr<HttpServer> _http;
+    inline static std::unique_ptr<TestApplication> _application;
+    std::unique_ptr<Listeners> _listeners;
     std::unique_ptr<TestConnection> _rpc;
     std::unique_ptr<TestConnection> _web;
 };

@@ -181,6 +181,11 @@ TEST_F(HttpClientTest, ABodyDoesNotWaitForTheResponse) {
               plainResponse("/echo"));
 }
 
+TEST_F(HttpClientTest, ABodyOf0BytesDoesNotWaitForTheResponseEither) {
+    EXPECT_EQ(exchange("PUT /later HTTP/1.1\r\nContent-Length: 0\r\n\r\nGET /echo HTTP/1.1\r\n\r\n"),
+              plainResponse("/echo"));
+}
+
 TEST_F(HttpClientTest, AHalfReadRequestGoesWithItsConnection) {
     connect().send("GET /echo HTTP/1.1\r\nA: ");
     connection.reset();

@@ -9,7 +9,10 @@
 #include "Framework/CXX/Network/HttpServer.h"
 #include "Framework/CXX/Network/TCPServer.h"
 
+#include <sys/prctl.h>
+
 #include <QCoreApplication>
+#include <csignal>
 #include <iostream>
 #include <map>
 #include <stdexcept>
@@ -34,6 +37,7 @@ void answerWithId(HttpRequest* request, HttpResponse* response) {
 } // namespace
 
 int main(int argc, char** argv) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // goes down with the tests, however they end: some requests make it spin for good
     QCoreApplication application(argc, argv);
     const std::string mode = argc > 1 ? argv[1] : "";
     if (mode == "http") {
