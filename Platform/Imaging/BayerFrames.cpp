@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    int colourOf(int x, int y) const { return _block.at(static_cast<std::size_t>((y & 1) * 2 + (x & 1))); }
+    int colourOf(int x, int y) const { return _block.at((y & 1) * 2U + (x & 1)); }
 
     /// Mirroring at the outermost pixel keeps the colour.
     static int mirrored(int position, int size) {

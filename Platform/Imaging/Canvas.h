@@ -7,9 +7,12 @@
 #include <string>
 #include <vector>
 
+// The names that cairo has given them.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 struct _cairo;
 struct _cairo_pattern;
 struct _cairo_surface;
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace Platform::Imaging {
 

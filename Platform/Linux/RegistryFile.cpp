@@ -15,7 +15,7 @@ namespace Platform::Linux {
 
 namespace {
 
-constexpr std::uintmax_t longestFile = 16 * 1024 * 1024; // bytes; an export of all settings has a few hundred
+constexpr std::uintmax_t longestFile = 16UL * 1024 * 1024; // bytes; an export of all settings has a few hundred
 
 // The name in front of "=", taken off the line together with it; "@" is the default value's.
 std::optional<std::string> takeName(std::string_view& line) {

@@ -87,7 +87,7 @@ CaptureOutcome readOutcome(const JsonPlace& place) {
 }
 
 std::filesystem::path readPicture(const JsonPlace& place, const std::filesystem::path& folder) {
-    const std::filesystem::path file = folder / place.asUtf8();
+    std::filesystem::path file = folder / place.asUtf8();
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored))
         place.raise("there is no such file: " + file.native());

@@ -58,6 +58,7 @@ std::vector<CameraGroupHandle> DeviceCatalog::groups() {
         members[key].push_back(&known);
     }
     std::vector<CameraGroupHandle> groups;
+    groups.reserve(order.size());
     for (const std::string& key : order)
         groups.push_back(makeGroup(members[key]));
     return groups;

@@ -56,7 +56,8 @@ class DeviceLister {
 public:
     virtual ~DeviceLister() = default;
 
-    /// Those that are there and ready to be opened, in ascending order of systemPath.
+    /// Those that are there and ready to be opened, in ascending order of systemPath. Raises winrt::hresult_error where
+    /// the process has no descriptor or memory left to look.
     virtual std::vector<VideoNode> list() = 0;
     /// Raises winrt::hresult_error where watching is not possible.
     virtual std::unique_ptr<DeviceMonitor> monitor() = 0;

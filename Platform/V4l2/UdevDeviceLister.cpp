@@ -23,6 +23,12 @@ UdevHandle<udev> newContext() {
     return context;
 }
 
+/// An error of one device, which may have gone meanwhile, is not one of the whole list.
+void requireMeans(const char* operation, int error) {
+    if (error == EMFILE || error == ENFILE || error == ENOMEM)
+        throw Shared::errnoError(operation, Subsystem, error);
+}
+
 class UdevMonitor final : public DeviceMonitor {
 public:
     UdevMonitor() : _context(newContext()) {
@@ -67,14 +73,16 @@ public:
         // Before udev has done its part a node has not got its permissions.
         if (udevRuns())
             udev_enumerate_add_match_is_initialized(enumeration.get());
-        udev_enumerate_scan_devices(enumeration.get());
+        requireMeans("udev_enumerate_scan_devices", -udev_enumerate_scan_devices(enumeration.get()));
         std::vector<VideoNode> nodes;
         udev_list_entry* entry = udev_enumerate_get_list_entry(enumeration.get());
         for (; entry != nullptr; entry = udev_list_entry_get_next(entry)) {
             const UdevHandle<udev_device> device(
                 udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
-            if (!device)
+            if (!device) {
+                requireMeans("udev_device_new_from_syspath", errno);
                 continue; // gone since
+            }
             if (auto node = readVideoNode(context.get(), device.get()))
                 nodes.push_back(std::move(*node));
         }

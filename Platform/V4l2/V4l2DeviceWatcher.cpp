@@ -14,6 +14,7 @@
 #include <atomic>
 #include <cerrno>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -34,8 +35,9 @@ struct V4l2DeviceWatcher::Loop {
 private:
     using Groups = std::map<std::u16string, CameraGroupHandle>;
 
-    std::set<std::string> waitForRemovals();
-    void compare(V4l2DeviceWatcher& watcher, const std::set<std::string>& removed);
+    std::optional<Groups> look();
+    std::set<std::string> waitForRemovals(int limitInMs);
+    void compare(V4l2DeviceWatcher& watcher, const Groups& present, const std::set<std::string>& removed);
     static bool isSame(const CameraGroup& a, const CameraGroup& b);
 
     const std::unique_ptr<DeviceMonitor> monitor;
@@ -81,23 +83,41 @@ void V4l2DeviceWatcher::Loop::stop() {
 }
 
 void V4l2DeviceWatcher::Loop::run(const std::weak_ptr<V4l2DeviceWatcher>& watcher) {
-    std::set<std::string> removed;
+    constexpr int forever = -1;
+    constexpr int untilNextLookInMs = 1'000; // after one that failed
+    std::set<std::string> removed;           // since the last look
     bool first = true;
     while (!stopping) {
+        int limitInMs = forever;
         // Nothing keeps the watcher while the thread waits.
         if (const auto self = watcher.lock()) {
-            compare(*self, removed);
-            if (std::exchange(first, false))
-                self->reportEnumerationCompleted();
+            if (const auto present = look()) {
+                compare(*self, *present, removed);
+                removed.clear();
+                if (std::exchange(first, false))
+                    self->reportEnumerationCompleted();
+            } else {
+                limitInMs = untilNextLookInMs;
+            }
         }
-        removed = waitForRemovals();
+        removed.merge(waitForRemovals(limitInMs));
     }
 }
 
+/// The cameras that are there; nothing where the system cannot tell, as without a descriptor to spare.
+std::optional<V4l2DeviceWatcher::Loop::Groups> V4l2DeviceWatcher::Loop::look() try {
+    Groups present;
+    for (const CameraGroupHandle& group : catalog->groups())
+        present.emplace(group->id, group);
+    return present;
+} catch (const winrt::hresult_error&) {
+    return std::nullopt;
+}
+
 /// Waits for news, and takes all that there are; the nodes that went.
-std::set<std::string> V4l2DeviceWatcher::Loop::waitForRemovals() {
+std::set<std::string> V4l2DeviceWatcher::Loop::waitForRemovals(int limitInMs) {
     std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{monitor->descriptor(), POLLIN, 0}};
-    poll(waited.data(), waited.size(), -1);
+    poll(waited.data(), waited.size(), limitInMs);
     std::set<std::string> removed;
     while (const auto event = monitor->receive())
         if (event->removed)
@@ -110,10 +130,8 @@ bool V4l2DeviceWatcher::Loop::isSame(const CameraGroup& a, const CameraGroup& b)
 }
 
 /// A camera that was plugged in anew under the same id has gone and come.
-void V4l2DeviceWatcher::Loop::compare(V4l2DeviceWatcher& watcher, const std::set<std::string>& removed) {
-    Groups present;
-    for (const CameraGroupHandle& group : catalog->groups())
-        present.emplace(group->id, group);
+void V4l2DeviceWatcher::Loop::compare(V4l2DeviceWatcher& watcher, const Groups& present,
+                                      const std::set<std::string>& removed) {
     for (auto known = reported.begin(); known != reported.end();) {
         const CameraGroup& group = *known->second;
         const auto now = present.find(known->first);

@@ -15,7 +15,7 @@ namespace {
 Platform::StorageFile writePng(const Platform::StorageFolder& folder, const std::string& name,
                                const Platform::SoftwareBitmap& picture) {
     const auto platform = Platform::cameraPlatform();
-    const auto file = blockingWait(
+    auto file = blockingWait(
         folder->CreateFileAsync(Halden::toUtf16(name), Platform::CreationCollisionOption::GenerateUniqueName));
     const auto stream = blockingWait(file->OpenAsync(Platform::FileAccessMode::ReadWrite));
     const auto encoder = blockingWait(platform->CreateBitmapEncoderAsync(Platform::PngEncoderId, stream));

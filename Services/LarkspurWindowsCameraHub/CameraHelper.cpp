@@ -96,14 +96,14 @@ std::vector<FoundCamera> CameraHelper::processDeviceInfo(const Platform::DeviceI
 std::int32_t CameraHelper::PickBestVideoProfile(const Platform::MediaFrameSourceInfo& source, double minimumFrameRate) {
     const auto profiles = videoProfilesOf(source);
     const std::int32_t best = bestVideoProfile(profiles, minimumFrameRate);
-    const auto profile = profiles.GetAt(static_cast<std::uint32_t>(best));
+    const auto& profile = profiles.GetAt(static_cast<std::uint32_t>(best));
     LOG4CXX_DEBUG(serviceLogger(), "   Best Format:");
     printMediaDesc(profile);
     return best;
 }
 
 Platform::MediaCapture CameraHelper::CreateMediaCapture(FoundCamera camera) {
-    const auto capture = Platform::cameraPlatform()->CreateMediaCapture();
+    auto capture = Platform::cameraPlatform()->CreateMediaCapture();
     try {
         const auto found = findCameraSource([&camera](const Platform::IDeviceInformation& device) {
             return toUtf8(device.Id()) == camera.description.uid;

@@ -62,7 +62,7 @@ std::vector<CameraDescription> CameraServer::impl::discover() const {
 }
 
 std::shared_ptr<ConnectedCamera> CameraServer::impl::getCamera(const std::string& uid) {
-    const auto open = connectedCameras.find(uid);
+    auto open = connectedCameras.find(uid);
     const auto known = cameraEnumeration->getCameras();
     const auto found = known.find(uid);
     if (found == known.end()) {

@@ -13,12 +13,6 @@ from harness.scenario import camera_group, scenario
 STARTED = LogEntry(
     "INFO", SERVICE_LOGGER, "Larkspur Windows Camera Hub started.  Waiting for Client connections..."
 )
-PARAMETERS = r"[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\Larkspur Windows Camera Hub\Parameters]"
-
-
-def write_registry(hub, *values, encoding="utf-8"):
-    text = "\r\n".join(["Windows Registry Editor Version 5.00", "", PARAMETERS, *values, ""])
-    (hub.folder / "registry.reg").write_bytes(text.encode(encoding))
 
 
 def test_a_run_leaves_a_folder_named_by_its_start_time(start_hub):
@@ -123,7 +117,7 @@ def test_a_hub_that_was_killed_starts_again(start_hub):
 
 def test_the_crash_switch_waits_logs_and_leaves_a_record_without_opening_a_port(start_hub):
     hub = start_hub(scenario(), start=False)
-    write_registry(hub, '"SimulatedCrashModeEnabled"=hex:01,00,00,00', encoding="utf-16")
+    hub.write_registry('"SimulatedCrashModeEnabled"=hex:01,00,00,00', encoding="utf-16")
     begin = time.monotonic()
     hub.start(wait_for_ports=False)
     while hub.is_running():
@@ -148,7 +142,7 @@ def test_the_crash_switch_waits_logs_and_leaves_a_record_without_opening_a_port(
 
 def test_a_crash_switch_of_another_type_is_no_switch(start_hub):
     hub = start_hub(scenario(), start=False)
-    write_registry(hub, '"SimulatedCrashModeEnabled"=dword:00000001')
+    hub.write_registry('"SimulatedCrashModeEnabled"=dword:00000001')
     hub.start()
     assert hub.log()[0] == STARTED
 

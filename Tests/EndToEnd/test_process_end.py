@@ -8,7 +8,6 @@ import pytest
 from harness.hub import DEVICE_LOGGER, HTTP_PORT, RPC_PORT
 from harness.scenario import EXPOSURE, camera_group, scenario
 from harness.wait import wait_until
-from test_diagnostics import write_registry
 
 NOT_A_TEXT = "Type is not convertible to string"
 NOT_A_NUMBER = "Type is not convertible to double"
@@ -138,7 +137,7 @@ def test_an_endless_exposure_delay_hangs_the_hub_without_ending_it(start_hub):
 
 def test_the_throttle_sets_how_long_the_simulated_crash_waits(start_hub):
     hub = start_hub(scenario(), start=False)
-    write_registry(hub, '"SimulatedCrashModeEnabled"=hex:01,00,00,00', '"AppThrottle"=dword:00001770')
+    hub.write_registry('"SimulatedCrashModeEnabled"=hex:01,00,00,00', '"AppThrottle"=dword:00001770')
     begin = time.monotonic()
     assert hub.start(wait_for_ports=False).wait_for_end() == signal.SIGABRT
     assert time.monotonic() - begin >= 3  # half of 6000 ms; without the value it would be 2.5 s

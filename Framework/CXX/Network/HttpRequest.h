@@ -24,7 +24,8 @@ public:
     /// The value of "Content-Type", made empty if it is missing.
     std::string& contentType();
 
-    /// The value of "Content-Length"; 0 if it is missing or no decimal number of 64 bits.
+    /// The value of "Content-Length"; 0 if it is missing or no decimal number of 64 bits; a negative one
+    /// counts from 2^64 down, as streams read it.
     uint64_t contentLength() const;
 
     /// Asks for the body, which is passed on whole when it has arrived. No effect on a request without one.

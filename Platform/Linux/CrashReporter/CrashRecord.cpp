@@ -40,7 +40,7 @@ void writeFirstLines(int file, const CrashSite& site, const CrashReason& reason,
     prctl(PR_GET_NAME, threadName);
     const long zone = std::labs(time.offsetInSeconds) / 60;
 
-    static RawText<3 * PATH_MAX> lines; // an alternate stack is small
+    static RawText<3UL * PATH_MAX> lines; // an alternate stack is small
     lines.clear();
     lines.text("What happened:  ").text(describeReason(reason).view());
     lines.text("\nWhen:           ").decimal(time.year, 4).text("-").decimal(time.month, 2).text("-");

@@ -6,8 +6,8 @@ namespace Platform::Linux {
 
 namespace {
 
-constexpr std::time_t day = 24 * 60 * 60;
-constexpr std::time_t learntSpan = 5 * 366 * day;
+constexpr std::time_t day = 24L * 60 * 60;
+constexpr std::time_t learntSpan = 5L * 366 * day;
 
 long offsetAt(std::time_t moment) {
     std::tm parts{};

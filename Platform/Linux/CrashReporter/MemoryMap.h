@@ -31,7 +31,7 @@ public:
 private:
     void parse() noexcept;
 
-    std::array<char, 512 * 1024> _text = {};
+    std::array<char, 512UL * 1024> _text = {};
     std::size_t _size = 0;
     std::array<Mapping, 4096> _mappings = {};
     std::size_t _count = 0;

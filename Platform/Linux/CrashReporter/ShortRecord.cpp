@@ -9,13 +9,14 @@
 #include <unistd.h>
 
 #include <array>
+#include <bit>
 #include <cstdint>
 
 namespace Platform::Linux {
 
 namespace {
 
-constexpr std::size_t searchedStackBytes = 256 * 1024;
+constexpr std::size_t searchedStackBytes = 256UL * 1024;
 constexpr int mostAddresses = 200;
 
 using Line = RawText<PATH_MAX + 100>;
@@ -53,7 +54,7 @@ void writeRegisters(int file, const ucontext_t& context) noexcept {
 /// Reads this very process by way of the kernel, which refuses where plain reading would crash.
 std::size_t readSafely(std::uint64_t address, void* buffer, std::size_t size) noexcept {
     const iovec local{buffer, size};
-    const iovec remote{reinterpret_cast<void*>(address), size};
+    const iovec remote{std::bit_cast<void*>(address), size};
     const ssize_t count = process_vm_readv(getpid(), &local, 1, &remote, 1, 0);
     return count > 0 ? static_cast<std::size_t>(count) : 0;
 }

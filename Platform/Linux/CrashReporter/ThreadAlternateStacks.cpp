@@ -70,7 +70,7 @@ extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attribute
     }
     const int result = next(thread, attributes, runWithAlternateStack, start.get());
     if (result == 0) {
-        start.release(); // the new thread's now
+        static_cast<void>(start.release()); // the new thread's now
     }
     return result;
 }

@@ -25,6 +25,8 @@ SERVICE_LOGGER = "LarkspurWindowsCameraHub.Service"
 DEVICE_LOGGER = "LarkspurWindowsCameraHub.Device"
 COMMUNICATION_LOGGER = "LarkspurWindowsCameraHub.Device.Communication"
 
+PARAMETERS_KEY = r"[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\Larkspur Windows Camera Hub\Parameters]"
+
 LOG_LINE = re.compile(r"^\S+ \S+ +\[[^]]*\] (?P<level>[A-Z]+) +(?P<logger>\S+) - (?P<text>.*)$", re.MULTILINE)
 SANITIZER_REPORT = re.compile(r"(Thread|Address|Leak)Sanitizer|runtime error:")
 
@@ -50,6 +52,7 @@ class Hub:
         self.network = network or Network()
         self.scenario_file = folder / "scenario.json"
         self.journal_file = folder / "journal.jsonl"
+        self.registry_file = folder / "registry.reg"
         self.stdout_file = folder / "stdout.txt"
         self.stderr_file = folder / "stderr.txt"
         self.common_data = folder / "common"
@@ -64,7 +67,7 @@ class Hub:
         for variable, name in (("CAMERA_HUB_COMMON_DATA", "common"), ("CAMERA_HUB_LOCAL_DATA", "local")):
             (self.folder / name).mkdir()
             environment[variable] = str(self.folder / name)
-        environment["CAMERA_HUB_REGISTRY"] = str(self.folder / "registry.reg")
+        environment["CAMERA_HUB_REGISTRY"] = str(self.registry_file)
         environment["CAMERA_HUB_PLATFORM"] = "simulated"
         environment["CAMERA_HUB_SIMULATION"] = str(self.scenario_file)
         environment.update(additions)
@@ -75,6 +78,10 @@ class Hub:
         new = self.scenario_file.with_suffix(".new")
         new.write_text(json.dumps({"journal": self.journal_file.name} | scenario), encoding="utf-8")
         new.rename(self.scenario_file)
+
+    def write_registry(self, *values, encoding="utf-8"):
+        text = "\r\n".join(["Windows Registry Editor Version 5.00", "", PARAMETERS_KEY, *values, ""])
+        self.registry_file.write_bytes(text.encode(encoding))
 
     def start(self, wait_for_ports=True):
         # setpriv: the hub goes down with the tests, however they end.

@@ -4,17 +4,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
-#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -86,17 +81,6 @@ bool enterPrivateMounts() {
 bool mountMemory(const std::filesystem::path& folder, std::size_t bytes) {
     const std::string options = "size=" + std::to_string(bytes);
     return mount("tmpfs", folder.c_str(), "tmpfs", 0, options.c_str()) == 0;
-}
-
-bool letSystemCallFail(unsigned number, unsigned error) {
-    std::array<sock_filter, 4> steps{{
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    }};
-    const sock_fprog filter{steps.size(), steps.data()};
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
 void sendStandardOutputTo(const std::filesystem::path& file) {

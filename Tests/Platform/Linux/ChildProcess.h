@@ -17,9 +17,5 @@ bool enterPrivateMounts();
 /// For use in a child with private mounts: an empty file system in memory there, of that many bytes.
 bool mountMemory(const std::filesystem::path& folder, std::size_t bytes);
 
-/// For use in a child: from now on this system call (SYS_...) fails with that errno. False if the system does not allow
-/// that.
-bool letSystemCallFail(unsigned number, unsigned error);
-
 /// For use in a child: what it writes to standard output goes to that file from now on.
 void sendStandardOutputTo(const std::filesystem::path& file);

@@ -1,6 +1,7 @@
 #include "Platform/Linux/FolderWalk.h"
 
 #include "Tests/Platform/Linux/ChildProcess.h"
+#include "Tests/Platform/Linux/FailingSystemCall.h"
 #include "Tests/Platform/Linux/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

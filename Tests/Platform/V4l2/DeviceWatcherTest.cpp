@@ -111,6 +111,20 @@ TEST_F(V4l2DeviceWatcherTest, ACameraWithoutPermissionIsReportedAndItsLookUpSays
     EXPECT_EQ(blockingWait(platform->FromIdAsync(id))->Id(), id);
 }
 
+TEST_F(V4l2DeviceWatcherTest, CamerasStayWhileTheSystemCannotBeAskedAndItIsAskedAgain) {
+    start();
+    ASSERT_TRUE(noteComes(2));
+    lister->refuseToList(EMFILE);
+    lister->replace(usbNode(0)); // has gone and come, unseen
+    EXPECT_EQ(raisedBy([this] { blockingWait(platform->FindAllAsync()); }).substr(0, 30),
+              "80004005 list on the fake list");
+    EXPECT_EQ(noted().size(), 2u);
+    lister->refuseToList(0);
+    ASSERT_TRUE(noteComes(4));
+    EXPECT_EQ(noted()[2], std::string("removed ") + Id);
+    EXPECT_EQ(noted()[3], std::string("added ") + Id);
+}
+
 TEST_F(V4l2DeviceWatcherTest, StartRaisesWhereListeningIsNotPossibleAndMayBeTriedAgain) {
     lister->refuseToMonitor(EPERM);
     EXPECT_EQ(raisedBy([&] { start(); }), "80070005 monitor on video4linux: Operation not permitted");

@@ -84,8 +84,15 @@ void FakeLister::refuseToMonitor(int error) {
     _refusal = error;
 }
 
+void FakeLister::refuseToList(int error) {
+    std::lock_guard lock(_mutex);
+    _listRefusal = error;
+}
+
 std::vector<VideoNode> FakeLister::list() {
     std::lock_guard lock(_mutex);
+    if (_listRefusal != 0)
+        throw Shared::errnoError("list", "the fake lister", _listRefusal);
     return _nodes;
 }
 

@@ -23,6 +23,8 @@ public:
     void touch();
     /// `monitor` fails with that error number.
     void refuseToMonitor(int error);
+    /// `list` fails with that error number, or does not if it is 0.
+    void refuseToList(int error);
 
     std::vector<VideoNode> list() override;
     std::unique_ptr<DeviceMonitor> monitor() override;
@@ -37,6 +39,7 @@ private:
     std::vector<VideoNode> _nodes;
     std::vector<std::weak_ptr<Channel>> _channels;
     int _refusal = 0;
+    int _listRefusal = 0;
 };
 
 /// A node of a USB camera with a serial number, on its own port, at /dev/video`number`.

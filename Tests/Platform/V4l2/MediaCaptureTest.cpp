@@ -250,98 +250,6 @@ TEST_F(V4l2MediaCaptureTest, TwoStillsAtOnceComeBoth) {
     EXPECT_TRUE(other);
 }
 
-TEST_F(V4l2MediaCaptureTest, AStreamThatFailsIsStartedAgainUnderAWaitingStill) {
-    const auto capture = open();
-    setFormat(capture, SmallAt30);
-    const auto reader = startReader(capture);
-    const FrameClock clock(*driver, Path);
-    driver->failOn(VIDIOC_DQBUF, EIO, 0, 3);
-    driver->failOn(VIDIOC_STREAMON, EIO, 0, 2);
-    EXPECT_TRUE(still(capture));
-    EXPECT_EQ(capture->CameraStreamState(), CameraStreamState::Streaming);
-}
-
-TEST_F(V4l2MediaCaptureTest, AStreamThatAnEmptyBufferEndsIsStartedAgain) {
-    const auto capture = open();
-    setFormat(capture, SmallAt30);
-    const auto reader = startReader(capture);
-    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
-    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
-    ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
-    EXPECT_TRUE(comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; }));
-    const FrameClock clock(*driver, Path);
-    blockingWait(action);
-    EXPECT_GT(stream->Size(), 0u);
-    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
-}
-
-TEST_F(V4l2MediaCaptureTest, AStreamThatFallsSilentIsStartedAgainUnderAWaitingStill) {
-    const auto capture = open();
-    setFormat(capture, SmallAt30);
-    const auto reader = startReader(capture);
-    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
-    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
-    EXPECT_TRUE(comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; }));
-    const FrameClock clock(*driver, Path);
-    blockingWait(action);
-    EXPECT_GT(stream->Size(), 0u);
-}
-
-TEST_F(V4l2MediaCaptureTest, AStreamThatBeginsSlowlyIsGivenTheTime) {
-    const auto capture = open();
-    setFormat(capture, SmallAt30);
-    const auto reader = startReader(capture);
-    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
-    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
-    ASSERT_TRUE(comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; }));
-    std::this_thread::sleep_for(limits.silence * 5 / 4); // the first stream has been given less than that
-    const FrameClock clock(*driver, Path);
-    blockingWait(action);
-    EXPECT_GT(stream->Size(), 0u);
-    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
-}
-
-TEST_F(V4l2MediaCaptureTest, AStreamThatDoesNotStartInANewFormatIsTriedAgain) {
-    const auto capture = open();
-    setFormat(capture, SmallAt30);
-    const auto reader = startReader(capture);
-    driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 3);
-    EXPECT_EQ(raisedBy([&] { setFormat(capture, Large); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
-    EXPECT_TRUE(comesTrue([this] { return driver->isStreaming(Path); }));
-}
-
-TEST_F(V4l2MediaCaptureTest, AReaderThatDoesNotStartLeavesAWaitingStillItsNextAttempt) {
-    limits.restart = std::chrono::milliseconds(100);
-    platform = createV4l2Platform(driver, lister, limits);
-    const auto capture = open();
-    setFormat(capture, SmallAt30);
-    const auto reader = blockingWait(capture->CreateFrameReaderAsync(sourceOf(capture)));
-    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
-    const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
-    driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 1);
-    ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
-    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
-    EXPECT_EQ(raisedBy([&] { blockingWait(reader->StartAsync()); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
-    const FrameClock clock(*driver, Path);
-    blockingWait(action);
-    EXPECT_GT(stream->Size(), 0u);
-}
-
-TEST_F(V4l2MediaCaptureTest, AStreamMayBeSilentWhileNobodyWaitsForAFrame) {
-    const auto capture = open();
-    setFormat(capture, SmallAt30);
-    const auto reader = startReader(capture);
-    {
-        const FrameClock clock(*driver, Path);
-        ASSERT_TRUE(still(capture));
-    }
-    std::this_thread::sleep_for(limits.silence + std::chrono::milliseconds(200));
-    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 1u);
-    const FrameClock clock(*driver, Path);
-    ASSERT_TRUE(still(capture));
-    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 1u);
-}
-
 TEST_F(V4l2MediaCaptureTest, CallsThatASignalInterruptsAreRepeated) {
     driver->failOn(OpenCall, EINTR, 0, 2);
     for (const unsigned long request : {VIDIOC_QUERYCAP, VIDIOC_S_FMT, VIDIOC_REQBUFS, VIDIOC_STREAMON, VIDIOC_DQBUF})
@@ -381,7 +289,7 @@ TEST_F(V4l2MediaCaptureTest, WhatABrokenDriverTellsOfItsBuffersIsNotBelieved) {
              {{1000, 0, 0}, unfit}, {{0, 20, 0}, "nothing raised"}, {{0, 0, 0xFFFF'FFFF}, unfit}}) {
         FakeDevice device = usbCamera();
         device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
-        device.formats = {{V4L2_PIX_FMT_NV12M, {{1920, 1080, {{1, 30}}}}}};
+        device.formats = {{V4L2_PIX_FMT_NV12M, {{64, 48, {{1, 30}}}}}};
         device.nonsense = nonsense;
         plug(device);
         VideoNode node = usbNode(0);

@@ -1,9 +1,11 @@
 // Runs on a /sys of its own, which umockdev makes: start it through umockdev-wrapper.
+#include "Platform/Interface/HresultError.h"
 #include "Platform/V4l2/DeviceIdentity.h"
 #include "Platform/V4l2/DeviceLister.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <umockdev.h>
 
 #include <memory>
@@ -108,6 +110,17 @@ TEST_F(UdevDeviceListerTest, ANodeOutsideUsbHangsOnItsParent) {
 TEST_F(UdevDeviceListerTest, WhatHasNoDeviceNodeIsLeftOut) {
     add("video4linux", "video4", add("platform", "odd.0", ""), {"name", "odd"});
     EXPECT_TRUE(udevDeviceLister()->list().empty());
+}
+
+TEST_F(UdevDeviceListerTest, WithoutADescriptorToSpareItRaisesInsteadOfListingNone) {
+    addCamera();
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    EXPECT_THROW(udevDeviceLister()->list(), winrt::hresult_error);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(udevDeviceLister()->list().size(), 1u);
 }
 
 TEST_F(UdevDeviceListerTest, TheMonitorReportsComingAndGoing) {

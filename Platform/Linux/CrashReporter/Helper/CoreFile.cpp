@@ -146,7 +146,7 @@ std::string writeCoreFile(const CrashedProcess& process, int signal, const std::
         std::rename(unfinished.c_str(), path.c_str()) == 0) {
         return {};
     }
-    const std::string problem = "none: " + lastProblem();
+    std::string problem = "none: " + lastProblem();
     std::remove(unfinished.c_str());
     return problem;
 }

@@ -2,13 +2,14 @@
 
 #include <sys/uio.h>
 
+#include <bit>
 #include <cstring>
 
 namespace Platform::Linux {
 
 bool ProcessMemory::read(std::uint64_t address, void* buffer, std::size_t size) const {
     const iovec local{buffer, size};
-    const iovec remote{reinterpret_cast<void*>(address), size};
+    const iovec remote{std::bit_cast<void*>(address), size};
     return process_vm_readv(_process, &local, 1, &remote, 1, 0) == static_cast<ssize_t>(size);
 }
 

@@ -2,6 +2,7 @@
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
 #include "Tests/Platform/Linux/ChildProcess.h"
+#include "Tests/Platform/Linux/FailingSystemCall.h"
 
 #include <sys/syscall.h>
 

@@ -3,23 +3,19 @@
 #include "Platform/Interface/HresultError.h"
 #include "Tests/Platform/Linux/CrashReporter/HeapDamage.h"
 #include "Tests/Platform/Linux/CrashReporter/OwnException.h"
+#include "Tests/Platform/Linux/FailingSystemCall.h"
 
 #include <fcntl.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <pthread.h>
 #include <sys/mman.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <QTimer>
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -180,14 +176,7 @@ NEVER_INLINED void closeStandardDescriptors() {
 
 /// As at the limit of processes, which the superuser does not have.
 NEVER_INLINED void crashWithoutRoomForProcesses() {
-    std::array<sock_filter, 4> steps{{
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    }};
-    const sock_fprog filter{steps.size(), steps.data()};
-    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0) {
+    if (letSystemCallFail(SYS_clone, EAGAIN)) {
         writeToNull();
     }
 }

@@ -1,0 +1,113 @@
+#include "Tests/Platform/V4l2/CameraFixture.h"
+
+#include <linux/videodev2.h>
+
+#include <cerrno>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <thread>
+
+namespace Platform::V4l2 {
+namespace {
+
+/// A camera whose stream runs for a reader; no frame comes before a FrameClock sends them.
+class V4l2StreamRestart : public CameraFixture {
+protected:
+    static constexpr std::uint32_t Small = 1; // of the formats of usbCamera
+    static constexpr std::uint32_t Large = 3;
+
+    void start() {
+        capture = open();
+        setFormat(capture, Small);
+        reader = startReader(capture);
+    }
+    void askForStill() { asked = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream); }
+    /// With the frames that come from now on.
+    void expectStill() {
+        const FrameClock clock(*driver, Path);
+        blockingWait(*asked);
+        EXPECT_GT(stream->Size(), 0u);
+    }
+    /// As an endpoint that stalls.
+    bool deliverEmptyBuffer() { return driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}); }
+    bool startsOnceMore() {
+        return comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; });
+    }
+
+    MediaCapture capture;
+    MediaFrameReader reader;
+    const std::shared_ptr<InMemoryRandomAccessStream> stream = std::make_shared<InMemoryRandomAccessStream>();
+    std::optional<IAsyncAction> asked;
+};
+
+TEST_F(V4l2StreamRestart, AStreamThatFailsIsStartedAgainUnderAWaitingStill) {
+    start();
+    driver->failOn(VIDIOC_DQBUF, EIO, 0, 3);
+    driver->failOn(VIDIOC_STREAMON, EIO, 0, 2);
+    askForStill();
+    expectStill();
+    EXPECT_EQ(capture->CameraStreamState(), CameraStreamState::Streaming);
+}
+
+TEST_F(V4l2StreamRestart, AStreamThatAnEmptyBufferEndsIsStartedAgain) {
+    start();
+    askForStill();
+    ASSERT_TRUE(deliverEmptyBuffer());
+    EXPECT_TRUE(startsOnceMore());
+    expectStill();
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
+}
+
+TEST_F(V4l2StreamRestart, AStreamThatFallsSilentIsStartedAgainUnderAWaitingStill) {
+    start();
+    askForStill();
+    EXPECT_TRUE(startsOnceMore());
+    expectStill();
+}
+
+TEST_F(V4l2StreamRestart, AStreamThatBeginsSlowlyIsGivenTheTime) {
+    start();
+    askForStill();
+    ASSERT_TRUE(startsOnceMore());
+    std::this_thread::sleep_for(limits.silence * 5 / 4); // the first stream has been given less than that
+    expectStill();
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
+}
+
+TEST_F(V4l2StreamRestart, AStreamMayBeSilentWhileNobodyWaitsForAFrame) {
+    start();
+    {
+        const FrameClock clock(*driver, Path);
+        ASSERT_TRUE(still(capture));
+    }
+    std::this_thread::sleep_for(limits.silence + std::chrono::milliseconds(200));
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 1u);
+    const FrameClock clock(*driver, Path);
+    ASSERT_TRUE(still(capture));
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 1u);
+}
+
+TEST_F(V4l2StreamRestart, AStreamThatDoesNotStartInANewFormatIsTriedAgain) {
+    start();
+    driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 3);
+    EXPECT_EQ(raisedBy([&] { setFormat(capture, Large); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
+    EXPECT_TRUE(comesTrue([this] { return driver->isStreaming(Path); }));
+}
+
+TEST_F(V4l2StreamRestart, AReaderThatDoesNotStartLeavesAWaitingStillItsNextAttempt) {
+    limits.restart = std::chrono::milliseconds(100);
+    platform = createV4l2Platform(driver, lister, limits);
+    capture = open();
+    setFormat(capture, Small);
+    reader = blockingWait(capture->CreateFrameReaderAsync(sourceOf(capture)));
+    askForStill();
+    driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 1);
+    ASSERT_TRUE(deliverEmptyBuffer());
+    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
+    EXPECT_EQ(raisedBy([&] { blockingWait(reader->StartAsync()); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
+    expectStill();
+}
+
+} // namespace
+} // namespace Platform::V4l2
