@@ -8,7 +8,6 @@
 #include <log4cxx/spi/loggerrepository.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <clocale>
 #include <stdexcept>
 
@@ -50,19 +49,15 @@ std::set<std::string> DiagnosticsFixture::runNames() const {
 
 // The file system's clock goes in steps of some milliseconds.
 void DiagnosticsFixture::makeRunFolder(const std::string& name) const {
-    std::filesystem::create_directories(allRuns());
-    std::int64_t youngest = 0;
-    for (const std::string& other : runNames()) {
-        youngest = std::max(youngest, creationTime(allRuns() / other));
-    }
     const std::filesystem::path folder = allRuns() / name;
-    for (;;) {
-        std::filesystem::create_directories(folder / "logs");
-        if (creationTime(folder) > youngest) {
-            return;
-        }
-        std::filesystem::remove_all(folder);
-    }
+    std::filesystem::create_directories(folder / "logs");
+    // File systems count time in ticks: whatever is made from now on is to be younger.
+    const std::filesystem::path probe = root() / "probe";
+    do {
+        std::filesystem::remove(probe);
+        std::filesystem::create_directory(probe);
+    } while (creationTime(probe) <= creationTime(folder));
+    std::filesystem::remove(probe);
 }
 
 std::filesystem::path DiagnosticsFixture::makeRedirectFolder(const std::string& name) const {

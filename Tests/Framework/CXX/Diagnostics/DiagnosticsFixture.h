@@ -38,7 +38,7 @@ protected:
 
     std::set<std::string> runNames() const;
 
-    /// Makes a run folder that is younger, by its time of creation, than all made so far.
+    /// Makes a run folder; whatever is made afterwards is younger by its time of creation.
     void makeRunFolder(const std::string& name) const;
 
     /// A folder that a client has prepared for redirection.
