@@ -62,6 +62,23 @@ def cards(cameras):
     return [camera for camera in cameras if (camera["resolutionX"], camera["resolutionY"]) == (720, 576)]
 
 
+def take(hub, client, uid):
+    return hub.picture(client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0))
+
+
+def open_card(hub):
+    """A client that has taken a picture with the first capture card, and the card's uid."""
+    client = hub.rpc()
+    uid = cards(client.discover())[0]["uid"]
+    take(hub, client, uid)
+    return client, uid
+
+
+def assert_shows_bars(picture):
+    colours = bars_of(picture)
+    assert farthest(colours, BARS) <= OTHER_PRIMARIES, colours
+
+
 @pytest.fixture
 def hub(start_hub):
     hub = start_hub()
@@ -92,7 +109,7 @@ def test_cameras_that_are_unbound_disappear_and_come_back_the_same(hub):
     client = hub.rpc()
     before = client.discover()
     uid = cards(before)[0]["uid"]
-    assert hub.picture(client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0)).size == (720, 576)
+    assert take(hub, client, uid).size == (720, 576)
     (DRIVER / "unbind").write_text("vivid.0")
     try:
         hub.wait_for_cameras()
@@ -101,8 +118,7 @@ def test_cameras_that_are_unbound_disappear_and_come_back_the_same(hub):
         (DRIVER / "bind").write_text("vivid.0")
     hide_texts()
     assert wait_for_cameras(hub, CAMERAS) == before
-    picture = hub.picture(client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0))
-    assert farthest(bars_of(picture), BARS) <= OTHER_PRIMARIES
+    assert_shows_bars(take(hub, client, uid))
 
 
 @pytest.mark.parametrize(
@@ -115,39 +131,31 @@ def test_cameras_that_are_unbound_disappear_and_come_back_the_same(hub):
     ],
 )
 def test_a_fault_of_the_stream_of_an_open_camera_does_not_show_in_a_capture(hub, fault, value):
-    client = hub.rpc()
-    uid = cards(client.discover())[0]["uid"]
-    client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0)
+    client, uid = open_card(hub)
     with VideoNode(capture_nodes()[2]) as node:
         node.set(fault, value)
-        picture = hub.picture(client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0))
+        picture = take(hub, client, uid)
         if value > 1:
             node.set(fault, 0)
-    assert farthest(bars_of(picture), BARS) <= OTHER_PRIMARIES
+    assert_shows_bars(picture)
 
 
 def test_a_stream_that_cannot_be_started_again_at_once_is_tried_anew(hub):
-    client = hub.rpc()
-    uid = cards(client.discover())[0]["uid"]
-    client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0)
+    client, uid = open_card(hub)
     with VideoNode(capture_nodes()[2]) as node:
         node.set("Inject VIDIOC_STREAMON Error", 1)
         node.set("Inject Fatal Streaming Error", 1)
-    picture = hub.picture(client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0))
-    assert farthest(bars_of(picture), BARS) <= OTHER_PRIMARIES
+    assert_shows_bars(take(hub, client, uid))
 
 
 def test_a_camera_whose_driver_lets_it_go_fails_the_capture_and_works_again_when_opened_anew(hub):
-    client = hub.rpc()
-    uid = cards(client.discover())[0]["uid"]
-    client.capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0)
+    client, uid = open_card(hub)
     with VideoNode(capture_nodes()[2]) as node:
         node.set("Disconnect", 1)  # for as long as somebody has the node open
     reply = client.request("camera:capture", to=uid, exposureInUs=20000, exposureChangeDelayInMs=0)
     assert "(the camera has been unplugged)" in reply["error"]["message"]
     client.close()
-    picture = hub.picture(hub.rpc().capture(uid, exposureInUs=20000, exposureChangeDelayInMs=0))
-    assert farthest(bars_of(picture), BARS) <= OTHER_PRIMARIES
+    assert_shows_bars(take(hub, hub.rpc(), uid))
 
 
 BUSY = "VIDIOC_S_FMT on {}: Device or resource busy (the camera is in use by another program) -2147024726"

@@ -46,6 +46,15 @@ bool becomeSuperuserOfOwnNamespace(uid_t user, gid_t group) {
     _exit(testing::Test::HasFailure() ? 1 : 0);
 }
 
+bool enterPrivateMounts() {
+    const uid_t user = geteuid();
+    const gid_t group = getegid();
+    if (user == 0 ? unshare(CLONE_NEWNS) != 0 : !becomeSuperuserOfOwnNamespace(user, group)) {
+        return false;
+    }
+    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
 } // namespace
 
 int runInChild(const std::function<void()>& work) {
@@ -69,13 +78,18 @@ int runInChild(const std::function<void()>& work) {
 
 bool letParentTrace() { return ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0; }
 
-bool enterPrivateMounts() {
-    const uid_t user = geteuid();
-    const gid_t group = getegid();
-    if (user == 0 ? unshare(CLONE_NEWNS) != 0 : !becomeSuperuserOfOwnNamespace(user, group)) {
-        return false;
+void runInPrivateMounts(const std::function<void()>& work) {
+    constexpr int notAllowed = 77;
+    const int result = runInChild([&work] {
+        if (!enterPrivateMounts()) {
+            _exit(notAllowed);
+        }
+        work();
+    });
+    if (result == notAllowed) {
+        GTEST_SKIP() << "the system allows no private mounts here";
     }
-    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    EXPECT_EQ(result, 0);
 }
 
 bool mountMemory(const std::filesystem::path& folder, std::size_t bytes) {

@@ -10,11 +10,11 @@ int runInChild(const std::function<void()>& work);
 /// For use in a child: lets the process that made it trace it, as a debugger does.
 bool letParentTrace();
 
-/// For use in a child: namespaces in which it may mount and change its root, also without being the superuser. False
-/// if the system does not allow that.
-bool enterPrivateMounts();
+/// As runInChild, in namespaces in which the work may mount and change its root, also without being the superuser, and
+/// expects that all held. Skips the test where the system does not allow that.
+void runInPrivateMounts(const std::function<void()>& work);
 
-/// For use in a child with private mounts: an empty file system in memory there, of that many bytes.
+/// For use in private mounts: an empty file system in memory there, of that many bytes.
 bool mountMemory(const std::filesystem::path& folder, std::size_t bytes);
 
 /// For use in a child: what it writes to standard output goes to that file from now on.

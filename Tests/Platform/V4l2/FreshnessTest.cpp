@@ -7,6 +7,7 @@
 #include <linux/videodev2.h>
 #include <turbojpeg.h>
 
+#include <functional>
 #include <random>
 
 namespace Platform::V4l2 {
@@ -201,39 +202,42 @@ TEST_F(FreshnessOfStills, ARefusedSettingCountsAsWell) {
     blockingWait(action);
 }
 
-TEST_F(FreshnessOfStills, TheLensHasTimeToMove) {
-    const auto capture = open();
-    setFormat(capture, 1);
-    const auto reader = startReader(capture);
-    const FrameClock clock(*driver, Path);
-    const auto begin = std::chrono::steady_clock::now();
-    ASSERT_TRUE(capture->VideoDeviceController()->Focus()->TrySetValue(100));
-    ASSERT_TRUE(still(capture));
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(500));
-}
+/// A camera that delivers frames, and how long a still of it takes after some settings.
+class TimeForTheLens : public FreshnessOfStills {
+protected:
+    void SetUp() override { setFormat(capture, 1); }
 
-TEST_F(FreshnessOfStills, TheLensHasTimeToMoveAlsoWhereAnotherSettingFollows) {
-    const auto capture = open();
-    setFormat(capture, 1);
-    const auto reader = startReader(capture);
-    const FrameClock clock(*driver, Path);
-    const auto begin = std::chrono::steady_clock::now();
-    ASSERT_TRUE(capture->VideoDeviceController()->Focus()->TrySetValue(100));
-    ASSERT_TRUE(capture->VideoDeviceController()->Exposure()->TrySetValue(-5));
-    ASSERT_TRUE(still(capture));
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(500));
-}
-
-TEST_F(FreshnessOfStills, TheLensHasTimeToMoveAlsoWhereTheStreamStartsMeanwhile) {
-    const auto capture = open();
-    const FrameClock clock(*driver, Path);
-    for (const bool reads : {false, true}) {
-        const auto reader = reads ? startReader(capture) : nullptr;
+    void expectHalfASecond(const std::function<void(IVideoDeviceController&)>& change) {
         const auto begin = std::chrono::steady_clock::now();
-        ASSERT_TRUE(capture->VideoDeviceController()->Focus()->TrySetValue(reads ? 100 : 200));
-        setFormat(capture, 1);
+        change(*capture->VideoDeviceController());
         ASSERT_TRUE(still(capture));
         EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(500));
+    }
+
+    const MediaCapture capture = open();
+    const FrameClock clock{*driver, Path};
+};
+
+TEST_F(TimeForTheLens, IsGivenAfterAChangeOfFocus) {
+    const auto reader = startReader(capture);
+    expectHalfASecond([](auto& controller) { ASSERT_TRUE(controller.Focus()->TrySetValue(100)); });
+}
+
+TEST_F(TimeForTheLens, IsGivenAlsoWhereAnotherSettingFollows) {
+    const auto reader = startReader(capture);
+    expectHalfASecond([](auto& controller) {
+        ASSERT_TRUE(controller.Focus()->TrySetValue(100));
+        ASSERT_TRUE(controller.Exposure()->TrySetValue(-5));
+    });
+}
+
+TEST_F(TimeForTheLens, IsGivenAlsoWhereTheStreamStartsMeanwhile) {
+    for (const bool reads : {false, true}) {
+        const auto reader = reads ? startReader(capture) : nullptr;
+        expectHalfASecond([&](auto& controller) {
+            ASSERT_TRUE(controller.Focus()->TrySetValue(reads ? 100 : 200));
+            setFormat(capture, 1);
+        });
     }
 }
 
