@@ -11,14 +11,14 @@ MAY_INCLUDE = {
     "Platform/Interface": [],
     "Platform/Imaging": ["Platform/Interface"],
     "Platform/Shared": ["Platform/Interface", "Platform/Imaging", "Framework/CXX/Common"],
-    "Platform/Linux": ["Platform/Interface", "Framework/CXX/Common"],
     "Platform/V4l2": ["Platform/Interface", "Platform/Imaging", "Platform/Shared", "Framework/CXX/Common"],
     "Platform/Simulated": ["Platform/Interface", "Platform/Imaging", "Platform/Shared", "Framework/CXX/Common"],
     "Framework/CXX/Common": [],
+    "Framework/CXX/System": ["Platform/Interface", "Framework/CXX/Common"],
     "Framework/CXX/Json": ["Framework/CXX/Common"],
     "Framework/CXX/Network": ["Framework/CXX/Common"],
-    "Framework/CXX/Diagnostics": ["Framework/CXX/Common", "Platform/Linux"],
-    "Services": ["Framework", "Platform/Interface", "Platform/Linux"],
+    "Framework/CXX/Diagnostics": ["Framework/CXX/Common", "Framework/CXX/System"],
+    "Services": ["Framework", "Platform/Interface"],
     "Tests": ["Framework", "Platform", "Services"],
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/Storage.h"
-#include "Platform/Linux/ExecutablePath.h"
+#include "Framework/CXX/System/ExecutablePath.h"
 #include "Services/CameraTestDriver/Console.h"
 
 #include <filesystem>

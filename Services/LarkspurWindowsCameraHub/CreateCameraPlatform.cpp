@@ -1,7 +1,7 @@
 #include "Services/LarkspurWindowsCameraHub/CreateCameraPlatform.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Linux/EnvironmentVariable.h"
+#include "Framework/CXX/System/EnvironmentVariable.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 #include "Platform/V4l2/V4l2Platform.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Linux/RegistryFile.h"
+#include "Framework/CXX/System/RegistryFile.h"
 
 #include <chrono>
 #include <memory>

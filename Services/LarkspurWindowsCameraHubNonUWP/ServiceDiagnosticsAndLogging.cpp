@@ -2,7 +2,7 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/DiagnosticsFactories.h"
-#include "Platform/Linux/DebuggerTest.h"
+#include "Framework/CXX/System/DebuggerTest.h"
 
 #include <log4cxx/consoleappender.h>
 #include <log4cxx/helpers/pool.h>

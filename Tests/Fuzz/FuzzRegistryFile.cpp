@@ -1,6 +1,6 @@
 // The registry file: UTF-8 or UTF-16, from whatever program has written it.
 
-#include "Platform/Linux/RegistryFile.h"
+#include "Framework/CXX/System/RegistryFile.h"
 #include "Tests/Fuzz/FuzzTarget.h"
 
 #include <array>

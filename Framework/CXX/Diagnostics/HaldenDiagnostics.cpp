@@ -7,7 +7,7 @@
 #include "Framework/CXX/Diagnostics/LoggingProperties.h"
 #include "Framework/CXX/Diagnostics/PathText.h"
 #include "Framework/CXX/Diagnostics/RunFolderEntry.h"
-#include "Platform/Linux/DataFolders.h"
+#include "Framework/CXX/System/DataFolders.h"
 
 #include <cstdlib>
 #include <ctime>

@@ -2,7 +2,7 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
 #include "Framework/CXX/Diagnostics/PathText.h"
-#include "Platform/Linux/CrashReporter/CrashReporter.h"
+#include "Framework/CXX/System/CrashReporter/CrashReporter.h"
 
 namespace {
 

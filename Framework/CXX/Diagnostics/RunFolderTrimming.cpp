@@ -2,7 +2,7 @@
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
 #include "Framework/CXX/Diagnostics/PathText.h"
 #include "Framework/CXX/Diagnostics/RunFolderEntry.h"
-#include "Platform/Linux/FolderWalk.h"
+#include "Framework/CXX/System/FolderWalk.h"
 
 #include <algorithm>
 #include <cstdio>

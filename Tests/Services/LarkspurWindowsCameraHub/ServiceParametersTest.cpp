@@ -1,7 +1,7 @@
 #include "Services/LarkspurWindowsCameraHub/ServiceParameters.h"
 
-#include "Tests/Platform/Linux/ScopedEnvironment.h"
-#include "Tests/Platform/Linux/TemporaryFolder.h"
+#include "Tests/Framework/CXX/System/ScopedEnvironment.h"
+#include "Tests/Framework/CXX/System/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
 
 #include "Framework/CXX/Diagnostics/DiagnosticsFactories.h"
-#include "Platform/Linux/FolderWalk.h"
+#include "Framework/CXX/System/FolderWalk.h"
 
 #include <fcntl.h>
 #include <log4cxx/logmanager.h>

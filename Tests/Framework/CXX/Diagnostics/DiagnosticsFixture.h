@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
-#include "Tests/Platform/Linux/ScopedEnvironment.h"
-#include "Tests/Platform/Linux/TemporaryFolder.h"
+#include "Tests/Framework/CXX/System/ScopedEnvironment.h"
+#include "Tests/Framework/CXX/System/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

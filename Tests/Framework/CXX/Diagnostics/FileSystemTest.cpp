@@ -1,7 +1,7 @@
 #include "Framework/CXX/Diagnostics/FileSystem.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Tests/Platform/Linux/TemporaryFolder.h"
+#include "Tests/Framework/CXX/System/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

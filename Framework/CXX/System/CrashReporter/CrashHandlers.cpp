@@ -1,0 +1,145 @@
+#include "Framework/CXX/System/CrashReporter/CrashHandlers.h"
+
+#include "Framework/CXX/System/CrashReporter/CrashRecord.h"
+#include "Framework/CXX/System/CrashReporter/CrashSite.h"
+#include "Framework/CXX/System/CrashReporter/HangAlarm.h"
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+
+namespace Platform::Linux {
+
+namespace {
+
+constexpr long waitBeyondHelperInMs = 5000; // for the writing itself
+
+enum class Claim {
+    first,   ///< this thread records
+    again,   ///< this thread is at it already and has crashed in doing so
+    late,    ///< another thread is at it
+    notOurs, ///< not installed (any more), or a forked child
+};
+
+Claim claimCrash(CrashSite& site) noexcept {
+    // In a child of vfork() this is the parent's memory: nothing may be written before this test.
+    if (!site.installed || getpid() != site.process) {
+        return Claim::notOurs;
+    }
+    pid_t none = 0;
+    const pid_t self = threadId();
+    if (site.crashingThread.compare_exchange_strong(none, self)) {
+        return Claim::first;
+    }
+    return none == self ? Claim::again : Claim::late;
+}
+
+/// The other thread ends the process. Bounded all the same, in case it can't.
+void waitForTheOtherThread(const CrashSite& site) noexcept {
+    constexpr long napInMs = 10;
+    const std::timespec nap{0, napInMs * 1'000'000};
+    for (long waited = 0; waited < site.helperTimeLimitInMs + waitBeyondHelperInMs; waited += napInMs) {
+        nanosleep(&nap, nullptr);
+    }
+}
+
+void record(CrashSite& site, const siginfo_t* info, const ExceptionText* exception,
+            const ucontext_t& context) noexcept {
+    CrashReason reason{info, exception, &context, {}};
+    clock_gettime(CLOCK_REALTIME, &reason.time);
+    site.stage = CrashStage::recording;
+    site.reserved.release();
+    recordCrash(site, reason);
+    restorePreviousActions(site);
+    site.stage = CrashStage::recorded;
+}
+
+/// The signal comes once more as soon as the handler returns, at the very instruction and with the very
+/// information of the first time, and meets the disposition that stood before the install.
+void raiseAgain(int number, siginfo_t* info) noexcept {
+    if (syscall(SYS_rt_tgsigqueueinfo, getpid(), threadId(), number, info) != 0) {
+        syscall(SYS_tgkill, getpid(), threadId(), number);
+    }
+}
+
+void endBySignal(int number) noexcept {
+    struct sigaction byDefault {};
+    byDefault.sa_handler = SIG_DFL;
+    sigaction(number, &byDefault, nullptr);
+}
+
+/// A text may be asked of anybody's code, with any lock held and a heap that may be broken.
+void describeException(CrashSite& site) noexcept {
+    site.stage = CrashStage::describing;
+    const HangAlarm alarm(site.helperTimeLimitInMs);
+    describeCurrentException(site.exception, site.describeException);
+}
+
+void recordException(CrashSite& site) noexcept {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    static ucontext_t context; // not on the stack: it may be as good as full
+    getcontext(&context);
+    record(site, nullptr, &site.exception, context);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+} // namespace
+
+void onCrashSignal(int number, siginfo_t* info, void* context) noexcept {
+    const int savedErrno = errno;
+    CrashSite& site = crashSite();
+    switch (claimCrash(site)) {
+    case Claim::first:
+        record(site, info, nullptr, *static_cast<const ucontext_t*>(context));
+        break;
+    case Claim::again:
+        if (site.stage == CrashStage::describing) {
+            record(site, info, &site.exception, *static_cast<const ucontext_t*>(context));
+        } else {
+            endBySignal(number);
+        }
+        break;
+    case Claim::late:
+        waitForTheOtherThread(site);
+        endBySignal(number);
+        break;
+    case Claim::notOurs:
+        restorePreviousActions(site);
+        break;
+    }
+    raiseAgain(number, info);
+    errno = savedErrno;
+}
+
+void onTerminate() noexcept {
+    CrashSite& site = crashSite();
+    switch (claimCrash(site)) {
+    case Claim::first:
+        describeException(site);
+        recordException(site);
+        break;
+    case Claim::again:
+        if (site.stage == CrashStage::describing) {
+            recordException(site);
+        }
+        break;
+    case Claim::late:
+        waitForTheOtherThread(site);
+        break;
+    case Claim::notOurs:
+        restorePreviousActions(site);
+        break;
+    }
+    if (site.previousTerminate != nullptr) {
+        site.previousTerminate();
+    }
+    std::abort();
+}
+
+} // namespace Platform::Linux

@@ -1,0 +1,132 @@
+#include "Framework/CXX/System/CrashReporter/CrashReporter.h"
+
+#include "Framework/CXX/System/CrashReporter/CrashHandlers.h"
+#include "Framework/CXX/System/CrashReporter/CrashSite.h"
+#include "Framework/CXX/System/CrashReporter/ThreadAlternateStacks.h"
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <system_error>
+
+namespace Platform::Linux {
+
+namespace {
+
+constexpr std::size_t longestIdentity = 200;
+constexpr std::size_t longestFolder = PATH_MAX - 100; // leaves room for a record's name
+
+bool isOurs(const struct sigaction& action) noexcept {
+    return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == onCrashSignal;
+}
+
+template <std::size_t Capacity> void assign(RawText<Capacity>& target, const std::string& value) noexcept {
+    target.clear();
+    target.text(value);
+}
+
+/// False if a text does not fit. Changes nothing that a reporter at work relies on: none is.
+bool fill(CrashSite& site, const CrashReporterInstallRecord& record) {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::absolute(record.reportFolder, error);
+    const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::filesystem::path helper =
+        record.helper.empty() ? executable.parent_path() / "LarkspurCrashHelper" : record.helper;
+    if (record.applicationName.size() > longestIdentity || record.applicationVersion.size() > longestIdentity ||
+        folder.native().size() > longestFolder || helper.native().size() > longestFolder ||
+        !std::filesystem::is_directory(folder, error)) {
+        return false;
+    }
+    assign(site.applicationName, record.applicationName);
+    assign(site.applicationVersion, record.applicationVersion);
+    assign(site.reportFolder, folder.native());
+    assign(site.executable, executable.native());
+    assign(site.helper, helper.native());
+    site.writeCoreFile = record.writeCoreFile;
+    site.screenshotAsked = false;
+    site.helperTimeLimitInMs = record.helperTimeLimit.count();
+    site.describeException = record.describeException;
+    site.utcOffsets.learn(std::time(nullptr));
+    site.process = getpid();
+    site.exception = {};
+    return true;
+}
+
+bool takeSignals(CrashSite& site) noexcept {
+    struct sigaction action {};
+    action.sa_sigaction = onCrashSignal;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    sigfillset(&action.sa_mask);
+    bool taken = true;
+    for (std::size_t i = 0; i < crashSignals.size(); ++i) {
+        taken = sigaction(crashSignals[i], nullptr, &site.previousActions[i]) == 0 && taken;
+    }
+    for (std::size_t i = 0; taken && i < crashSignals.size(); ++i) {
+        taken = sigaction(crashSignals[i], &action, nullptr) == 0;
+    }
+    if (!taken) {
+        restorePreviousActions(site);
+    }
+    return taken;
+}
+
+constinit CrashSite theSite;
+
+} // namespace
+
+CrashSite& crashSite() noexcept { return theSite; }
+
+pid_t threadId() noexcept { return static_cast<pid_t>(syscall(SYS_gettid)); }
+
+void restorePreviousActions(const CrashSite& site) noexcept {
+    for (std::size_t i = 0; i < crashSignals.size(); ++i) {
+        struct sigaction current {};
+        if (sigaction(crashSignals[i], nullptr, &current) == 0 && isOurs(current)) {
+            sigaction(crashSignals[i], &site.previousActions[i], nullptr);
+        }
+    }
+}
+
+bool installCrashReporter(const CrashReporterInstallRecord& record) {
+    CrashSite& site = crashSite();
+    if (site.installed || site.stage != CrashStage::none || !fill(site, record)) {
+        return false;
+    }
+    keepAlternateStack();
+    if (!takeSignals(site)) {
+        dropAlternateStack();
+        return false;
+    }
+    site.reserved.take();
+    site.previousTerminate = std::set_terminate(onTerminate);
+    site.installed = true;
+    return true;
+}
+
+bool addScreenshotToCrashReports() {
+    CrashSite& site = crashSite();
+    if (site.installed) {
+        site.screenshotAsked = true;
+    }
+    return site.installed;
+}
+
+void uninstallCrashReporter() {
+    CrashSite& site = crashSite();
+    if (!site.installed) {
+        return;
+    }
+    restorePreviousActions(site);
+    if (std::get_terminate() == onTerminate) {
+        std::set_terminate(site.previousTerminate);
+    }
+    site.installed = false;
+    dropAlternateStack();
+    site.reserved.release();
+    if (site.stage == CrashStage::recorded) { // and a handler from before the install saved the process
+        site.stage = CrashStage::none;
+        site.crashingThread = 0;
+    }
+}
+
+} // namespace Platform::Linux

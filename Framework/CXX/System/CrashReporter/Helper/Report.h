@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Framework/CXX/System/CrashReporter/Helper/CrashedProcess.h"
+
+#include <cstdio>
+
+namespace Platform::Linux {
+
+/// Appends the crashing thread's stack, the other threads' stacks, registers and modules, each section
+/// written out as soon as it is complete.
+void writeReport(CrashedProcess& process, std::FILE* file);
+
+} // namespace Platform::Linux

@@ -1,0 +1,51 @@
+#include "Framework/CXX/System/DataFolders.h"
+
+#include "Tests/Framework/CXX/System/ScopedEnvironment.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Platform::Linux::commonDataFolder;
+using Platform::Linux::localDataFolder;
+
+TEST(DataFolders, CommonDataIsWhereTheVariableSays) {
+    const ScopedEnvironment variable("CAMERA_HUB_COMMON_DATA", "/some/where");
+    EXPECT_EQ(commonDataFolder(), "/some/where");
+}
+
+TEST(DataFolders, CommonDataIsInVarLibOtherwise) {
+    const ScopedEnvironment variable("CAMERA_HUB_COMMON_DATA", std::nullopt);
+    EXPECT_EQ(commonDataFolder(), "/var/lib");
+}
+
+TEST(DataFolders, AnEmptyVariableCountsAsNotSet) {
+    const ScopedEnvironment common("CAMERA_HUB_COMMON_DATA", "");
+    const ScopedEnvironment local("CAMERA_HUB_LOCAL_DATA", "");
+    const ScopedEnvironment xdg("XDG_DATA_HOME", "/data/home");
+    EXPECT_EQ(commonDataFolder(), "/var/lib");
+    EXPECT_EQ(localDataFolder(), "/data/home");
+}
+
+TEST(DataFolders, LocalDataPrefersItsOwnVariable) {
+    const ScopedEnvironment local("CAMERA_HUB_LOCAL_DATA", "/local");
+    const ScopedEnvironment xdg("XDG_DATA_HOME", "/data/home");
+    EXPECT_EQ(localDataFolder(), "/local");
+}
+
+TEST(DataFolders, LocalDataLiesInTheHomeFolderOtherwise) {
+    const ScopedEnvironment local("CAMERA_HUB_LOCAL_DATA", std::nullopt);
+    const ScopedEnvironment xdg("XDG_DATA_HOME", std::nullopt);
+    const ScopedEnvironment home("HOME", "/home/somebody");
+    EXPECT_EQ(localDataFolder(), "/home/somebody/.local/share");
+}
+
+TEST(DataFolders, TheUserDatabaseKnowsTheHomeFolderWithoutAVariable) {
+    const ScopedEnvironment local("CAMERA_HUB_LOCAL_DATA", std::nullopt);
+    const ScopedEnvironment xdg("XDG_DATA_HOME", std::nullopt);
+    const ScopedEnvironment home("HOME", std::nullopt);
+    const std::string folder = localDataFolder();
+    EXPECT_TRUE(folder.starts_with("/") && folder.ends_with("/.local/share")) << folder;
+}
+
+} // namespace

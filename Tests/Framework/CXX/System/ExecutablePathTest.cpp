@@ -1,0 +1,14 @@
+#include "Framework/CXX/System/ExecutablePath.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(ExecutablePath, IsThisTestProgram) {
+    const std::filesystem::path path = Platform::Linux::executablePath();
+    EXPECT_TRUE(path.is_absolute());
+    EXPECT_EQ(path.filename(), "PlatformLinuxTests");
+    EXPECT_TRUE(std::filesystem::is_regular_file(path));
+}
+
+} // namespace
