@@ -12,4 +12,4 @@
 /// executable's folder are refused. Without an executable it is looked for at C:\. Blocks; raises the
 /// platform's errors.
 Platform::StorageFolder openOutputFolder(Console& console, const std::u16string& cameraName,
-                                         const std::filesystem::path& executable = Platform::Linux::executablePath());
+                                         const std::filesystem::path& executable = Halden::System::executablePath());

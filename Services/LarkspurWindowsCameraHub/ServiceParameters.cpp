@@ -10,9 +10,9 @@
 
 namespace {
 
-using Platform::Linux::RegistryFile;
-using Platform::Linux::RegistryKey;
-using Platform::Linux::RegistryType;
+using Halden::System::RegistryFile;
+using Halden::System::RegistryKey;
+using Halden::System::RegistryType;
 
 using Number = std::array<std::uint8_t, 4>; // low byte first
 

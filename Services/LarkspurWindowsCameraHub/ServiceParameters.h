@@ -9,7 +9,7 @@
 // call; what can't be read has its default. Any thread.
 
 /// The key with the hub's parameters; null if there is none.
-std::shared_ptr<const Platform::Linux::RegistryKey> openParametersKey();
+std::shared_ptr<const Halden::System::RegistryKey> openParametersKey();
 
 /// Off by default.
 bool isSimulatedCrashModeEnabled();

@@ -41,7 +41,7 @@ bool initializeRedirectedDiagnosticsAndLogging(const std::string& appName, const
 }
 
 bool initializeCrashRecordingAndConsoleLogging() {
-    const bool debugged = Platform::Linux::isDebuggerPresent();
+    const bool debugged = Halden::System::isDebuggerPresent();
     if (!debugged && !diagnostics()->installCrashRecording(true, 0)) {
         LOG4CXX_ERROR(serviceLogger(), "Failed initializing crash dump recording!");
         return false;

@@ -6,7 +6,7 @@
 #include <array>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace Platform::Linux;
+    using namespace Halden::System;
     const auto file = RegistryFile::parse({reinterpret_cast<const char*>(data), size});
     const auto key = file.openKey("HKEY_LOCAL_MACHINE\\SOFTWARE\\Larkspur");
     if (!key)

@@ -57,7 +57,7 @@ void HaldenDiagnostics::initializeLogging() {
     } else {
         // This place only decides that a configuration exists: the run goes below the common folder all the same.
         const std::u16string local =
-            Halden::joinPaths(Halden::toUtf16(Platform::Linux::localDataFolder()), makerFolderName);
+            Halden::joinPaths(Halden::toUtf16(Halden::System::localDataFolder()), makerFolderName);
         if (holdsProperties(Halden::joinPaths(local, appFolderName))) {
             fillFolders(commonFolder);
         }
@@ -73,7 +73,7 @@ void HaldenDiagnostics::initializeLogging() {
 
 std::u16string HaldenDiagnostics::createCommonFolder(const std::u16string& appFolderName) const {
     const std::u16string maker =
-        Halden::joinPaths(Halden::toUtf16(Platform::Linux::commonDataFolder()), makerFolderName);
+        Halden::joinPaths(Halden::toUtf16(Halden::System::commonDataFolder()), makerFolderName);
     _fileSystem->create_directory(maker);
     std::u16string folder = Halden::joinPaths(maker, appFolderName);
     _fileSystem->create_directory(folder);

@@ -28,15 +28,15 @@ bool HaldenDiagnostics::installCrashRecording(bool silent, std::uint32_t /* mini
     if (!Halden::isFolder(crashFolder)) {
         return false;
     }
-    Platform::Linux::CrashReporterInstallRecord record;
+    Halden::System::CrashReporterInstallRecord record;
     record.applicationName = Halden::toUtf8(_appName);
     record.applicationVersion = Halden::toUtf8(_version);
     record.reportFolder = Halden::toUtf8(crashFolder);
     record.describeException = describeHaldenException;
-    if (!Platform::Linux::installCrashReporter(record)) {
+    if (!Halden::System::installCrashReporter(record)) {
         return false;
     }
-    if (!silent && !Platform::Linux::addScreenshotToCrashReports()) {
+    if (!silent && !Halden::System::addScreenshotToCrashReports()) {
         return false;
     }
     _folders.crashFolder = crashFolder;
@@ -45,7 +45,7 @@ bool HaldenDiagnostics::installCrashRecording(bool silent, std::uint32_t /* mini
 
 void HaldenDiagnostics::uninstallCrashRecording() {
     if (isCrashRecordingInstalled()) {
-        Platform::Linux::uninstallCrashReporter();
+        Halden::System::uninstallCrashReporter();
     }
     _folders.crashFolder.clear();
 }

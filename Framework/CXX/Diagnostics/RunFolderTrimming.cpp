@@ -12,10 +12,10 @@
 
 namespace {
 
-std::deque<RunFolderEntry> findRunFolders(Platform::Linux::FolderWalk& walk) {
+std::deque<RunFolderEntry> findRunFolders(Halden::System::FolderWalk& walk) {
     std::deque<RunFolderEntry> found;
     walk.next(); // the folder itself comes first
-    while (const std::optional<Platform::Linux::FolderEntry> entry = walk.next()) {
+    while (const std::optional<Halden::System::FolderEntry> entry = walk.next()) {
         RunFolderEntry folder = RunFolderEntry::ofName(Halden::toUtf16(entry->name));
         if (folder.hasTime) {
             folder.creationTime = entry->creationTime;
@@ -31,7 +31,7 @@ std::deque<RunFolderEntry> findRunFolders(Platform::Linux::FolderWalk& walk) {
 void HaldenDiagnostics::trimRunFolders(int keepCount) {
     requireValid();
     const std::u16string all = Halden::joinPaths(_folders.baseFolder, diagnosticsFolderName);
-    Platform::Linux::FolderWalk walk(Halden::toUtf8(all));
+    Halden::System::FolderWalk walk(Halden::toUtf8(all));
     if (walk.openError() != 0) {
         std::printf("FindFirstFile failed (%d)\n", walk.openError());
         return;

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -39,4 +39,4 @@ std::string localDataFolder() {
     return environmentVariableOr("CAMERA_HUB_LOCAL_DATA", perUser);
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

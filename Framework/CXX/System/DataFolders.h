@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// The folder for the data of all users: $CAMERA_HUB_COMMON_DATA, else /var/lib. Not tested for existence.
 std::string commonDataFolder();
@@ -11,4 +11,4 @@ std::string commonDataFolder();
 /// the home folder. Not tested for existence; empty for a user without a home.
 std::string localDataFolder();
 
-} // namespace Platform::Linux
+} // namespace Halden::System

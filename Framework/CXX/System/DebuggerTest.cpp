@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 bool isDebuggerPresent() {
     constexpr std::string_view field = "TracerPid:"; // 0 when nobody traces
@@ -18,4 +18,4 @@ bool isDebuggerPresent() {
     return false;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -1,8 +1,8 @@
 #pragma once
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// Whether another process traces this one. False if the system does not tell.
 bool isDebuggerPresent();
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -2,11 +2,11 @@
 
 #include <system_error>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 std::filesystem::path executablePath() {
     std::error_code error;
     return std::filesystem::read_symlink("/proc/self/exe", error);
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// The file that this process runs; empty if the system does not tell.
 std::filesystem::path executablePath();
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -63,4 +63,4 @@ std::int64_t FolderWalk::creationTime(const std::string& name) const {
     return creationTimeOf(attributes);
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -9,7 +9,7 @@
 
 struct statx;
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 struct FolderEntry {
     std::string name;              ///< as the file system has it, without the folder
@@ -48,4 +48,4 @@ private:
     int _delivered = 0;
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -139,4 +139,4 @@ void RegistryFile::deleteKey(const std::string& path) {
     std::erase_if(_keys, [&](const auto& key) { return key.first == path || key.first.starts_with(path + '\\'); });
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

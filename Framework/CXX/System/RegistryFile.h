@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// The values of one key. Names are found without regard to case; the key's default value has the name "".
 class RegistryKey {
@@ -49,4 +49,4 @@ private:
     std::map<std::string, std::shared_ptr<RegistryKey>, std::less<>> _keys; // by the path in small letters
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

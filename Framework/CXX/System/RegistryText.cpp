@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -96,4 +96,4 @@ std::string lowered(std::string_view text) {
     return small;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// The lines of an exported file as UTF-8, without line ends. The bytes are UTF-16 in either byte order if they
 /// begin with its mark, else UTF-8 with or without one. A line that is no well-formed UTF-16 becomes empty.
@@ -21,4 +21,4 @@ std::optional<std::string> takeQuoted(std::string_view& text);
 /// ASCII letters become small. Names are compared in this form.
 std::string lowered(std::string_view text);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <string>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -91,4 +91,4 @@ std::optional<RegistryValue> parseRegistryValue(std::string_view text) {
     return std::nullopt;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

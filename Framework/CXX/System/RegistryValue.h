@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// The types of values, with the numbers of the registry. A file may hold others by number.
 enum class RegistryType : std::uint32_t {
@@ -24,4 +24,4 @@ struct RegistryValue {
 /// comment behind it. Nothing for any other text.
 std::optional<RegistryValue> parseRegistryValue(std::string_view text);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -3,7 +3,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -54,4 +54,4 @@ AlternateStack::~AlternateStack() {
     munmap(_memory, _size);
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

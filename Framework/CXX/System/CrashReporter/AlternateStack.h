@@ -3,7 +3,7 @@
 #include <csignal>
 #include <cstddef>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// A stack for signal handlers of the calling thread, with a guard page below, so that the overflow of
 /// the ordinary stack can be handled; the earlier one comes back in the end. Does nothing in a thread that
@@ -21,4 +21,4 @@ private:
     stack_t _previous = {};
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

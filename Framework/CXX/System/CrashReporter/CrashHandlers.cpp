@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <ctime>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -142,4 +142,4 @@ void onTerminate() noexcept {
     std::abort();
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

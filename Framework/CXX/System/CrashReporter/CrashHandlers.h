@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// The handler of the crash signals (SA_SIGINFO).
 void onCrashSignal(int number, siginfo_t* info, void* context) noexcept;
@@ -12,4 +12,4 @@ void onCrashSignal(int number, siginfo_t* info, void* context) noexcept;
 /// The terminate handler.
 [[noreturn]] void onTerminate() noexcept;
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -133,4 +133,4 @@ const ReasonText& describeReason(const CrashReason& reason) noexcept {
     return inOneLine(text);
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <ctime>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// Why the process dies, and where.
 struct CrashReason {
@@ -23,4 +23,4 @@ using ReasonText = RawText<4000>;
 /// One sentence for a person, without an end of line. Async-signal-safe; returns static memory.
 const ReasonText& describeReason(const CrashReason& reason) noexcept;
 
-} // namespace Platform::Linux
+} // namespace Halden::System

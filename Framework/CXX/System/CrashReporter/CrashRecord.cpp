@@ -9,7 +9,7 @@
 
 #include <cstdlib>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -84,4 +84,4 @@ void recordCrash(const CrashSite& site, const CrashReason& reason) noexcept {
     }
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

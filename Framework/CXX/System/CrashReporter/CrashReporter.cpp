@@ -9,7 +9,7 @@
 
 #include <system_error>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -129,4 +129,4 @@ void uninstallCrashReporter() {
     }
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

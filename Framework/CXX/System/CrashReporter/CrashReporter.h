@@ -22,7 +22,7 @@
 /// does every thread that starts in a program that links this library, whoever starts it (see
 /// ThreadAlternateStacks.cpp). Not covered: SIGKILL; faults in a thread that blocks the signal of the
 /// fault; stack overflow in threads made by a bare clone(); children made by fork() without exec.
-namespace Platform::Linux {
+namespace Halden::System {
 
 struct CrashReporterInstallRecord {
     /// Turns the exception being handled (`throw;` reaches it) into UTF-8 text; empty for a type that it
@@ -53,4 +53,4 @@ bool addScreenshotToCrashReports();
 /// stack. A handler that somebody set after the install stays. Does nothing if not installed.
 void uninstallCrashReporter();
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -15,7 +15,7 @@
 #include <cstddef>
 #include <exception>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// The signals that are recorded.
 inline constexpr std::array<int, 5> crashSignals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
@@ -64,4 +64,4 @@ void restorePreviousActions(const CrashSite& site) noexcept;
 /// The kernel's number of the calling thread. Async-signal-safe.
 pid_t threadId() noexcept;
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <typeinfo>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -119,4 +119,4 @@ void describeCurrentException(ExceptionText& result, DescribeException describe)
     }
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

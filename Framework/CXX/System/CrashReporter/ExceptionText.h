@@ -3,7 +3,7 @@
 #include "Framework/CXX/System/CrashReporter/CrashReporter.h"
 #include "Framework/CXX/System/CrashReporter/RawText.h"
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// What is known of an uncaught exception.
 struct ExceptionText {
@@ -16,4 +16,4 @@ struct ExceptionText {
 /// half-way. Neither what() nor the describing function may throw out of here.
 void describeCurrentException(ExceptionText& result, CrashReporterInstallRecord::DescribeException describe) noexcept;
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <ctime>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 // The bare calls: the C library's may allocate.
 HangAlarm::HangAlarm(long limitInMs) noexcept {
@@ -30,4 +30,4 @@ HangAlarm::~HangAlarm() {
     }
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// While it stands, the calling thread gets SIGABRT once it has hung for that long, whatever it hangs in. Neither
 /// allocates nor locks.
@@ -15,4 +15,4 @@ private:
     int _timer = -1; ///< the kernel's number; -1 if it gave none
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

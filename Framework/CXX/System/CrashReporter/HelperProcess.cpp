@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <ctime>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -130,4 +130,4 @@ HelperResult runHelper(const CrashSite& site, int record, const PathText& coreFi
     return result;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

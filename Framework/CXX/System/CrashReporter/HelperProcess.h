@@ -3,7 +3,7 @@
 #include "Framework/CXX/System/CrashReporter/CrashReason.h"
 #include "Framework/CXX/System/CrashReporter/CrashSite.h"
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 enum class HelperResult {
     finished,
@@ -16,4 +16,4 @@ enum class HelperResult {
 /// `coreFile`: empty, or where to write a core file. Async-signal-safe.
 HelperResult runHelper(const CrashSite& site, int record, const PathText& coreFile, const CrashReason& reason) noexcept;
 
-} // namespace Platform::Linux
+} // namespace Halden::System

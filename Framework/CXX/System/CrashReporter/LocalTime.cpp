@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -56,4 +56,4 @@ LocalTime UtcOffsets::localTime(std::time_t moment) const noexcept {
             offset};
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <ctime>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// A moment on the wall clock.
 struct LocalTime {
@@ -37,4 +37,4 @@ private:
     std::size_t _count = 0;
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

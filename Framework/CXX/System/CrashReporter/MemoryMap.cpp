@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <charconv>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -71,4 +71,4 @@ void MemoryMap::parse() noexcept {
     }
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

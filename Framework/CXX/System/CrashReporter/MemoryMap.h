@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// One line of /proc/self/maps.
 struct Mapping {
@@ -37,4 +37,4 @@ private:
     std::size_t _count = 0;
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 void writeAll(int descriptor, std::string_view text) noexcept {
     while (!text.empty()) {
@@ -18,4 +18,4 @@ void writeAll(int descriptor, std::string_view text) noexcept {
     }
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// Text in a buffer of its own, for places where nothing may be allocated. What does not fit is cut off,
 /// never inside a UTF-8 sequence. Always ends with a NUL.
@@ -72,4 +72,4 @@ private:
 /// Writes it all, whatever the number of pieces; gives up silently on an error. Async-signal-safe.
 void writeAll(int descriptor, std::string_view text) noexcept;
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 #if !defined(__x86_64__)
 #error "Crash recording knows the registers of x86-64 only. Another processor needs its table here."
@@ -52,4 +52,4 @@ inline std::uint64_t instructionPointer(const ucontext_t& context) noexcept {
     return registerValue(context, dwarfRegisters[dwarfInstructionPointer]);
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 void ReservedDescriptors::take() noexcept {
     for (int& descriptor : _descriptors) {
@@ -22,4 +22,4 @@ void ReservedDescriptors::release() noexcept {
     }
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// File descriptors that are kept for the moment of a crash: a process that has used up all of them is
 /// likely to die of just that, and could not open its record then.
@@ -18,4 +18,4 @@ private:
     std::array<int, 4> _descriptors = {-1, -1, -1, -1}; // the record, the two ends of a pipe, the memory map
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

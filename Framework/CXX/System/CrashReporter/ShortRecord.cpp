@@ -12,7 +12,7 @@
 #include <bit>
 #include <cstdint>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -95,4 +95,4 @@ void writeShortRecord(int file, HelperResult helperResult, const ucontext_t& con
     writeAll(file, map.text());
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

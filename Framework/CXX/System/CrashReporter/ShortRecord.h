@@ -4,10 +4,10 @@
 
 #include <ucontext.h>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// Writes what a crashing process can tell of itself without help: why there is no more, registers,
 /// values on the stack that point into code, the memory map. Async-signal-safe.
 void writeShortRecord(int file, HelperResult helperResult, const ucontext_t& context) noexcept;
 
-} // namespace Platform::Linux
+} // namespace Halden::System

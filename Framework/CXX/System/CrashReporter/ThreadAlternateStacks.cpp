@@ -19,7 +19,7 @@
 #include <memory>
 #include <new>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -58,11 +58,11 @@ void keepAlternateStack() {
 
 void dropAlternateStack() noexcept { stackOfThisThread().reset(); }
 
-} // namespace Platform::Linux
+} // namespace Halden::System
 
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*routine)(void*),
                               void* argument) noexcept {
-    using namespace Platform::Linux;
+    using namespace Halden::System;
     std::unique_ptr<ThreadStart> start(new (std::nothrow) ThreadStart{routine, argument});
     const CreateThread next = nextCreateThread();
     if (!start || next == nullptr) {

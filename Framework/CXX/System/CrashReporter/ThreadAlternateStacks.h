@@ -1,9 +1,9 @@
 #pragma once
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// Gives the calling thread an alternate stack until dropAlternateStack or its end.
 void keepAlternateStack();
 void dropAlternateStack() noexcept;
 
-} // namespace Platform::Linux
+} // namespace Halden::System

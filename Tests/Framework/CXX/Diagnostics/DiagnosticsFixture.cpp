@@ -18,7 +18,7 @@ std::int64_t creationTime(const std::filesystem::path& path) {
     if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BTIME | STATX_MTIME, &attributes) != 0) {
         throw std::runtime_error("no time of " + path.string());
     }
-    return Platform::Linux::creationTimeOf(attributes);
+    return Halden::System::creationTimeOf(attributes);
 }
 
 } // namespace

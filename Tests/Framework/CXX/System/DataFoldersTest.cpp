@@ -6,8 +6,8 @@
 
 namespace {
 
-using Platform::Linux::commonDataFolder;
-using Platform::Linux::localDataFolder;
+using Halden::System::commonDataFolder;
+using Halden::System::localDataFolder;
 
 TEST(DataFolders, CommonDataIsWhereTheVariableSays) {
     const ScopedEnvironment variable("CAMERA_HUB_COMMON_DATA", "/some/where");

@@ -8,9 +8,9 @@ namespace {
 
 TEST(DebuggerTest, ATracedProcessHasADebugger) {
     const int result = runInChild([] {
-        ASSERT_FALSE(Platform::Linux::isDebuggerPresent());
+        ASSERT_FALSE(Halden::System::isDebuggerPresent());
         ASSERT_TRUE(letParentTrace());
-        EXPECT_TRUE(Platform::Linux::isDebuggerPresent());
+        EXPECT_TRUE(Halden::System::isDebuggerPresent());
     });
     EXPECT_EQ(result, 0);
 }

@@ -15,8 +15,8 @@
 
 namespace {
 
-using Platform::Linux::FolderEntry;
-using Platform::Linux::FolderWalk;
+using Halden::System::FolderEntry;
+using Halden::System::FolderWalk;
 
 std::vector<std::string> namesIn(const std::filesystem::path& folder) {
     FolderWalk walk(folder);
@@ -96,7 +96,7 @@ TEST(CreationTimeOf, IsTheBirthTimeWhereThereIsOne) {
     attributes.stx_btime.tv_sec = 5;
     attributes.stx_btime.tv_nsec = 7;
     attributes.stx_mtime.tv_sec = 9;
-    EXPECT_EQ(Platform::Linux::creationTimeOf(attributes), 5'000'000'007);
+    EXPECT_EQ(Halden::System::creationTimeOf(attributes), 5'000'000'007);
 }
 
 TEST(CreationTimeOf, IsTheTimeOfTheLastChangeOtherwise) {
@@ -105,7 +105,7 @@ TEST(CreationTimeOf, IsTheTimeOfTheLastChangeOtherwise) {
     attributes.stx_btime.tv_sec = 5;
     attributes.stx_mtime.tv_sec = 9;
     attributes.stx_mtime.tv_nsec = 1;
-    EXPECT_EQ(Platform::Linux::creationTimeOf(attributes), 9'000'000'001);
+    EXPECT_EQ(Halden::System::creationTimeOf(attributes), 9'000'000'001);
 }
 
 } // namespace

@@ -12,9 +12,9 @@
 
 namespace {
 
-using Platform::Linux::RegistryFile;
-using Platform::Linux::RegistryKey;
-using Platform::Linux::RegistryType;
+using Halden::System::RegistryFile;
+using Halden::System::RegistryKey;
+using Halden::System::RegistryType;
 
 const std::string exported = "Windows Registry Editor Version 5.00\r\n"
                              "\r\n"

@@ -6,8 +6,8 @@
 
 namespace {
 
-using Platform::Linux::parseRegistryValue;
-using Platform::Linux::RegistryType;
+using Halden::System::parseRegistryValue;
+using Halden::System::RegistryType;
 using Bytes = std::vector<std::uint8_t>;
 
 void expectValue(std::string_view text, RegistryType type, const Bytes& data) {

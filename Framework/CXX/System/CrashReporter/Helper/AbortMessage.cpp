@@ -5,7 +5,7 @@
 #include <cstring>
 #include <optional>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -63,4 +63,4 @@ std::string abortMessage(Dwfl* dwfl, ProcessMemory& memory) {
     return text;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -6,10 +6,10 @@
 
 #include <string>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// What the C library had to say when it ended the process by itself (a failed assertion, damage found in
 /// the heap), without line ends; empty if it did not.
 std::string abortMessage(Dwfl* dwfl, ProcessMemory& memory);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <memory>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -114,4 +114,4 @@ std::string modulePlace(Dwfl* dwfl, std::uint64_t address) {
     return std::filesystem::path(name != nullptr ? name : "?").filename().string() + offset;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// One function at an address; an address in inlined code lies in several.
 struct CodePlace {
@@ -20,4 +20,4 @@ std::vector<CodePlace> codePlaces(Dwfl* dwfl, std::uint64_t address);
 /// "module+0x12ab", or empty if no module is there.
 std::string modulePlace(Dwfl* dwfl, std::uint64_t address);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

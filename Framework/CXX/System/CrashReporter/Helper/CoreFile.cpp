@@ -14,7 +14,7 @@
 #include <system_error>
 #include <vector>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -151,4 +151,4 @@ std::string writeCoreFile(const CrashedProcess& process, int signal, const std::
     return problem;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

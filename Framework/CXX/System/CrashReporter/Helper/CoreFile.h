@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// Writes an ELF core file that debuggers can open: general registers of all threads, private memory that
 /// differs from its file, the table of mapped files. Left out: floating-point registers, shared memory
@@ -12,4 +12,4 @@ namespace Platform::Linux {
 /// owner only. Returns the problem; empty: none.
 std::string writeCoreFile(const CrashedProcess& process, int signal, const std::string& path);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <iterator>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -121,4 +121,4 @@ std::string coreNotes(const CrashedProcess& process, int signal, const std::vect
     return notes;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// The bytes of the note segment of a core file: the process, its threads with their registers (the
 /// crashing one first), the auxiliary vector, the table of mapped files.
 std::string coreNotes(const CrashedProcess& process, int signal, const std::vector<ProcessMapping>& maps);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

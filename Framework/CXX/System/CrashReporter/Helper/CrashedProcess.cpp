@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -140,4 +140,4 @@ std::string CrashedProcess::walkStack(pid_t thread, const OnFrame& onFrame) {
     return reason != nullptr ? reason : "no reason given";
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// A process in which one thread waits for us in its crash handler, its threads held, its modules known.
 class CrashedProcess {
@@ -64,4 +64,4 @@ private:
     std::optional<std::uint64_t> _badJump;
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -35,7 +35,7 @@ void endInTime(std::uint64_t limitInMs) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    using namespace Platform::Linux;
+    using namespace Halden::System;
     if (argc < argumentsAtLeast) {
         std::fprintf(stderr, "This program is started by a crashing process.\n");
         return 2;

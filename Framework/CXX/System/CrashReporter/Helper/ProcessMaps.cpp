@@ -3,7 +3,7 @@
 #include <fstream>
 #include <sstream>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -44,4 +44,4 @@ std::vector<ProcessMapping> readMaps(pid_t process) {
     return maps;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// One piece of /proc/<process>/smaps.
 struct ProcessMapping {
@@ -24,4 +24,4 @@ struct ProcessMapping {
 
 std::vector<ProcessMapping> readMaps(pid_t process);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -5,7 +5,7 @@
 #include <bit>
 #include <cstring>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 bool ProcessMemory::read(std::uint64_t address, void* buffer, std::size_t size) const {
     const iovec local{buffer, size};
@@ -32,4 +32,4 @@ std::optional<std::uint64_t> ProcessMemory::word(std::uint64_t address) {
     return value;
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

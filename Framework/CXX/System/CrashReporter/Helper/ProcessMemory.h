@@ -8,7 +8,7 @@
 #include <optional>
 #include <unordered_map>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// Reads the memory of another process, which must not change meanwhile: pages are kept.
 class ProcessMemory {
@@ -29,4 +29,4 @@ private:
     std::unordered_map<std::uint64_t, Page> _pages;
 };
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -8,7 +8,7 @@
 #include <deque>
 #include <string>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -145,4 +145,4 @@ void writeReport(CrashedProcess& process, std::FILE* file) {
     writeModules(file, process);
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -4,10 +4,10 @@
 
 #include <cstdio>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// Appends the crashing thread's stack, the other threads' stacks, registers and modules, each section
 /// written out as soon as it is complete.
 void writeReport(CrashedProcess& process, std::FILE* file);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -13,7 +13,7 @@
 #include <system_error>
 #include <thread>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -103,4 +103,4 @@ void StoppedThreads::waitUntilStopped(pid_t thread, std::chrono::steady_clock::t
     state.problem = "it did not stop in time";
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

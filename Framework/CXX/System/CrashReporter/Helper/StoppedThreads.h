@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 /// One thread of the crashed process.
 struct ThreadState {
@@ -40,4 +40,4 @@ private:
 /// As the kernel shows it; empty if the thread is gone.
 std::string threadName(pid_t process, pid_t thread);
 
-} // namespace Platform::Linux
+} // namespace Halden::System

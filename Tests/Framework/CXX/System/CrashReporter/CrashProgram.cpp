@@ -32,7 +32,7 @@ Options readOptions(int argc, char* argv[]) {
 }
 
 bool install(const Options& options) {
-    Platform::Linux::CrashReporterInstallRecord record;
+    Halden::System::CrashReporterInstallRecord record;
     record.applicationName = "Crash Program \u00e9";
     record.applicationVersion = "7.3";
     record.reportFolder = options.at("reportFolder");
@@ -44,7 +44,7 @@ bool install(const Options& options) {
     if (options.contains("helperTimeLimit")) {
         record.helperTimeLimit = std::chrono::milliseconds(std::stol(options.at("helperTimeLimit")));
     }
-    return Platform::Linux::installCrashReporter(record);
+    return Halden::System::installCrashReporter(record);
 }
 
 /// An ordinary user's process into which nobody may look, as a program with file capabilities is.
@@ -93,7 +93,7 @@ int main(int argc, char* argv[]) {
         return 3;
     }
     if (options.contains("screenshot")) {
-        Platform::Linux::addScreenshotToCrashReports();
+        Halden::System::addScreenshotToCrashReports();
     }
     std::puts("ready");
     std::fflush(stdout);

@@ -13,10 +13,10 @@
 
 namespace CrashTest {
 
-using Platform::Linux::addScreenshotToCrashReports;
-using Platform::Linux::CrashReporterInstallRecord;
-using Platform::Linux::installCrashReporter;
-using Platform::Linux::uninstallCrashReporter;
+using Halden::System::addScreenshotToCrashReports;
+using Halden::System::CrashReporterInstallRecord;
+using Halden::System::installCrashReporter;
+using Halden::System::uninstallCrashReporter;
 
 namespace {
 

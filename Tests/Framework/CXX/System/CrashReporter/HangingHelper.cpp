@@ -11,7 +11,7 @@ int main(int argc, char* argv[]) {
     if (argc < 3) {
         return 2;
     }
-    const Platform::Linux::StoppedThreads held(std::atoi(argv[1]), std::atoi(argv[2]));
+    const Halden::System::StoppedThreads held(std::atoi(argv[1]), std::atoi(argv[2]));
     std::size_t count = 0;
     for (const auto& [thread, state] : held.threads()) {
         count += state.registers ? 1 : 0;

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 namespace {
 
@@ -90,4 +90,4 @@ TEST(UtcOffsets, AgreeWithTheCLibraryForFiveYears) {
     }
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace Platform::Linux {
+namespace Halden::System {
 
 TEST(RawText, WritesNumbers) {
     RawText<100> text;
@@ -39,4 +39,4 @@ TEST(RawText, IsEmptyAfterClear) {
     EXPECT_STREQ(text.c_str(), "");
 }
 
-} // namespace Platform::Linux
+} // namespace Halden::System
