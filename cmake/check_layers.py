@@ -14,7 +14,7 @@ MAY_INCLUDE = {
     "Platform/V4l2": ["Platform/Interface", "Platform/Imaging", "Platform/Shared", "Framework/CXX/Common"],
     "Platform/Simulated": ["Platform/Interface", "Platform/Imaging", "Platform/Shared", "Framework/CXX/Common"],
     "Framework/CXX/Common": [],
-    "Framework/CXX/System": ["Platform/Interface", "Framework/CXX/Common"],
+    "Framework/CXX/System": ["Framework/CXX/Common"],
     "Framework/CXX/Json": ["Framework/CXX/Common"],
     "Framework/CXX/Network": ["Framework/CXX/Common"],
     "Framework/CXX/Diagnostics": ["Framework/CXX/Common", "Framework/CXX/System"],

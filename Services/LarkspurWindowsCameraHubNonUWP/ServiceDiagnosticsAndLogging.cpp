@@ -3,6 +3,7 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/DiagnosticsFactories.h"
 #include "Framework/CXX/System/DebuggerTest.h"
+#include "Services/LarkspurWindowsCameraHubNonUWP/UncaughtException.h"
 
 #include <log4cxx/consoleappender.h>
 #include <log4cxx/helpers/pool.h>
@@ -41,6 +42,7 @@ bool initializeRedirectedDiagnosticsAndLogging(const std::string& appName, const
 }
 
 bool initializeCrashRecordingAndConsoleLogging() {
+    diagnostics()->describeUncaughtExceptionsWith(describeUncaughtException);
     const bool debugged = Halden::System::isDebuggerPresent();
     if (!debugged && !diagnostics()->installCrashRecording(true, 0)) {
         LOG4CXX_ERROR(serviceLogger(), "Failed initializing crash dump recording!");

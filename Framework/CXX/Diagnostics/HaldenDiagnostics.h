@@ -67,6 +67,11 @@ public:
     std::u16string createCurrentDataSubfolder(const std::u16string& relativePath);
     std::u16string createTraceSubfolder(const std::string& traceId, const std::u16string& relativePath);
 
+    /// What turns an exception that nothing caught into the text of its crash record: UTF-8, called while the exception
+    /// is handled, empty for one that it does not know. To be named before crash recording is installed.
+    using DescribeException = std::string (*)();
+    void describeUncaughtExceptionsWith(DescribeException describe);
+
     /// From now on a crash leaves a record in the run's Crash folder. False if that can't be had, or is so already.
     /// Throws the file system's errors.
     bool installCrashRecording(bool silent, std::uint32_t miniDumpType);
@@ -85,6 +90,7 @@ private:
     const std::u16string _appName;
     const std::u16string _version;
     std::u16string _redirectFolder;
+    DescribeException _describeException = nullptr;
     mutable std::mutex _mutex; // guards the current trace
     const IFileSystem* const _fileSystem;
 };

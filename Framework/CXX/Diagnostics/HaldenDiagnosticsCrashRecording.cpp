@@ -1,23 +1,9 @@
-#include "Framework/CXX/Common/RunCatch.h"
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
 #include "Framework/CXX/Diagnostics/PathText.h"
 #include "Framework/CXX/System/CrashReporter/CrashReporter.h"
 
-namespace {
-
-// Called while an exception is being handled.
-std::string describeHaldenException() {
-    try {
-        throw;
-    } catch (const Halden::HaldenExceptionBase& exception) {
-        return exception.getDescriptionUtf8();
-    } catch (...) {
-        return {};
-    }
-}
-
-} // namespace
+void HaldenDiagnostics::describeUncaughtExceptionsWith(DescribeException describe) { _describeException = describe; }
 
 bool HaldenDiagnostics::installCrashRecording(bool silent, std::uint32_t /* miniDumpType */) {
     if (isCrashRecordingInstalled()) {
@@ -32,7 +18,7 @@ bool HaldenDiagnostics::installCrashRecording(bool silent, std::uint32_t /* mini
     record.applicationName = Halden::toUtf8(_appName);
     record.applicationVersion = Halden::toUtf8(_version);
     record.reportFolder = Halden::toUtf8(crashFolder);
-    record.describeException = describeHaldenException;
+    record.describeException = _describeException;
     if (!Halden::System::installCrashReporter(record)) {
         return false;
     }

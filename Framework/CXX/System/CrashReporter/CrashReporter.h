@@ -26,7 +26,7 @@ namespace Halden::System {
 
 struct CrashReporterInstallRecord {
     /// Turns the exception being handled (`throw;` reaches it) into UTF-8 text; empty for a type that it
-    /// does not know. Asked for exceptions that are neither std::exception nor winrt::hresult_error.
+    /// does not know. Asked for exceptions that are neither std::exception, nor text, nor int.
     using DescribeException = std::string (*)();
 
     std::string applicationName;        ///< UTF-8, at most 200 bytes

@@ -1,14 +1,11 @@
 #include "Framework/CXX/System/CrashReporter/ExceptionText.h"
 
-#include "Platform/Interface/HresultError.h"
-
 #include <cxxabi.h>
 
 #include <cstdlib>
 #include <exception>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <typeinfo>
 
 namespace Halden::System {
@@ -19,38 +16,6 @@ using Text = RawText<3000>;
 using DescribeException = CrashReporterInstallRecord::DescribeException;
 
 constexpr int deepestNesting = 8;
-
-/// Unpaired surrogates become U+FFFD: a text that is not well-formed still tells more than none.
-void addUtf16(Text& text, std::u16string_view units) noexcept {
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        char32_t point = units[i];
-        const bool leads = point >= 0xD800 && point <= 0xDBFF;
-        if (leads && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF) {
-            point = 0x10000 + ((point - 0xD800) << 10) + (units[++i] - 0xDC00u);
-        } else if (point >= 0xD800 && point <= 0xDFFF) {
-            point = 0xFFFD;
-        }
-        char bytes[4];
-        std::size_t count = 0;
-        if (point < 0x80) {
-            bytes[count++] = static_cast<char>(point);
-        } else {
-            if (point < 0x800) {
-                bytes[count++] = static_cast<char>(0xC0 | (point >> 6));
-            } else {
-                if (point < 0x10000) {
-                    bytes[count++] = static_cast<char>(0xE0 | (point >> 12));
-                } else {
-                    bytes[count++] = static_cast<char>(0xF0 | (point >> 18));
-                    bytes[count++] = static_cast<char>(0x80 | ((point >> 12) & 0x3F));
-                }
-                bytes[count++] = static_cast<char>(0x80 | ((point >> 6) & 0x3F));
-            }
-            bytes[count++] = static_cast<char>(0x80 | (point & 0x3F));
-        }
-        text.text({bytes, count});
-    }
-}
 
 struct FreeMemory {
     void operator()(char* memory) const noexcept { std::free(memory); }
@@ -87,9 +52,6 @@ void addText(Text& text, DescribeException describe, int depth) noexcept {
     } catch (const std::exception& error) {
         text.text(error.what());
         addNested(text, error, describe, depth);
-    } catch (const winrt::hresult_error& error) {
-        addUtf16(text, error.message());
-        text.text(" ").decimal(error.code()).text(" (").hex(static_cast<std::uint32_t>(error.code()), 8).text(")");
     } catch (const std::string& value) {
         text.text(value);
     } catch (const char* value) {

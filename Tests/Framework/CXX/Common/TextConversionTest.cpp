@@ -7,6 +7,7 @@
 
 using Halden::toUtf16;
 using Halden::toUtf8;
+using Halden::toUtf8WithReplacements;
 
 namespace {
 
@@ -58,6 +59,16 @@ TEST(TextConversion, Utf8ThatIsNotWellFormedBecomesEmpty) {
     for (const std::string& text : broken) {
         EXPECT_EQ(toUtf16(text), u"") << testing::PrintToString(text);
     }
+}
+
+TEST(TextConversion, ReplacesSurrogatesWithoutPartnersWhereAsked) {
+    EXPECT_EQ(toUtf8WithReplacements(u"A\u00E9\u20AC\U0001F600"), "A\u00E9\u20AC\U0001F600");
+    EXPECT_EQ(toUtf8WithReplacements(std::u16string{u'a', char16_t(0xD800), u'b'}), "a\uFFFDb");
+    EXPECT_EQ(toUtf8WithReplacements(std::u16string{char16_t(0xDC00), char16_t(0xD800)}), "\uFFFD\uFFFD");
+    EXPECT_EQ(toUtf8WithReplacements(std::u16string{char16_t(0xD800), char16_t(0xD83D), char16_t(0xDE00)}),
+              "\uFFFD\U0001F600");
+    EXPECT_EQ(toUtf8WithReplacements(std::u16string_view(u"a\0b", 3)), std::string("a\0b", 3));
+    EXPECT_EQ(toUtf8WithReplacements(u""), "");
 }
 
 } // namespace
