@@ -3,9 +3,9 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Interface/CameraPlatform.h"
-#include "Services/LarkspurWindowsCameraHub/CameraSource.h"
-#include "Services/LarkspurWindowsCameraHub/MakeAndModel.h"
-#include "Services/LarkspurWindowsCameraHub/MediaNames.h"
+#include "Services/CameraAccess/CameraSource.h"
+#include "Services/CameraAccess/MakeAndModel.h"
+#include "Services/CameraAccess/MediaNames.h"
 
 using Platform::blockingWait;
 

@@ -1,6 +1,6 @@
 #include "Services/CameraTestDriver/CameraStatus.h"
 
-#include "Services/LarkspurWindowsCameraHub/AutoSwitching.h"
+#include "Services/CameraAccess/AutoSwitching.h"
 
 namespace {
 

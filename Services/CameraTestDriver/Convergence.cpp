@@ -1,7 +1,7 @@
 #include "Services/CameraTestDriver/Convergence.h"
 
 #include "Framework/CXX/Common/Clock.h"
-#include "Services/LarkspurWindowsCameraHub/AutoSwitching.h"
+#include "Services/CameraAccess/AutoSwitching.h"
 
 #include <chrono>
 

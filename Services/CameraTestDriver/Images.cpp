@@ -4,7 +4,7 @@
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Interface/CameraPlatform.h"
 #include "Platform/Interface/InMemoryRandomAccessStream.h"
-#include "Services/LarkspurWindowsCameraHub/PlatformError.h"
+#include "Services/CameraAccess/PlatformError.h"
 
 #include <chrono>
 #include <memory>

@@ -3,7 +3,7 @@
 #include "Services/CameraTestDriver/CameraMenu.h"
 #include "Services/CameraTestDriver/MainMenu.h"
 #include "Services/CameraTestDriver/MenuState.h"
-#include "Services/LarkspurWindowsCameraHub/PlatformError.h"
+#include "Services/CameraAccess/PlatformError.h"
 
 #include <iostream>
 

@@ -1,6 +1,6 @@
 #include "Services/LarkspurWindowsCameraHub/AutoControls.h"
 
-#include "Services/LarkspurWindowsCameraHub/AutoSwitching.h"
+#include "Services/CameraAccess/AutoSwitching.h"
 #include "Services/LarkspurWindowsCameraHubNonUWP/ServiceDiagnosticsAndLogging.h"
 
 void autoExposure(Platform::MediaCapture capture, bool on) {

@@ -3,11 +3,11 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Interface/CameraPlatform.h"
-#include "Services/LarkspurWindowsCameraHub/CameraSource.h"
+#include "Services/CameraAccess/CameraSource.h"
 #include "Services/LarkspurWindowsCameraHub/ExposureRange.h"
-#include "Services/LarkspurWindowsCameraHub/MakeAndModel.h"
-#include "Services/LarkspurWindowsCameraHub/MediaNames.h"
-#include "Services/LarkspurWindowsCameraHub/PlatformError.h"
+#include "Services/CameraAccess/MakeAndModel.h"
+#include "Services/CameraAccess/MediaNames.h"
+#include "Services/CameraAccess/PlatformError.h"
 #include "Services/LarkspurWindowsCameraHubNonUWP/ServiceDiagnosticsAndLogging.h"
 
 #include <sstream>

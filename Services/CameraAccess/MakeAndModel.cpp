@@ -1,4 +1,4 @@
-#include "Services/LarkspurWindowsCameraHub/MakeAndModel.h"
+#include "Services/CameraAccess/MakeAndModel.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Interface/AsyncWait.h"

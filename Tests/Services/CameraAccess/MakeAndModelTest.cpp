@@ -1,4 +1,4 @@
-#include "Services/LarkspurWindowsCameraHub/MakeAndModel.h"
+#include "Services/CameraAccess/MakeAndModel.h"
 
 #include "Platform/Shared/DeviceInformationValue.h"
 #include "Tests/Services/LarkspurWindowsCameraHub/AlteredPlatform.h"

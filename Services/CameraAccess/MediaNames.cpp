@@ -1,4 +1,4 @@
-#include "Services/LarkspurWindowsCameraHub/MediaNames.h"
+#include "Services/CameraAccess/MediaNames.h"
 
 std::string_view nameOf(Platform::MediaStreamType type) {
     switch (type) {

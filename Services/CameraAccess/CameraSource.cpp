@@ -1,4 +1,4 @@
-#include "Services/LarkspurWindowsCameraHub/CameraSource.h"
+#include "Services/CameraAccess/CameraSource.h"
 
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Interface/CameraPlatform.h"

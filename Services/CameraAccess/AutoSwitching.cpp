@@ -1,4 +1,4 @@
-#include "Services/LarkspurWindowsCameraHub/AutoSwitching.h"
+#include "Services/CameraAccess/AutoSwitching.h"
 
 #include "Platform/Interface/AsyncWait.h"
 
