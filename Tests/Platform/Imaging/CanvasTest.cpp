@@ -1,7 +1,7 @@
 #include "Platform/Imaging/Canvas.h"
 
 #include "Tests/Platform/Imaging/EncodedPictures.h"
-#include "Tests/Platform/Interface/RaisedError.h"
+#include "Tests/Support/RaisedError.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "Platform/Imaging/PngEncoder.h"
 #include "Tests/Platform/Imaging/EncodedPictures.h"
-#include "Tests/Platform/Interface/RaisedError.h"
+#include "Tests/Support/RaisedError.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "Platform/Imaging/MotionJpegReader.h"
 
 #include "Tests/Platform/Imaging/EncodedPictures.h"
-#include "Tests/Platform/Interface/RaisedError.h"
+#include "Tests/Support/RaisedError.h"
 
 #include <gtest/gtest.h>
 #include <turbojpeg.h>

@@ -1,7 +1,7 @@
 #include "Platform/Simulated/ScenarioReader.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Tests/Platform/Simulated/ScenarioFile.h"
+#include "Tests/Support/ScenarioFile.h"
 #include "Tests/Platform/Simulated/SimulatedFixture.h"
 
 #include <gtest/gtest.h>

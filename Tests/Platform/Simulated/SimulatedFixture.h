@@ -5,7 +5,7 @@
 #include "Platform/Interface/CameraPlatform.h"
 #include "Platform/Interface/InMemoryRandomAccessStream.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
-#include "Tests/Platform/Simulated/ScenarioFile.h"
+#include "Tests/Support/ScenarioFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 #include "Tests/Platform/Interface/PlatformContract.h"
-#include "Tests/Platform/Simulated/ScenarioFile.h"
+#include "Tests/Support/ScenarioFile.h"
 #include "Tests/Platform/Simulated/SimulatedFixture.h"
 
 #include <memory>

@@ -4,7 +4,7 @@
 #include "Platform/Interface/CameraPlatform.h"
 #include "Platform/Interface/InMemoryRandomAccessStream.h"
 #include "Platform/V4l2/V4l2Platform.h"
-#include "Tests/Platform/Interface/RaisedError.h"
+#include "Tests/Support/RaisedError.h"
 #include "Tests/Platform/V4l2/FakeDriver.h"
 #include "Tests/Platform/V4l2/FakeLister.h"
 

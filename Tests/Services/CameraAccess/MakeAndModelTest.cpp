@@ -1,8 +1,8 @@
 #include "Services/CameraAccess/MakeAndModel.h"
 
 #include "Platform/Shared/DeviceInformationValue.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/AlteredPlatform.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/SimulatedHub.h"
+#include "Tests/Support/AlteredPlatform.h"
+#include "Tests/Support/SimulatedHub.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include "Platform/Interface/MediaCapture.h"
 #include "Services/CameraTestDriver/DriverConnection.h"
-#include "Tests/Framework/CXX/Common/FakeClock.h"
-#include "Tests/Platform/Interface/RaisedError.h"
-#include "Tests/Platform/Simulated/ScenarioFile.h"
+#include "Tests/Support/FakeClock.h"
+#include "Tests/Support/RaisedError.h"
+#include "Tests/Support/ScenarioFile.h"
 #include "Tests/Services/CameraTestDriver/TypedConsole.h"
 
 #include <gtest/gtest.h>

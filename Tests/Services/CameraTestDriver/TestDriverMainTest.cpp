@@ -1,7 +1,7 @@
 #include "Services/CameraTestDriver/TestDriverMain.h"
 
 #include "Services/CameraTestDriver/Images.h"
-#include "Tests/Framework/CXX/System/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 #include "Tests/Services/CameraTestDriver/BarrenPlatform.h"
 #include "Tests/Services/CameraTestDriver/DriverFixture.h"
 

@@ -4,9 +4,9 @@
 #include "Platform/Shared/DeviceInformationValue.h"
 #include "Services/LarkspurWindowsCameraHub/CameraEnumeration.h"
 #include "Services/LarkspurWindowsCameraHub/PavoCameraClient.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/AlteredPlatform.h"
+#include "Tests/Support/AlteredPlatform.h"
 #include "Tests/Services/LarkspurWindowsCameraHub/ScriptedWatcher.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/SimulatedHub.h"
+#include "Tests/Support/SimulatedHub.h"
 
 #include <algorithm>
 #include <memory>

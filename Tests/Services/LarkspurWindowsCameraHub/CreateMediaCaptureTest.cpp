@@ -1,7 +1,7 @@
 #include "Platform/Interface/AsyncWait.h"
 #include "Services/LarkspurWindowsCameraHub/CameraHelper.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/AlteredPlatform.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/SimulatedHub.h"
+#include "Tests/Support/AlteredPlatform.h"
+#include "Tests/Support/SimulatedHub.h"
 
 #include <array>
 #include <limits>

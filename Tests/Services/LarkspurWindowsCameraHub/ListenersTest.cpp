@@ -1,7 +1,7 @@
 #include "Services/LarkspurWindowsCameraHub/Listeners.h"
 
 #include "Platform/Interface/CameraPlatform.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/SimulatedHub.h"
+#include "Tests/Support/SimulatedHub.h"
 
 #include <stdexcept>
 

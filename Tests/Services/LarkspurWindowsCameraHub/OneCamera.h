@@ -2,7 +2,7 @@
 
 #include "Services/LarkspurWindowsCameraHub/CameraServer.h"
 #include "Services/LarkspurWindowsCameraHub/FoundCamera.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/SimulatedHub.h"
+#include "Tests/Support/SimulatedHub.h"
 
 #include <cstddef>
 #include <memory>

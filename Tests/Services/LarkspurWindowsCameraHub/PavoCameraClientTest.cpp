@@ -1,5 +1,5 @@
 #include "Services/LarkspurWindowsCameraHub/PavoCameraClient.h"
-#include "Tests/Framework/CXX/Common/LogRecorder.h"
+#include "Tests/Support/LogRecorder.h"
 
 #include <gtest/gtest.h>
 

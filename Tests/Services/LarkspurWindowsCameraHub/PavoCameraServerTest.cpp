@@ -2,7 +2,7 @@
 
 #include "Tests/Framework/CXX/Network/TestApplication.h"
 #include "Tests/Framework/CXX/Network/TestConnection.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/SimulatedHub.h"
+#include "Tests/Support/SimulatedHub.h"
 
 #include <memory>
 #include <string>

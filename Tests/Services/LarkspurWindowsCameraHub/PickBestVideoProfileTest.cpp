@@ -1,5 +1,5 @@
 #include "Services/LarkspurWindowsCameraHub/CameraHelper.h"
-#include "Tests/Framework/CXX/Common/LogRecorder.h"
+#include "Tests/Support/LogRecorder.h"
 #include "Tests/Services/LarkspurWindowsCameraHub/FakeSourceInfo.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "Services/LarkspurWindowsCameraHub/CameraHelper.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/AlteredPlatform.h"
-#include "Tests/Services/LarkspurWindowsCameraHub/SimulatedHub.h"
+#include "Tests/Support/AlteredPlatform.h"
+#include "Tests/Support/SimulatedHub.h"
 
 #include <algorithm>
 #include <stdexcept>

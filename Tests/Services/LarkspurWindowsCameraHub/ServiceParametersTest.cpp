@@ -1,7 +1,7 @@
 #include "Services/LarkspurWindowsCameraHub/ServiceParameters.h"
 
-#include "Tests/Framework/CXX/System/ScopedEnvironment.h"
-#include "Tests/Framework/CXX/System/TemporaryFolder.h"
+#include "Tests/Support/ScopedEnvironment.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

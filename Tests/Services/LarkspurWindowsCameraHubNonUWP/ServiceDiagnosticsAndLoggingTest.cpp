@@ -2,7 +2,7 @@
 
 #include "Framework/CXX/Common/RunCatch.h"
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
-#include "Tests/Framework/CXX/System/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <log4cxx/consoleappender.h>
 #include <unistd.h>

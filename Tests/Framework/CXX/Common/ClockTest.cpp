@@ -1,4 +1,4 @@
-#include "Tests/Framework/CXX/Common/FakeClock.h"
+#include "Tests/Support/FakeClock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "Framework/CXX/Common/RunCatch.h"
-#include "Tests/Framework/CXX/Common/LogRecorder.h"
+#include "Tests/Support/LogRecorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
-#include "Tests/Framework/CXX/System/ScopedEnvironment.h"
-#include "Tests/Framework/CXX/System/TemporaryFolder.h"
+#include "Tests/Support/ScopedEnvironment.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

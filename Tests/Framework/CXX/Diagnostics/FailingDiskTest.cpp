@@ -3,7 +3,7 @@
 #include "Framework/CXX/Diagnostics/LoggingConfiguration.h"
 #include "Framework/CXX/Diagnostics/RunFolderEntry.h"
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
-#include "Tests/Framework/CXX/System/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <log4cxx/logger.h>
 #include <sys/mount.h>

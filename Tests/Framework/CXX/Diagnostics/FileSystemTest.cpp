@@ -1,7 +1,7 @@
 #include "Framework/CXX/Diagnostics/FileSystem.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Tests/Framework/CXX/System/TemporaryFolder.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

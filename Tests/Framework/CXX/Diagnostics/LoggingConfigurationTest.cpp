@@ -1,7 +1,7 @@
 #include "Framework/CXX/Diagnostics/LoggingConfiguration.h"
 
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
-#include "Tests/Framework/CXX/System/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <gmock/gmock.h>
 #include <log4cxx/logger.h>

@@ -1,7 +1,7 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/DiagnosticsFactories.h"
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
-#include "Tests/Framework/CXX/System/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <log4cxx/logger.h>
 #include <sys/stat.h>

@@ -1,8 +1,8 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
-#include "Tests/Framework/CXX/System/ChildProcess.h"
-#include "Tests/Framework/CXX/System/FailingSystemCall.h"
+#include "Tests/Support/ChildProcess.h"
+#include "Tests/Support/FailingSystemCall.h"
 
 #include <sys/syscall.h>
 

@@ -1,6 +1,6 @@
 #include "Framework/CXX/System/DataFolders.h"
 
-#include "Tests/Framework/CXX/System/ScopedEnvironment.h"
+#include "Tests/Support/ScopedEnvironment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "Framework/CXX/System/DebuggerTest.h"
 
-#include "Tests/Framework/CXX/System/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <gtest/gtest.h>
 

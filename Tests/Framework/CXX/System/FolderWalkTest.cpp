@@ -1,8 +1,8 @@
 #include "Framework/CXX/System/FolderWalk.h"
 
-#include "Tests/Framework/CXX/System/ChildProcess.h"
-#include "Tests/Framework/CXX/System/FailingSystemCall.h"
-#include "Tests/Framework/CXX/System/TemporaryFolder.h"
+#include "Tests/Support/ChildProcess.h"
+#include "Tests/Support/FailingSystemCall.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

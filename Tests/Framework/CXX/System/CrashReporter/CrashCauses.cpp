@@ -2,7 +2,7 @@
 
 #include "Tests/Framework/CXX/System/CrashReporter/HeapDamage.h"
 #include "Tests/Framework/CXX/System/CrashReporter/OwnException.h"
-#include "Tests/Framework/CXX/System/FailingSystemCall.h"
+#include "Tests/Support/FailingSystemCall.h"
 
 #include <fcntl.h>
 #include <pthread.h>

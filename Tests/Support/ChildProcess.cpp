@@ -1,6 +1,6 @@
-#include "Tests/Framework/CXX/System/ChildProcess.h"
+#include "Tests/Support/ChildProcess.h"
 
-#include "Tests/Framework/CXX/System/TemporaryFolder.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Tests/Services/LarkspurWindowsCameraHub/SimulatedHub.h"
+#include "Tests/Support/SimulatedHub.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Interface/CameraPlatform.h"

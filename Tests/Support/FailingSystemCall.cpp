@@ -1,4 +1,4 @@
-#include "Tests/Framework/CXX/System/FailingSystemCall.h"
+#include "Tests/Support/FailingSystemCall.h"
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Platform/Interface/DeviceInformation.h"
-#include "Tests/Framework/CXX/Common/FakeClock.h"
-#include "Tests/Framework/CXX/Common/LogRecorder.h"
-#include "Tests/Platform/Interface/RaisedError.h"
-#include "Tests/Platform/Simulated/ScenarioFile.h"
+#include "Tests/Support/FakeClock.h"
+#include "Tests/Support/LogRecorder.h"
+#include "Tests/Support/RaisedError.h"
+#include "Tests/Support/ScenarioFile.h"
 
 #include <gtest/gtest.h>
 

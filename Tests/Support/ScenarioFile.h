@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tests/Platform/Simulated/WaitUntil.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <json/json.h>
 

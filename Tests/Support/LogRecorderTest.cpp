@@ -1,4 +1,4 @@
-#include "Tests/Framework/CXX/Common/LogRecorder.h"
+#include "Tests/Support/LogRecorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

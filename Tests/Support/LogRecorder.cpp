@@ -1,4 +1,4 @@
-#include "Tests/Framework/CXX/Common/LogRecorder.h"
+#include "Tests/Support/LogRecorder.h"
 
 #include <log4cxx/appenderskeleton.h>
 #include <log4cxx/spi/loggingevent.h>

@@ -1,4 +1,4 @@
-#include "Tests/Framework/CXX/System/TemporaryFolder.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
