@@ -3,7 +3,7 @@
 #include "Platform/Interface/ExposureControl.h"
 #include "Platform/Interface/FocusControl.h"
 #include "Platform/Interface/WhiteBalanceControl.h"
-#include "Platform/V4l2/CaptureCore.h"
+#include "Platform/V4l2/Session/CaptureCore.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #include "Platform/V4l2/DeviceControl.h"
 
-#include "Platform/V4l2/ControlAdapter.h"
+#include "Platform/V4l2/Controls/ControlAdapter.h"
 
 #include <optional>
 

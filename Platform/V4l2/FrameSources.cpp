@@ -1,6 +1,6 @@
 #include "Platform/V4l2/FrameSources.h"
 
-#include "Platform/V4l2/SourceGroup.h"
+#include "Platform/V4l2/Discovery/SourceGroup.h"
 
 #include <string_view>
 

@@ -2,7 +2,7 @@
 
 #include "Platform/Interface/MediaFrameReader.h"
 #include "Platform/Interface/MediaFrameSource.h"
-#include "Platform/V4l2/CaptureCore.h"
+#include "Platform/V4l2/Session/CaptureCore.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "Platform/V4l2/SensitivityControls.h"
 
 #include "Platform/Shared/ErrnoError.h"
-#include "Platform/V4l2/KernelControls.h"
+#include "Platform/V4l2/Controls/KernelControls.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "Platform/Interface/ExposureCompensationControl.h"
 #include "Platform/Interface/IsoSpeedControl.h"
-#include "Platform/V4l2/CaptureCore.h"
+#include "Platform/V4l2/Session/CaptureCore.h"
 
 #include <memory>
 #include <string_view>

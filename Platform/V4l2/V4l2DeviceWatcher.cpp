@@ -3,7 +3,7 @@
 #include "Platform/Shared/DeviceInformationValue.h"
 #include "Platform/Shared/ErrnoError.h"
 #include "Platform/Shared/FileDescriptor.h"
-#include "Platform/V4l2/SourceGroup.h"
+#include "Platform/V4l2/Discovery/SourceGroup.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Shared/DeviceWatcherBase.h"
-#include "Platform/V4l2/DeviceCatalog.h"
+#include "Platform/V4l2/Discovery/DeviceCatalog.h"
 
 #include <memory>
 #include <thread>

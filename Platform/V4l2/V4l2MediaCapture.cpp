@@ -2,7 +2,7 @@
 
 #include "Platform/Shared/ErrnoError.h"
 #include "Platform/V4l2/FrameSources.h"
-#include "Platform/V4l2/SourceGroup.h"
+#include "Platform/V4l2/Discovery/SourceGroup.h"
 #include "Platform/V4l2/VideoController.h"
 
 #include <utility>

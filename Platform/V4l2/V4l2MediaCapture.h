@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/MediaCapture.h"
-#include "Platform/V4l2/CaptureCore.h"
+#include "Platform/V4l2/Session/CaptureCore.h"
 
 #include <memory>
 

@@ -4,8 +4,8 @@
 #include "Platform/Shared/ErrnoError.h"
 #include "Platform/Shared/PlatformBase.h"
 #include "Platform/Shared/RunAsync.h"
-#include "Platform/V4l2/DeviceCatalog.h"
-#include "Platform/V4l2/SourceGroup.h"
+#include "Platform/V4l2/Discovery/DeviceCatalog.h"
+#include "Platform/V4l2/Discovery/SourceGroup.h"
 #include "Platform/V4l2/V4l2DeviceWatcher.h"
 #include "Platform/V4l2/V4l2MediaCapture.h"
 

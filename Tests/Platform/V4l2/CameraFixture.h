@@ -5,8 +5,8 @@
 #include "Platform/Interface/InMemoryRandomAccessStream.h"
 #include "Platform/V4l2/V4l2Platform.h"
 #include "Tests/Support/RaisedError.h"
-#include "Tests/Platform/V4l2/FakeDriver.h"
-#include "Tests/Platform/V4l2/FakeLister.h"
+#include "Tests/Platform/V4l2/FakeKernel/FakeDriver.h"
+#include "Tests/Platform/V4l2/FakeKernel/FakeLister.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,91 @@
+#include "Platform/V4l2/Controls/KernelControls.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace Platform::V4l2 {
+namespace {
+
+/// More than any menu has; ends the walk over one that never ends.
+constexpr std::int32_t LastEntry = 255;
+
+/// What a camera says no with, as far as USB cameras, their firmware and the kernel's own checks go.
+bool isRefusal(int error) {
+    switch (error) {
+    case EACCES: // the control belongs to an automatic, or can only be read
+    case EBUSY:
+    case EILSEQ:
+    case EINVAL:
+    case EIO:
+    case ENOTTY: // the device has no controls at all
+    case EOVERFLOW:
+    case EPIPE:
+    case EPROTO:
+    case ERANGE:
+    case EREMOTE:
+    case EREMOTEIO:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+template <typename Argument> bool KernelControls::request(const char* name, unsigned long request, Argument& argument) {
+    const int error = _node.tryControl(request, argument);
+    if (error != 0 && !isRefusal(error))
+        _node.raise(name, error);
+    return error == 0;
+}
+
+std::optional<KernelControl> KernelControls::find(const std::vector<std::uint32_t>& ids) {
+    for (const std::uint32_t id : ids) {
+        v4l2_queryctrl query{};
+        query.id = id;
+        if (!request("VIDIOC_QUERYCTRL", VIDIOC_QUERYCTRL, query) || (query.flags & V4L2_CTRL_FLAG_DISABLED) != 0)
+            continue;
+        const bool isMenu = query.type == V4L2_CTRL_TYPE_MENU || query.type == V4L2_CTRL_TYPE_INTEGER_MENU;
+        return KernelControl{id, isMenu, (query.flags & V4L2_CTRL_FLAG_READ_ONLY) != 0,
+                             IntegerRange{query.minimum, query.maximum, query.step}};
+    }
+    return std::nullopt;
+}
+
+std::optional<std::int32_t> KernelControls::read(const KernelControl& control) {
+    v4l2_control argument{control.id, 0};
+    if (!request("VIDIOC_G_CTRL", VIDIOC_G_CTRL, argument))
+        return std::nullopt;
+    return argument.value;
+}
+
+bool KernelControls::write(const KernelControl& control, std::int32_t value) {
+    v4l2_control argument{control.id, value};
+    return request("VIDIOC_S_CTRL", VIDIOC_S_CTRL, argument);
+}
+
+bool KernelControls::hasMenuEntry(const KernelControl& control, std::int32_t index) {
+    if (!control.isMenu)
+        return index >= control.range.min && index <= control.range.max;
+    v4l2_querymenu query{};
+    query.id = control.id;
+    query.index = static_cast<std::uint32_t>(index);
+    return request("VIDIOC_QUERYMENU", VIDIOC_QUERYMENU, query);
+}
+
+std::vector<std::pair<std::int32_t, std::int64_t>> KernelControls::menuNumbers(const KernelControl& control) {
+    std::vector<std::pair<std::int32_t, std::int64_t>> numbers;
+    if (!control.isMenu)
+        return numbers; // a range of plain numbers, which may be any
+    for (std::int32_t index = std::max(control.range.min, 0); index <= std::min(control.range.max, LastEntry);
+         ++index) {
+        v4l2_querymenu query{};
+        query.id = control.id;
+        query.index = static_cast<std::uint32_t>(index);
+        if (request("VIDIOC_QUERYMENU", VIDIOC_QUERYMENU, query))
+            numbers.emplace_back(index, std::int64_t{query.value}); // a copy: the kernel packs the member
+    }
+    return numbers;
+}
+
+} // namespace Platform::V4l2

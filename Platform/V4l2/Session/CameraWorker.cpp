@@ -1,0 +1,259 @@
+#include "Platform/V4l2/Session/CameraWorker.h"
+
+#include "Platform/Imaging/FrameConverter.h"
+#include "Platform/Imaging/PngEncoder.h"
+#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/FileDescriptor.h"
+#include "Platform/V4l2/Kernel/DeviceErrors.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace Platform::V4l2 {
+
+/// What the thread shares with the handle and with stills in the making; lives until the last of them has gone.
+struct CameraWorker::State : std::enable_shared_from_this<State> {
+    State(std::shared_ptr<SystemCalls> systemCalls, std::shared_ptr<Shared::WorkerPool> workers, CameraSource opened,
+          const CameraLimits& timeLimits)
+        : calls(std::move(systemCalls)), pool(std::move(workers)), source(std::move(opened)), limits(timeLimits),
+          wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), ended(std::make_shared<CompletionFlag>()) {
+        if (!wake.isOpen())
+            throw deviceError("eventfd", source.node.devicePath, errno);
+    }
+
+    void run(const AsyncOperationSource<void>& opened);
+    void post(Task task);
+    void close();
+
+    const std::shared_ptr<SystemCalls> calls;
+    const std::shared_ptr<Shared::WorkerPool> pool;
+    const CameraSource source;
+    const CameraLimits limits;
+    const Shared::FileDescriptor wake;
+    const std::shared_ptr<CompletionFlag> ended; // the thread holds nothing of the camera any more
+    std::atomic<bool> stuck{false};              // a call has not been answered in time, nor since
+
+private:
+    CameraSession::Surroundings surroundings();
+    bool runTasks();
+    void runTask(const Task& task);
+    void pollOnce();
+    void letGoIfGone();
+    int timeoutInMs() const;
+    void ring() const;
+
+    std::mutex _mutex;
+    std::deque<Task> _tasks; // guarded by the mutex
+    bool _closing = false;   // likewise
+    bool _ended = false;     // likewise; no task runs any more
+
+    std::unique_ptr<CameraSession> _session; // the thread's
+    bool _gone = false;                      // likewise
+};
+
+namespace {
+
+/// Stills of one frame: the same file for all.
+void writeStills(const std::vector<StillRequest>& requests, const Imaging::RgbImage& image) {
+    for (const StillRequest& request : requests)
+        request.operation.endWith([&] { request.stream->Write(Imaging::encodePng(image)); });
+}
+
+} // namespace
+
+CameraSession::Surroundings CameraWorker::State::surroundings() {
+    // The session is owned by this object, which outlives it.
+    return {calls, limits,
+            [this](std::vector<StillRequest> requests, StillFrame frame) {
+                pool->post([state = shared_from_this(), requests = std::move(requests), frame = std::move(frame)] {
+                    makeStill(state, requests, frame);
+                });
+            },
+            [this](const StillRequest& request, const winrt::hresult_error& error) {
+                pool->post([owner = pool, request, error] { request.operation.fail(error); });
+            }};
+}
+
+/// Runs on the pool: neither decoding nor encoding holds the stream up.
+void CameraWorker::makeStill(const std::shared_ptr<State>& state, const std::vector<StillRequest>& requests,
+                             const StillFrame& frame) {
+    std::optional<Imaging::RgbImage> image;
+    try {
+        image = Imaging::convertFrame(frame.layout, frame.bytes);
+    } catch (const winrt::hresult_error&) {
+        // A damaged frame: the next one may be whole.
+    }
+    if (image)
+        writeStills(requests, *image);
+    for (const StillRequest& request : requests) {
+        const bool done = image.has_value();
+        state->post({[request, done](CameraSession& session) {
+                         if (done)
+                             session.stillEnded();
+                         else
+                             session.retakeStill(request);
+                     },
+                     [request](const winrt::hresult_error& error) {
+                         // On a camera that is gone a still never ends; on a closed one it fails.
+                         if (error.code() == winrt::result::closed)
+                             request.operation.fail(error);
+                     },
+                     "still"});
+    }
+}
+
+void CameraWorker::State::ring() const {
+    const std::uint64_t one = 1;
+    // Fails only when the counter is full, and then the thread is awake anyway.
+    [[maybe_unused]] const ssize_t written = write(wake.get(), &one, sizeof one);
+}
+
+void CameraWorker::State::post(Task task) {
+    std::unique_lock lock(_mutex);
+    if (!_ended) {
+        _tasks.push_back(std::move(task));
+        ring();
+        return;
+    }
+    lock.unlock();
+    task.refuse(closedError(task.operation, source.node.devicePath));
+}
+
+void CameraWorker::State::close() {
+    std::lock_guard lock(_mutex);
+    _closing = true;
+    ring();
+}
+
+void CameraWorker::State::run(const AsyncOperationSource<void>& opened) {
+    opened.endWith([&] { _session = std::make_unique<CameraSession>(surroundings(), source); });
+    stuck = false;
+    if (!_session)
+        close();
+    while (runTasks())
+        pollOnce();
+    ended->set();
+}
+
+/// All tasks that wait; false when the thread is to end.
+bool CameraWorker::State::runTasks() {
+    for (;;) {
+        std::unique_lock lock(_mutex);
+        if (_tasks.empty()) {
+            if (!_closing)
+                return true;
+            _ended = true;
+            lock.unlock();
+            if (_session)
+                _session->refuseStills(closedError("still", source.node.devicePath));
+            _session.reset();
+            return false;
+        }
+        const Task task = std::move(_tasks.front());
+        _tasks.pop_front();
+        lock.unlock();
+        runTask(task);
+    }
+}
+
+void CameraWorker::State::runTask(const Task& task) {
+    if (_session)
+        task.run(*_session);
+    else
+        task.refuse(_gone ? goneError(task.operation, source.node.devicePath)
+                          : closedError(task.operation, source.node.devicePath));
+    stuck = false;
+    letGoIfGone();
+}
+
+/// At once, as a node that somebody holds keeps its number when the camera comes back.
+void CameraWorker::State::letGoIfGone() {
+    if (!_session || !_session->isGone())
+        return;
+    _gone = true;
+    _session.reset();
+}
+
+int CameraWorker::State::timeoutInMs() const {
+    const auto deadline = _session ? _session->deadline() : std::nullopt;
+    if (!deadline)
+        return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - std::chrono::steady_clock::now());
+    return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+}
+
+void CameraWorker::State::pollOnce() {
+    const int descriptor = _session ? _session->descriptor() : -1; // poll passes over -1
+    // Without a wish for frames poll tells only of a camera that goes: one that is idle costs nothing until then. That
+    // its stream has failed shows at the next request.
+    const short wanted = _session && _session->wantsFrames() ? POLLIN : 0;
+    std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{descriptor, wanted, 0}};
+    if (calls->poll(waited.data(), waited.size(), timeoutInMs()) < 0)
+        return; // a signal: the loop comes back
+    if (waited[0].revents != 0) {
+        std::uint64_t rung = 0;
+        [[maybe_unused]] const ssize_t bytes = read(wake.get(), &rung, sizeof rung);
+    }
+    if (!_session)
+        return;
+    if (waited[1].revents != 0)
+        _session->framesWait((waited[1].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0);
+    if (const auto deadline = _session->deadline(); deadline && *deadline <= std::chrono::steady_clock::now())
+        _session->deadlinePassed();
+    letGoIfGone();
+}
+
+CameraWorker::CameraWorker(std::shared_ptr<SystemCalls> calls, std::shared_ptr<Shared::WorkerPool> pool,
+                           CameraSource source, const CameraLimits& limits)
+    : _state(std::make_shared<State>(std::move(calls), std::move(pool), std::move(source), limits)) {
+    const AsyncOperationSource<void> opened;
+    _thread = std::thread([state = _state, opened] { state->run(opened); });
+    _threadId = _thread.get_id();
+    try {
+        waitFor(*CompletionFlag::of(opened.operation()), "open");
+        opened.operation().GetResults();
+    } catch (const winrt::hresult_error&) {
+        close();
+        throw;
+    }
+}
+
+CameraWorker::~CameraWorker() { close(); }
+
+const std::string& CameraWorker::path() const { return _state->source.node.devicePath; }
+
+void CameraWorker::post(Task task) { _state->post(std::move(task)); }
+
+/// Once a driver is stuck, no caller waits for it again before it has answered; nor does the thread wait for itself.
+std::chrono::milliseconds CameraWorker::timeToWait() const {
+    const bool inVain = _state->stuck || std::this_thread::get_id() == _threadId;
+    return inVain ? std::chrono::milliseconds(0) : _state->limits.answer;
+}
+
+void CameraWorker::waitFor(CompletionFlag& flag, std::string_view operation) {
+    if (flag.waitUntil(std::chrono::steady_clock::now() + timeToWait()))
+        return;
+    _state->stuck = true;
+    throw deviceError(operation, path(), ETIMEDOUT);
+}
+
+void CameraWorker::close() {
+    if (!_thread.joinable())
+        return;
+    _state->close();
+    if (_state->ended->waitUntil(std::chrono::steady_clock::now() + timeToWait()))
+        _thread.join();
+    else
+        _thread.detach(); // it owns the state, and ends with the driver's answer
+}
+
+} // namespace Platform::V4l2
