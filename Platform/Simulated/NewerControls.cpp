@@ -2,7 +2,7 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
-#include "Platform/Simulated/CameraCall.h"
+#include "Platform/Simulated/Session/CameraCall.h"
 
 namespace Platform::Simulated {
 

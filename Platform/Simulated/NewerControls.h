@@ -5,7 +5,7 @@
 #include "Platform/Interface/FocusControl.h"
 #include "Platform/Interface/IsoSpeedControl.h"
 #include "Platform/Interface/WhiteBalanceControl.h"
-#include "Platform/Simulated/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureSession.h"
 
 #include <memory>
 #include <utility>

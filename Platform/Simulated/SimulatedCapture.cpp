@@ -2,12 +2,12 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
-#include "Platform/Simulated/CameraCall.h"
+#include "Platform/Simulated/Session/CameraCall.h"
 #include "Platform/Simulated/SimulatedController.h"
 #include "Platform/Simulated/SimulatedFrameReader.h"
 #include "Platform/Simulated/SimulatedFrameSource.h"
 #include "Platform/Simulated/SimulatedGroup.h"
-#include "Platform/Simulated/StillCapture.h"
+#include "Platform/Simulated/Session/StillCapture.h"
 
 #include <utility>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/VideoDeviceController.h"
-#include "Platform/Simulated/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureSession.h"
 
 #include <memory>
 

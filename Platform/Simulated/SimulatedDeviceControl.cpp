@@ -1,6 +1,6 @@
 #include "Platform/Simulated/SimulatedDeviceControl.h"
 
-#include "Platform/Simulated/CameraCall.h"
+#include "Platform/Simulated/Session/CameraCall.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "Platform/Simulated/SimulatedFrameReader.h"
 
-#include "Platform/Simulated/CameraCall.h"
+#include "Platform/Simulated/Session/CameraCall.h"
 
 #include <utility>
 

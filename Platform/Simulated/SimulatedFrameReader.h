@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/MediaFrameReader.h"
-#include "Platform/Simulated/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureSession.h"
 
 #include <atomic>
 #include <memory>

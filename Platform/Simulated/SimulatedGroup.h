@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/MediaFrameSourceGroup.h"
-#include "Platform/Simulated/Scenario.h"
+#include "Platform/Simulated/Scenario/Scenario.h"
 
 #include <memory>
 

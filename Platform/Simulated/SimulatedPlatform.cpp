@@ -3,14 +3,14 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
 #include "Platform/Shared/PlatformBase.h"
-#include "Platform/Simulated/GuidText.h"
-#include "Platform/Simulated/JournaledCall.h"
-#include "Platform/Simulated/ScenarioReader.h"
-#include "Platform/Simulated/ScenarioWatcher.h"
+#include "Platform/Simulated/Scenario/GuidText.h"
+#include "Platform/Simulated/World/JournaledCall.h"
+#include "Platform/Simulated/Scenario/ScenarioReader.h"
+#include "Platform/Simulated/World/ScenarioWatcher.h"
 #include "Platform/Simulated/SimulatedCapture.h"
 #include "Platform/Simulated/SimulatedGroup.h"
 #include "Platform/Simulated/SimulatedWatcher.h"
-#include "Platform/Simulated/Simulation.h"
+#include "Platform/Simulated/World/Simulation.h"
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
 #include "Platform/Simulated/SimulatedWatcher.h"
 
-#include "Platform/Simulated/JournaledCall.h"
-#include "Platform/Simulated/Simulation.h"
+#include "Platform/Simulated/World/JournaledCall.h"
+#include "Platform/Simulated/World/Simulation.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 // A scenario of simulated cameras: any text is a scenario or raises the platform's error.
 
 #include "Platform/Interface/HresultError.h"
-#include "Platform/Simulated/ScenarioReader.h"
+#include "Platform/Simulated/Scenario/ScenarioReader.h"
 #include "Tests/Fuzz/FuzzTarget.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

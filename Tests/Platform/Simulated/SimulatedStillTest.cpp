@@ -1,6 +1,6 @@
 #include "Platform/Imaging/PngEncoder.h"
-#include "Platform/Simulated/SceneExposure.h"
-#include "Platform/Simulated/TestChart.h"
+#include "Platform/Simulated/Picture/SceneExposure.h"
+#include "Platform/Simulated/Picture/TestChart.h"
 #include "Tests/Platform/Simulated/SimulatedFixture.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "Services/CameraTestDriver/Images.h"
 
 #include "Platform/Imaging/ImageDecoder.h"
-#include "Platform/Simulated/TestChart.h"
+#include "Platform/Simulated/Picture/TestChart.h"
 #include "Tests/Services/CameraTestDriver/DriverFixture.h"
 
 namespace {

@@ -1,0 +1,136 @@
+#include "Platform/Simulated/World/ScenarioWatcher.h"
+
+#include "Framework/CXX/Common/TextConversion.h"
+#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Simulated/Scenario/FileText.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+namespace Platform::Simulated {
+namespace {
+
+// A file that is being written, or is between the two steps of an editor's replacement, is whole again well
+// within this time.
+constexpr std::chrono::milliseconds writingTime{100};
+
+constexpr std::uint32_t changes = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+
+Shared::FileDescriptor watchFolder(const std::filesystem::path& folder) {
+    Shared::FileDescriptor inotify(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    if (!inotify.isOpen())
+        throw Shared::errnoError("inotify_init1", folder.native(), errno);
+    if (::inotify_add_watch(inotify.get(), folder.c_str(), changes) < 0)
+        throw Shared::errnoError("inotify_add_watch", folder.native(), errno);
+    return inotify;
+}
+
+} // namespace
+
+ScenarioWatcher::ScenarioWatcher(std::filesystem::path file, TakeOver takeOver)
+    : _file(std::move(file)), _takeOver(std::move(takeOver)), _stop(::eventfd(0, EFD_CLOEXEC)) {
+    if (!_stop.isOpen())
+        throw Shared::errnoError("eventfd", _file.native(), errno);
+    // A folder that is missing is told as a file that is.
+    if (std::error_code ignored; std::filesystem::exists(_file.parent_path(), ignored))
+        _inotify = watchFolder(_file.parent_path()); // before the first look, so that no change is missed
+    _last = look();
+    this->takeOver(_last);
+    _thread = std::thread([this] { run(); });
+}
+
+ScenarioWatcher::~ScenarioWatcher() {
+    ::eventfd_write(_stop.get(), 1);
+    _thread.join();
+}
+
+ScenarioWatcher::Version ScenarioWatcher::look() const {
+    struct stat status {};
+    if (::stat(_file.c_str(), &status) != 0)
+        return {};
+    Version version;
+    try {
+        version.text = readFileText(_file);
+    } catch (const winrt::hresult_error&) {
+        return version; // taking it over reports why
+    }
+    version.inode = status.st_ino;
+    version.changed = std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+    return version;
+}
+
+void ScenarioWatcher::takeOver(const Version& version) const {
+    _takeOver(version.text ? *version.text : readFileText(_file));
+}
+
+int ScenarioWatcher::pollTimeout() const {
+    if (!_confirmAt)
+        return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*_confirmAt - Clock::now());
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(0, left.count()));
+}
+
+void ScenarioWatcher::run() {
+    for (;;) {
+        std::array<pollfd, 2> descriptors{pollfd{_inotify.get(), POLLIN, 0}, pollfd{_stop.get(), POLLIN, 0}};
+        const int ready = ::poll(descriptors.data(), descriptors.size(), pollTimeout());
+        if (ready < 0 && errno != EINTR)
+            return;
+        if (ready > 0 && descriptors[1].revents != 0)
+            return;
+        if (ready > 0 && readEvents())
+            follow(false);
+        if (_confirmAt && Clock::now() >= *_confirmAt)
+            follow(true);
+    }
+}
+
+/// True if one of the events that wait is about the file.
+bool ScenarioWatcher::readEvents() {
+    alignas(inotify_event) std::array<char, 16384> buffer{};
+    const std::string name = _file.filename().native();
+    bool found = false;
+    for (;;) {
+        const ssize_t count = ::read(_inotify.get(), buffer.data(), buffer.size());
+        if (count <= 0)
+            return found;
+        for (std::size_t offset = 0; offset < static_cast<std::size_t>(count);) {
+            inotify_event event{};
+            std::memcpy(&event, buffer.data() + offset, sizeof event);
+            const bool lost = (event.mask & IN_Q_OVERFLOW) != 0;
+            found = found || lost || (event.len > 0 && name == buffer.data() + offset + sizeof event);
+            offset += sizeof event + event.len;
+        }
+    }
+}
+
+void ScenarioWatcher::follow(bool isConfirmed) {
+    _confirmAt.reset();
+    const Version version = look();
+    if (version == _last)
+        return;
+    try {
+        takeOver(version);
+    } catch (const winrt::hresult_error& error) {
+        if (!isConfirmed) {
+            _confirmAt = Clock::now() + writingTime;
+            return;
+        }
+        const std::string line = "Simulated cameras stay as they are: " + Halden::toUtf8(error.message()) + "\n";
+        std::fputs(line.c_str(), stderr);
+    }
+    _last = version;
+}
+
+} // namespace Platform::Simulated
