@@ -5,7 +5,7 @@
 #include "Platform/Interface/FocusControl.h"
 #include "Platform/Interface/IsoSpeedControl.h"
 #include "Platform/Interface/WhiteBalanceControl.h"
-#include "Platform/Simulated/Session/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 
 #include <memory>
 #include <utility>
@@ -18,7 +18,7 @@ namespace Platform::Simulated {
 /// What they have in common: the capture and its camera.
 class NewerControl {
 public:
-    NewerControl(std::shared_ptr<CaptureSession> session, std::shared_ptr<SimulatedCamera> camera)
+    NewerControl(std::shared_ptr<CaptureCore> session, std::shared_ptr<SimulatedCamera> camera)
         : _session(std::move(session)), _camera(std::move(camera)) {}
 
 protected:
@@ -30,7 +30,7 @@ protected:
     IAsyncAction setAsync(const char* operation, Json::Value argument, IsSupported isSupported, Set set) const;
 
 private:
-    const std::shared_ptr<CaptureSession> _session;
+    const std::shared_ptr<CaptureCore> _session;
     const std::shared_ptr<SimulatedCamera> _camera;
 };
 

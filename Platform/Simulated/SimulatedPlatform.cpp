@@ -7,9 +7,9 @@
 #include "Platform/Simulated/World/JournaledCall.h"
 #include "Platform/Simulated/Scenario/ScenarioReader.h"
 #include "Platform/Simulated/World/ScenarioWatcher.h"
-#include "Platform/Simulated/SimulatedCapture.h"
-#include "Platform/Simulated/SimulatedGroup.h"
-#include "Platform/Simulated/SimulatedWatcher.h"
+#include "Platform/Simulated/Capture.h"
+#include "Platform/Simulated/SourceGroup.h"
+#include "Platform/Simulated/Watcher.h"
 #include "Platform/Simulated/World/Simulation.h"
 
 #include <algorithm>
@@ -35,7 +35,7 @@ public:
                                                          DeviceInformationKind kind) override;
     IAsyncOperation<MediaFrameSourceGroup> FromIdAsync(const std::u16string& id) override;
     IAsyncOperation<VectorView<MediaFrameSourceGroup>> FindAllAsync() override;
-    MediaCapture CreateMediaCapture() override { return std::make_shared<SimulatedCapture>(_simulation); }
+    MediaCapture CreateMediaCapture() override { return std::make_shared<Capture>(_simulation); }
 
 private:
     /// Asynchronous operations that belong to no camera do not wait for each other.
@@ -60,7 +60,7 @@ DeviceWatcher SimulatedPlatform::CreateWatcher(const std::u16string& selector) {
         if (selector != cameraSelector)
             throw Shared::platformError(operation, Halden::toUtf8(selector), winrt::result::invalidArgument,
                                         "Only camera source groups can be watched.");
-        return std::make_shared<SimulatedWatcher>(_simulation);
+        return std::make_shared<Watcher>(_simulation);
     });
 }
 
@@ -119,7 +119,7 @@ IAsyncOperation<MediaFrameSourceGroup> SimulatedPlatform::FromIdAsync(const std:
             if (group == nullptr)
                 throw Shared::platformError(operation, Halden::toUtf8(id), winrt::result::notFound,
                                             "There is no such source group.");
-            return std::make_shared<SimulatedGroup>(partOf(current, *group));
+            return std::make_shared<SourceGroup>(partOf(current, *group));
         });
 }
 
@@ -129,7 +129,7 @@ IAsyncOperation<VectorView<MediaFrameSourceGroup>> SimulatedPlatform::FindAllAsy
             const auto scenario = simulation->scenario();
             std::vector<MediaFrameSourceGroup> groups;
             for (const GroupDefinition& group : scenario->groups)
-                groups.push_back(std::make_shared<SimulatedGroup>(partOf(scenario, group)));
+                groups.push_back(std::make_shared<SourceGroup>(partOf(scenario, group)));
             return VectorView<MediaFrameSourceGroup>(std::move(groups));
         });
 }

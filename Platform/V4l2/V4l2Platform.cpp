@@ -6,8 +6,8 @@
 #include "Platform/Shared/RunAsync.h"
 #include "Platform/V4l2/Discovery/DeviceCatalog.h"
 #include "Platform/V4l2/Discovery/SourceGroup.h"
-#include "Platform/V4l2/V4l2DeviceWatcher.h"
-#include "Platform/V4l2/V4l2MediaCapture.h"
+#include "Platform/V4l2/Watcher.h"
+#include "Platform/V4l2/Capture.h"
 
 #include <algorithm>
 #include <utility>
@@ -54,7 +54,7 @@ public:
         if (selector != Selector)
             throw Shared::platformError("DeviceInformation.CreateWatcher", Halden::toUtf8(selector),
                                         winrt::result::invalidArgument, "the selector matches no cameras");
-        return std::make_shared<V4l2DeviceWatcher>(_surroundings.pool, _lister, _catalog);
+        return std::make_shared<Watcher>(_surroundings.pool, _lister, _catalog);
     }
 
     IAsyncOperation<DeviceInformation> CreateFromIdAsync(const std::u16string& id, const std::vector<std::u16string>&,
@@ -91,7 +91,7 @@ public:
         });
     }
 
-    MediaCapture CreateMediaCapture() override { return std::make_shared<V4l2MediaCapture>(_surroundings); }
+    MediaCapture CreateMediaCapture() override { return std::make_shared<Capture>(_surroundings); }
 
 private:
     const CaptureSurroundings _surroundings;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Simulated/Session/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 #include "Platform/Simulated/World/JournaledCall.h"
 
 #include <memory>
@@ -21,7 +21,7 @@ inline JournalCall onDevice(JournalCall call, const std::shared_ptr<SimulatedCam
     return call;
 }
 
-template <typename Work> auto cameraCall(const std::shared_ptr<CaptureSession>& session,
+template <typename Work> auto cameraCall(const std::shared_ptr<CaptureCore>& session,
                                          const std::shared_ptr<SimulatedCamera>& camera, JournalCall call, Work&& work)
     -> decltype(work()) {
     return callNow(session->simulation()->journal(), onDevice(std::move(call), camera), faultsOf(camera),
@@ -29,7 +29,7 @@ template <typename Work> auto cameraCall(const std::shared_ptr<CaptureSession>& 
 }
 
 /// The work keeps alive what it needs.
-template <typename T, typename Work> IAsyncOperation<T> cameraCallAsync(const std::shared_ptr<CaptureSession>& session,
+template <typename T, typename Work> IAsyncOperation<T> cameraCallAsync(const std::shared_ptr<CaptureCore>& session,
                                                                         const std::shared_ptr<SimulatedCamera>& camera,
                                                                         JournalCall call, Work work) {
     const auto& simulation = session->simulation();

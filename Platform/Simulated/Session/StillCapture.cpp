@@ -32,7 +32,7 @@ std::string timeText() {
 /// One still under way. Made at the call, then used on the camera's strand alone.
 class Still {
 public:
-    Still(std::shared_ptr<CaptureSession> session, JournalCall call, RandomAccessStream stream)
+    Still(std::shared_ptr<CaptureCore> session, JournalCall call, RandomAccessStream stream)
         : _session(std::move(session)), _call(std::move(call)), _stream(std::move(stream)), _camera(_session->camera()),
           _definition(_camera->definition()), _timesUnplugged(_camera->timesUnplugged()) {}
 
@@ -48,7 +48,7 @@ private:
         return Shared::platformError(Simulated::operation, Halden::toUtf8(_camera->deviceId()), code, reason);
     }
 
-    const std::shared_ptr<CaptureSession> _session;
+    const std::shared_ptr<CaptureCore> _session;
     const JournalCall _call;
     const RandomAccessStream _stream;
     const std::shared_ptr<SimulatedCamera> _camera;
@@ -93,7 +93,7 @@ void Still::end() {
 }
 
 /// What makes the call itself fail.
-void requirePossible(const CaptureSession& session, const std::shared_ptr<SimulatedCamera>& camera,
+void requirePossible(const CaptureCore& session, const std::shared_ptr<SimulatedCamera>& camera,
                      const ImageEncodingProperties& encoding, const RandomAccessStream& stream) {
     session.requireOpen(operation, camera);
     if (encoding.Subtype != u"PNG" || !stream)
@@ -103,7 +103,7 @@ void requirePossible(const CaptureSession& session, const std::shared_ptr<Simula
 
 } // namespace
 
-IAsyncAction captureStill(const std::shared_ptr<CaptureSession>& session, const ImageEncodingProperties& encoding,
+IAsyncAction captureStill(const std::shared_ptr<CaptureCore>& session, const ImageEncodingProperties& encoding,
                           const RandomAccessStream& stream) {
     const auto now = std::chrono::steady_clock::now();
     const auto camera = session->camera();

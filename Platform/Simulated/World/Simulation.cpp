@@ -1,6 +1,6 @@
 #include "Platform/Simulated/World/Simulation.h"
 
-#include "Platform/Simulated/SimulatedWatcher.h"
+#include "Platform/Simulated/Watcher.h"
 
 #include <algorithm>
 #include <utility>
@@ -43,7 +43,7 @@ void Simulation::configureCameras() {
 
 void Simulation::takeOver(Scenario scenario) {
     // Released without the lock: the last handle to a watcher may be among them.
-    std::vector<std::shared_ptr<SimulatedWatcher>> watchers;
+    std::vector<std::shared_ptr<Watcher>> watchers;
     std::lock_guard lock(_mutex);
     _journal.moveTo(scenario.journal);
     const auto before = std::exchange(_scenario, std::make_shared<const Scenario>(std::move(scenario)));
@@ -56,7 +56,7 @@ void Simulation::takeOver(Scenario scenario) {
         watcher->reportChanges(*before, *_scenario);
 }
 
-void Simulation::attach(const std::shared_ptr<SimulatedWatcher>& watcher) {
+void Simulation::attach(const std::shared_ptr<Watcher>& watcher) {
     std::lock_guard lock(_mutex);
     _watchers.push_back(watcher);
     watcher->reportAll(*_scenario);

@@ -13,7 +13,7 @@
 
 namespace Platform::Simulated {
 
-class SimulatedWatcher;
+class Watcher;
 
 /// The simulated world: the scenario in force, its cameras, and who watches them. All objects of the
 /// platform share it and keep it alive. Any thread.
@@ -33,7 +33,7 @@ public:
     void takeOver(Scenario scenario);
 
     /// Reports the devices that there are to the watcher, and from then on every change.
-    void attach(const std::shared_ptr<SimulatedWatcher>& watcher);
+    void attach(const std::shared_ptr<Watcher>& watcher);
 
 private:
     std::shared_ptr<SimulatedCamera> cameraLocked(const std::u16string& deviceId);
@@ -44,7 +44,7 @@ private:
     mutable std::mutex _mutex; // guards all below
     std::shared_ptr<const Scenario> _scenario = std::make_shared<const Scenario>();
     std::map<std::u16string, std::shared_ptr<SimulatedCamera>> _cameras; // by device id
-    std::vector<std::weak_ptr<SimulatedWatcher>> _watchers;
+    std::vector<std::weak_ptr<Watcher>> _watchers;
 };
 
 /// A part of a scenario that keeps the whole of it alive.

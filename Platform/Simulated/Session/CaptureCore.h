@@ -16,9 +16,9 @@ namespace Platform::Simulated {
 ///
 /// The camera of a capture, whose controls and stills it has, is that of the source whose format was set
 /// last; before that, of the group's first colour video source, or else of its first source.
-class CaptureSession {
+class CaptureCore {
 public:
-    explicit CaptureSession(std::shared_ptr<Simulation> simulation) : _simulation(std::move(simulation)) {}
+    explicit CaptureCore(std::shared_ptr<Simulation> simulation) : _simulation(std::move(simulation)) {}
 
     const std::shared_ptr<Simulation>& simulation() const { return _simulation; }
 

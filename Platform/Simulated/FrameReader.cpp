@@ -1,4 +1,4 @@
-#include "Platform/Simulated/SimulatedFrameReader.h"
+#include "Platform/Simulated/FrameReader.h"
 
 #include "Platform/Simulated/Session/CameraCall.h"
 
@@ -6,7 +6,7 @@
 
 namespace Platform::Simulated {
 
-void SimulatedFrameReader::Stream::run(bool on) {
+void FrameReader::Stream::run(bool on) {
     if (_runs.exchange(on) == on)
         return;
     if (on)
@@ -15,7 +15,7 @@ void SimulatedFrameReader::Stream::run(bool on) {
         _session->readerStopped();
 }
 
-void SimulatedFrameReader::AcquisitionMode(MediaFrameReaderAcquisitionMode mode) {
+void FrameReader::AcquisitionMode(MediaFrameReaderAcquisitionMode mode) {
     constexpr const char* operation = "MediaFrameReader.AcquisitionMode";
     Json::Value arguments(Json::arrayValue);
     arguments.append(static_cast<int>(mode));
@@ -23,7 +23,7 @@ void SimulatedFrameReader::AcquisitionMode(MediaFrameReaderAcquisitionMode mode)
                [&] { _session->requireOpen(operation, _camera); });
 }
 
-IAsyncOperation<MediaFrameReaderStartStatus> SimulatedFrameReader::StartAsync() {
+IAsyncOperation<MediaFrameReaderStartStatus> FrameReader::StartAsync() {
     constexpr const char* operation = "MediaFrameReader.StartAsync";
     return cameraCallAsync<MediaFrameReaderStartStatus>(_session, _camera, {operation},
                                                         [session = _session, camera = _camera, stream = _stream] {
@@ -33,7 +33,7 @@ IAsyncOperation<MediaFrameReaderStartStatus> SimulatedFrameReader::StartAsync() 
                                                         });
 }
 
-IAsyncAction SimulatedFrameReader::StopAsync() {
+IAsyncAction FrameReader::StopAsync() {
     constexpr const char* operation = "MediaFrameReader.StopAsync";
     // A camera that has gone lets go without complaint.
     return cameraCallAsync<void>(_session, _camera, {operation}, [session = _session, stream = _stream] {

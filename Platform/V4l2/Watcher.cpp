@@ -1,4 +1,4 @@
-#include "Platform/V4l2/V4l2DeviceWatcher.h"
+#include "Platform/V4l2/Watcher.h"
 
 #include "Platform/Shared/DeviceInformationValue.h"
 #include "Platform/Shared/ErrnoError.h"
@@ -22,14 +22,14 @@
 namespace Platform::V4l2 {
 
 /// What the thread works on; outlives the watcher by as long as it takes the thread to see that it is to end.
-struct V4l2DeviceWatcher::Loop {
+struct Watcher::Loop {
     explicit Loop(DeviceLister& lister, std::shared_ptr<DeviceCatalog> cameras)
         : monitor(lister.monitor()), catalog(std::move(cameras)), wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
         if (!wake.isOpen())
             throw Shared::errnoError("eventfd", "the device watcher", errno);
     }
 
-    void run(const std::weak_ptr<V4l2DeviceWatcher>& watcher);
+    void run(const std::weak_ptr<Watcher>& watcher);
     void stop();
 
 private:
@@ -37,7 +37,7 @@ private:
 
     std::optional<Groups> look();
     std::set<std::string> waitForRemovals(int limitInMs);
-    void compare(V4l2DeviceWatcher& watcher, const Groups& present, const std::set<std::string>& removed);
+    void compare(Watcher& watcher, const Groups& present, const std::set<std::string>& removed);
     static bool isSame(const CameraGroup& a, const CameraGroup& b);
 
     const std::unique_ptr<DeviceMonitor> monitor;
@@ -47,11 +47,11 @@ private:
     Groups reported; // the thread's, by id
 };
 
-V4l2DeviceWatcher::V4l2DeviceWatcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
+Watcher::Watcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
                                      std::shared_ptr<DeviceCatalog> catalog)
     : DeviceWatcherBase(std::move(pool)), _lister(std::move(lister)), _catalog(std::move(catalog)) {}
 
-V4l2DeviceWatcher::~V4l2DeviceWatcher() {
+Watcher::~Watcher() {
     if (!_thread.joinable())
         return;
     _loop->stop();
@@ -62,27 +62,27 @@ V4l2DeviceWatcher::~V4l2DeviceWatcher() {
         _thread.join();
 }
 
-void V4l2DeviceWatcher::startWatching() {
+void Watcher::startWatching() {
     // Listening begins before the first look, so that nothing falls between the two.
     _loop = std::make_shared<Loop>(*_lister, _catalog);
-    const auto self = std::static_pointer_cast<V4l2DeviceWatcher>(shared_from_this());
+    const auto self = std::static_pointer_cast<Watcher>(shared_from_this());
     _thread = std::thread([loop = _loop, weak = std::weak_ptr(self)] { loop->run(weak); });
 }
 
-void V4l2DeviceWatcher::vanished(const CameraGroup& group) {
+void Watcher::vanished(const CameraGroup& group) {
     reportRemoved(std::make_shared<Shared::DeviceInformationUpdateValue>(group.id, PropertyMap()));
 }
 
-DeviceInformation V4l2DeviceWatcher::deviceOf(const CameraGroup& group) { return groupDevice(group); }
+DeviceInformation Watcher::deviceOf(const CameraGroup& group) { return groupDevice(group); }
 
-void V4l2DeviceWatcher::Loop::stop() {
+void Watcher::Loop::stop() {
     stopping = true;
     const std::uint64_t one = 1;
     // Fails only when the counter is full, and then the thread is awake anyway.
     [[maybe_unused]] const ssize_t written = write(wake.get(), &one, sizeof one);
 }
 
-void V4l2DeviceWatcher::Loop::run(const std::weak_ptr<V4l2DeviceWatcher>& watcher) {
+void Watcher::Loop::run(const std::weak_ptr<Watcher>& watcher) {
     constexpr int forever = -1;
     constexpr int untilNextLookInMs = 1'000; // after one that failed
     std::set<std::string> removed;           // since the last look
@@ -105,7 +105,7 @@ void V4l2DeviceWatcher::Loop::run(const std::weak_ptr<V4l2DeviceWatcher>& watche
 }
 
 /// The cameras that are there; nothing where the system cannot tell, as without a descriptor to spare.
-std::optional<V4l2DeviceWatcher::Loop::Groups> V4l2DeviceWatcher::Loop::look() try {
+std::optional<Watcher::Loop::Groups> Watcher::Loop::look() try {
     Groups present;
     for (const CameraGroupHandle& group : catalog->groups())
         present.emplace(group->id, group);
@@ -115,7 +115,7 @@ std::optional<V4l2DeviceWatcher::Loop::Groups> V4l2DeviceWatcher::Loop::look() t
 }
 
 /// Waits for news, and takes all that there are; the nodes that went.
-std::set<std::string> V4l2DeviceWatcher::Loop::waitForRemovals(int limitInMs) {
+std::set<std::string> Watcher::Loop::waitForRemovals(int limitInMs) {
     std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{monitor->descriptor(), POLLIN, 0}};
     poll(waited.data(), waited.size(), limitInMs);
     std::set<std::string> removed;
@@ -125,12 +125,12 @@ std::set<std::string> V4l2DeviceWatcher::Loop::waitForRemovals(int limitInMs) {
     return removed;
 }
 
-bool V4l2DeviceWatcher::Loop::isSame(const CameraGroup& a, const CameraGroup& b) {
+bool Watcher::Loop::isSame(const CameraGroup& a, const CameraGroup& b) {
     return a.nodes == b.nodes && a.error.has_value() == b.error.has_value();
 }
 
 /// A camera that was plugged in anew under the same id has gone and come.
-void V4l2DeviceWatcher::Loop::compare(V4l2DeviceWatcher& watcher, const Groups& present,
+void Watcher::Loop::compare(Watcher& watcher, const Groups& present,
                                       const std::set<std::string>& removed) {
     for (auto known = reported.begin(); known != reported.end();) {
         const CameraGroup& group = *known->second;

@@ -1,4 +1,4 @@
-#include "Platform/Simulated/SimulatedGroup.h"
+#include "Platform/Simulated/SourceGroup.h"
 
 #include "Platform/Shared/DeviceInformationValue.h"
 
@@ -25,21 +25,21 @@ private:
 VectorView<MediaFrameSourceInfo> infosOf(const std::shared_ptr<const GroupDefinition>& group) {
     std::vector<MediaFrameSourceInfo> infos;
     for (const SourceDefinition& source : group->sources)
-        infos.push_back(std::make_shared<SimulatedSourceInfo>(std::shared_ptr<const SourceDefinition>(group, &source)));
+        infos.push_back(std::make_shared<SourceInfo>(std::shared_ptr<const SourceDefinition>(group, &source)));
     return infos;
 }
 
 } // namespace
 
-SimulatedSourceInfo::SimulatedSourceInfo(std::shared_ptr<const SourceDefinition> definition)
+SourceInfo::SourceInfo(std::shared_ptr<const SourceDefinition> definition)
     : _definition(std::move(definition)),
       _device(std::make_shared<Shared::DeviceInformationValue>(_definition->device)) {}
 
-MediaFrameSourceInfo2 SimulatedSourceInfo::asMediaFrameSourceInfo2() const {
+MediaFrameSourceInfo2 SourceInfo::asMediaFrameSourceInfo2() const {
     return _definition->sourceInfo2 ? std::make_shared<SimulatedSourceInfo2>(_definition) : nullptr;
 }
 
-SimulatedGroup::SimulatedGroup(std::shared_ptr<const GroupDefinition> definition)
+SourceGroup::SourceGroup(std::shared_ptr<const GroupDefinition> definition)
     : _definition(std::move(definition)), _sourceInfos(infosOf(_definition)) {}
 
 } // namespace Platform::Simulated

@@ -1,4 +1,4 @@
-#include "Platform/Simulated/Session/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
@@ -35,7 +35,7 @@ std::shared_ptr<SimulatedCamera> firstCamera(Simulation& simulation, const Group
     return source == group.sources.end() ? nullptr : simulation.camera(source->device.id);
 }
 
-void CaptureSession::open(std::shared_ptr<const GroupDefinition> group, PhotoCaptureSource photoSource) {
+void CaptureCore::open(std::shared_ptr<const GroupDefinition> group, PhotoCaptureSource photoSource) {
     constexpr const char* operation = "MediaCapture.InitializeAsync";
     const auto camera = firstCamera(*_simulation, *group);
     if (!camera || !camera->isPlugged())
@@ -52,23 +52,23 @@ void CaptureSession::open(std::shared_ptr<const GroupDefinition> group, PhotoCap
     _camera = camera;
 }
 
-void CaptureSession::close() {
+void CaptureCore::close() {
     std::lock_guard lock(_mutex);
     _state = State::Closed;
     _runningReaders = 0;
 }
 
-bool CaptureSession::isClosed() const {
+bool CaptureCore::isClosed() const {
     std::lock_guard lock(_mutex);
     return _state == State::Closed;
 }
 
-std::shared_ptr<SimulatedCamera> CaptureSession::camera() const {
+std::shared_ptr<SimulatedCamera> CaptureCore::camera() const {
     std::lock_guard lock(_mutex);
     return _camera;
 }
 
-std::shared_ptr<const GroupDefinition> CaptureSession::group() const {
+std::shared_ptr<const GroupDefinition> CaptureCore::group() const {
     const auto scenario = _simulation->scenario();
     std::lock_guard lock(_mutex);
     for (const GroupDefinition& group : scenario->groups)
@@ -77,7 +77,7 @@ std::shared_ptr<const GroupDefinition> CaptureSession::group() const {
     return _group;
 }
 
-void CaptureSession::requireInitialised(const char* operation) const {
+void CaptureCore::requireInitialised(const char* operation) const {
     std::lock_guard lock(_mutex);
     if (_state == State::New)
         throw Shared::platformError(operation, nameOf(_camera), winrt::result::illegalMethodCall,
@@ -86,19 +86,19 @@ void CaptureSession::requireInitialised(const char* operation) const {
         throw Shared::platformError(operation, nameOf(_camera), winrt::result::closed, "The capture has been closed.");
 }
 
-void CaptureSession::requireOpen(const char* operation, const std::shared_ptr<SimulatedCamera>& camera) const {
+void CaptureCore::requireOpen(const char* operation, const std::shared_ptr<SimulatedCamera>& camera) const {
     requireInitialised(operation);
     if (!camera || !camera->isPlugged()) // none where the call began before the capture had been initialised
         throw Shared::errnoError(operation, nameOf(camera), ENODEV);
 }
 
-void CaptureSession::setFormat(const std::shared_ptr<SimulatedCamera>& camera, const MediaFrameFormat& format) {
+void CaptureCore::setFormat(const std::shared_ptr<SimulatedCamera>& camera, const MediaFrameFormat& format) {
     std::lock_guard lock(_mutex);
     _camera = camera;
     _format = FormatDefinition{format.Width, format.Height, format.FrameRate, format.Subtype};
 }
 
-std::optional<FormatDefinition> CaptureSession::stillFormat() const {
+std::optional<FormatDefinition> CaptureCore::stillFormat() const {
     const auto definition = group();
     std::lock_guard lock(_mutex);
     if (_format)
@@ -112,18 +112,18 @@ std::optional<FormatDefinition> CaptureSession::stillFormat() const {
     return source->formats.front();
 }
 
-void CaptureSession::readerStarted() {
+void CaptureCore::readerStarted() {
     std::lock_guard lock(_mutex);
     ++_runningReaders;
 }
 
-void CaptureSession::readerStopped() {
+void CaptureCore::readerStopped() {
     std::lock_guard lock(_mutex);
     if (_runningReaders > 0) // closing stops all readers at once
         --_runningReaders;
 }
 
-bool CaptureSession::isStreaming() const {
+bool CaptureCore::isStreaming() const {
     std::lock_guard lock(_mutex);
     return _runningReaders > 0;
 }

@@ -1,9 +1,9 @@
-#include "Platform/Simulated/SimulatedFrameSource.h"
+#include "Platform/Simulated/FrameSource.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
 #include "Platform/Simulated/Session/CameraCall.h"
-#include "Platform/Simulated/SimulatedGroup.h"
+#include "Platform/Simulated/SourceGroup.h"
 
 #include <utility>
 #include <vector>
@@ -21,17 +21,17 @@ void requireFormat(const SourceDefinition& source, const MediaFrameFormat& forma
 
 } // namespace
 
-SimulatedFrameSource::SimulatedFrameSource(std::shared_ptr<CaptureSession> session,
+FrameSource::FrameSource(std::shared_ptr<CaptureCore> session,
                                            std::shared_ptr<const SourceDefinition> definition)
     : _session(std::move(session)), _definition(std::move(definition)),
       _camera(_session->simulation()->camera(_definition->device.id)) {}
 
-MediaFrameSourceInfo SimulatedFrameSource::Info() const {
+MediaFrameSourceInfo FrameSource::Info() const {
     _session->requireOpen("MediaFrameSource.Info", _camera);
-    return std::make_shared<SimulatedSourceInfo>(_definition);
+    return std::make_shared<SourceInfo>(_definition);
 }
 
-VectorView<MediaFrameFormat> SimulatedFrameSource::SupportedFormats() const {
+VectorView<MediaFrameFormat> FrameSource::SupportedFormats() const {
     _session->requireOpen("MediaFrameSource.SupportedFormats", _camera);
     std::vector<MediaFrameFormat> formats;
     for (const FormatDefinition& format : _definition->formats)
@@ -40,7 +40,7 @@ VectorView<MediaFrameFormat> SimulatedFrameSource::SupportedFormats() const {
     return formats;
 }
 
-IAsyncAction SimulatedFrameSource::SetFormatAsync(const MediaFrameFormat& format) {
+IAsyncAction FrameSource::SetFormatAsync(const MediaFrameFormat& format) {
     constexpr const char* operation = "MediaFrameSource.SetFormatAsync";
     Json::Value arguments(Json::arrayValue);
     arguments.append(journalText(id()));

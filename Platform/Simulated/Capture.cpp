@@ -1,12 +1,12 @@
-#include "Platform/Simulated/SimulatedCapture.h"
+#include "Platform/Simulated/Capture.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
 #include "Platform/Simulated/Session/CameraCall.h"
-#include "Platform/Simulated/SimulatedController.h"
-#include "Platform/Simulated/SimulatedFrameReader.h"
-#include "Platform/Simulated/SimulatedFrameSource.h"
-#include "Platform/Simulated/SimulatedGroup.h"
+#include "Platform/Simulated/DeviceController.h"
+#include "Platform/Simulated/FrameReader.h"
+#include "Platform/Simulated/FrameSource.h"
+#include "Platform/Simulated/SourceGroup.h"
 #include "Platform/Simulated/Session/StillCapture.h"
 
 #include <utility>
@@ -25,9 +25,9 @@ Json::Value argumentsOf(const MediaCaptureInitializationSettings& settings) {
 
 } // namespace
 
-IAsyncAction SimulatedCapture::InitializeAsync(const MediaCaptureInitializationSettings& settings) {
+IAsyncAction Capture::InitializeAsync(const MediaCaptureInitializationSettings& settings) {
     constexpr const char* operation = "MediaCapture.InitializeAsync";
-    const auto group = std::dynamic_pointer_cast<const SimulatedGroup>(settings.SourceGroup);
+    const auto group = std::dynamic_pointer_cast<const SourceGroup>(settings.SourceGroup);
     const auto camera = group ? firstCamera(*_session->simulation(), *group->definition()) : nullptr;
     return cameraCallAsync<void>(_session, camera, {operation, {}, nullptr, argumentsOf(settings)},
                                  [session = _session, group, photoSource = settings.PhotoCaptureSource] {
@@ -39,30 +39,30 @@ IAsyncAction SimulatedCapture::InitializeAsync(const MediaCaptureInitializationS
                                  });
 }
 
-MapView<MediaFrameSource> SimulatedCapture::FrameSources() const {
+MapView<MediaFrameSource> Capture::FrameSources() const {
     const auto camera = _session->camera();
     return cameraCall(_session, camera, {"MediaCapture.FrameSources"}, [&] {
         _session->requireOpen("MediaCapture.FrameSources", camera);
         const auto group = _session->group();
         std::vector<MapView<MediaFrameSource>::Entry> entries;
         for (const SourceDefinition& source : group->sources)
-            entries.emplace_back(source.id, std::make_shared<SimulatedFrameSource>(
+            entries.emplace_back(source.id, std::make_shared<FrameSource>(
                                                 _session, std::shared_ptr<const SourceDefinition>(group, &source)));
         return MapView<MediaFrameSource>(std::move(entries));
     });
 }
 
-Platform::VideoDeviceController SimulatedCapture::VideoDeviceController() const {
+Platform::VideoDeviceController Capture::VideoDeviceController() const {
     const auto camera = _session->camera();
     return cameraCall(_session, camera, {"VideoDeviceController"}, [&]() -> Platform::VideoDeviceController {
         _session->requireOpen("VideoDeviceController", camera);
-        return std::make_shared<SimulatedController>(_session, camera);
+        return std::make_shared<DeviceController>(_session, camera);
     });
 }
 
-IAsyncOperation<MediaFrameReader> SimulatedCapture::CreateFrameReaderAsync(const MediaFrameSource& source) {
+IAsyncOperation<MediaFrameReader> Capture::CreateFrameReaderAsync(const MediaFrameSource& source) {
     constexpr const char* operation = "MediaCapture.CreateFrameReaderAsync";
-    const auto own = std::dynamic_pointer_cast<const SimulatedFrameSource>(source);
+    const auto own = std::dynamic_pointer_cast<const FrameSource>(source);
     const auto camera = own ? own->camera() : _session->camera();
     Json::Value arguments(Json::arrayValue);
     arguments.append(own ? journalText(own->id()) : Json::Value());
@@ -73,21 +73,21 @@ IAsyncOperation<MediaFrameReader> SimulatedCapture::CreateFrameReaderAsync(const
             if (!own || own->session() != session)
                 throw Shared::platformError(operation, Halden::toUtf8(camera->deviceId()),
                                             winrt::result::invalidArgument, "The capture has no such source.");
-            return std::make_shared<SimulatedFrameReader>(session, camera);
+            return std::make_shared<FrameReader>(session, camera);
         });
 }
 
-IAsyncAction SimulatedCapture::CapturePhotoToStreamAsync(const ImageEncodingProperties& encoding,
+IAsyncAction Capture::CapturePhotoToStreamAsync(const ImageEncodingProperties& encoding,
                                                          const RandomAccessStream& stream) {
     return captureStill(_session, encoding, stream);
 }
 
-Platform::CameraStreamState SimulatedCapture::CameraStreamState() const {
+Platform::CameraStreamState Capture::CameraStreamState() const {
     _session->requireOpen("MediaCapture.CameraStreamState", _session->camera());
     return _session->isStreaming() ? Platform::CameraStreamState::Streaming : Platform::CameraStreamState::NotStreaming;
 }
 
-void SimulatedCapture::Close() {
+void Capture::Close() {
     cameraCall(_session, _session->camera(), {"MediaCapture.Close"}, [&] { _session->close(); });
 }
 

@@ -10,13 +10,13 @@ namespace Platform::V4l2 {
 
 /// Reports cameras that come and go, under the ids of their groups. Its thread, which Start makes, listens to the
 /// system and ends with the watcher.
-class V4l2DeviceWatcher final : public Shared::DeviceWatcherBase {
+class Watcher final : public Shared::DeviceWatcherBase {
 public:
-    V4l2DeviceWatcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
+    Watcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
                       std::shared_ptr<DeviceCatalog> catalog);
-    ~V4l2DeviceWatcher() override;
-    V4l2DeviceWatcher(const V4l2DeviceWatcher&) = delete;
-    V4l2DeviceWatcher& operator=(const V4l2DeviceWatcher&) = delete;
+    ~Watcher() override;
+    Watcher(const Watcher&) = delete;
+    Watcher& operator=(const Watcher&) = delete;
 
 protected:
     void startWatching() override;

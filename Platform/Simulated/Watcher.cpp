@@ -1,4 +1,4 @@
-#include "Platform/Simulated/SimulatedWatcher.h"
+#include "Platform/Simulated/Watcher.h"
 
 #include "Platform/Simulated/World/JournaledCall.h"
 #include "Platform/Simulated/World/Simulation.h"
@@ -28,15 +28,15 @@ PropertyMap news(const PropertyMap& before, const PropertyMap& now) {
 
 } // namespace
 
-SimulatedWatcher::SimulatedWatcher(std::shared_ptr<Simulation> simulation)
+Watcher::Watcher(std::shared_ptr<Simulation> simulation)
     : DeviceWatcherBase(simulation->pool()), _simulation(std::move(simulation)) {}
 
-void SimulatedWatcher::startWatching() {
+void Watcher::startWatching() {
     callNow(_simulation->journal(), {"DeviceWatcher.Start"}, _simulation->scenario()->faults,
-            [this] { _simulation->attach(std::static_pointer_cast<SimulatedWatcher>(shared_from_this())); });
+            [this] { _simulation->attach(std::static_pointer_cast<Watcher>(shared_from_this())); });
 }
 
-void SimulatedWatcher::aboutToReport(Shared::DeviceEvent event, const std::u16string& deviceId) {
+void Watcher::aboutToReport(Shared::DeviceEvent event, const std::u16string& deviceId) {
     switch (event) {
     case Shared::DeviceEvent::Added:
         return _simulation->journal().called({"DeviceWatcher.Added", deviceId});
@@ -47,13 +47,13 @@ void SimulatedWatcher::aboutToReport(Shared::DeviceEvent event, const std::u16st
     }
 }
 
-void SimulatedWatcher::reportAll(const Scenario& scenario) {
+void Watcher::reportAll(const Scenario& scenario) {
     for (const GroupDefinition& group : scenario.groups)
         reportAdded(std::make_shared<Shared::DeviceInformationValue>(group.watched));
     reportEnumerationCompleted();
 }
 
-void SimulatedWatcher::reportChanges(const Scenario& before, const Scenario& now) {
+void Watcher::reportChanges(const Scenario& before, const Scenario& now) {
     using Update = Shared::DeviceInformationUpdateValue;
     for (const GroupDefinition& group : before.groups)
         if (findSame(now, group) == nullptr)

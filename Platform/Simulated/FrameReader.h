@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/MediaFrameReader.h"
-#include "Platform/Simulated/Session/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 
 #include <atomic>
 #include <memory>
@@ -9,9 +9,9 @@
 namespace Platform::Simulated {
 
 /// Keeps the stream of a capture running; there are no frames to be read.
-class SimulatedFrameReader final : public IMediaFrameReader {
+class FrameReader final : public IMediaFrameReader {
 public:
-    SimulatedFrameReader(std::shared_ptr<CaptureSession> session, std::shared_ptr<SimulatedCamera> camera)
+    FrameReader(std::shared_ptr<CaptureCore> session, std::shared_ptr<SimulatedCamera> camera)
         : _stream(std::make_shared<Stream>(session)), _session(std::move(session)), _camera(std::move(camera)) {}
 
     void AcquisitionMode(MediaFrameReaderAcquisitionMode mode) override;
@@ -22,19 +22,19 @@ private:
     /// Whether this reader runs. Shared with operations under way; ends with the last of them and the reader.
     class Stream {
     public:
-        explicit Stream(std::shared_ptr<CaptureSession> session) : _session(std::move(session)) {}
+        explicit Stream(std::shared_ptr<CaptureCore> session) : _session(std::move(session)) {}
         ~Stream() { run(false); }
         Stream(const Stream&) = delete;
         Stream& operator=(const Stream&) = delete;
         void run(bool on);
 
     private:
-        const std::shared_ptr<CaptureSession> _session;
+        const std::shared_ptr<CaptureCore> _session;
         std::atomic<bool> _runs = false;
     };
 
     const std::shared_ptr<Stream> _stream;
-    const std::shared_ptr<CaptureSession> _session;
+    const std::shared_ptr<CaptureCore> _session;
     const std::shared_ptr<SimulatedCamera> _camera;
 };
 

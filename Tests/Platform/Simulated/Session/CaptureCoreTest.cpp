@@ -1,4 +1,4 @@
-#include "Platform/Simulated/Session/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 
 #include "Platform/Simulated/Scenario/ScenarioReader.h"
 #include "Tests/Platform/Simulated/SimulatedFixture.h"
@@ -7,11 +7,11 @@ using namespace Platform::Simulated;
 
 namespace {
 
-TEST(CaptureSession, ACallThatBeganBeforeTheCaptureWasInitialisedRaisesAlsoIfItGoesOnAfterwards) {
+TEST(CaptureCore, ACallThatBeganBeforeTheCaptureWasInitialisedRaisesAlsoIfItGoesOnAfterwards) {
     const auto simulation = std::make_shared<Simulation>();
     simulation->takeOver(builtInScenario());
     const auto scenario = simulation->scenario();
-    CaptureSession session(simulation);
+    CaptureCore session(simulation);
     const auto before = session.camera();
     session.open(partOf(scenario, scenario->groups.front()), Platform::PhotoCaptureSource::VideoPreview);
     EXPECT_TRUE(outcomeOf([&] { session.requireOpen("Use", before); }).raised);

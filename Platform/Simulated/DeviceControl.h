@@ -1,16 +1,16 @@
 #pragma once
 
 #include "Platform/Interface/MediaDeviceControl.h"
-#include "Platform/Simulated/Session/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 
 #include <memory>
 
 namespace Platform::Simulated {
 
 /// One control of the older generation, seen through an open capture.
-class SimulatedDeviceControl final : public IMediaDeviceControl {
+class DeviceControl final : public IMediaDeviceControl {
 public:
-    SimulatedDeviceControl(std::shared_ptr<CaptureSession> session, std::shared_ptr<SimulatedCamera> camera,
+    DeviceControl(std::shared_ptr<CaptureCore> session, std::shared_ptr<SimulatedCamera> camera,
                            OlderControl control);
 
     MediaDeviceControlCapabilities Capabilities() const override;
@@ -22,7 +22,7 @@ public:
 private:
     template <typename Work> auto call(const char* operation, Json::Value arguments, Work work) const;
 
-    const std::shared_ptr<CaptureSession> _session;
+    const std::shared_ptr<CaptureCore> _session;
     const std::shared_ptr<SimulatedCamera> _camera;
     const OlderControl _control;
 };

@@ -9,9 +9,9 @@ namespace Platform::Simulated {
 
 /// A source as a group describes it, from the scenario that was in force when the group was asked for. Raises
 /// nothing.
-class SimulatedSourceInfo final : public IMediaFrameSourceInfo {
+class SourceInfo final : public IMediaFrameSourceInfo {
 public:
-    explicit SimulatedSourceInfo(std::shared_ptr<const SourceDefinition> definition);
+    explicit SourceInfo(std::shared_ptr<const SourceDefinition> definition);
 
     std::u16string Id() const override { return _definition->id; }
     Platform::MediaStreamType MediaStreamType() const override { return _definition->streamType; }
@@ -25,9 +25,9 @@ private:
 };
 
 /// A group of the scenario that was in force when it was asked for. Raises nothing.
-class SimulatedGroup final : public IMediaFrameSourceGroup {
+class SourceGroup final : public IMediaFrameSourceGroup {
 public:
-    explicit SimulatedGroup(std::shared_ptr<const GroupDefinition> definition);
+    explicit SourceGroup(std::shared_ptr<const GroupDefinition> definition);
 
     std::u16string Id() const override { return _definition->id; }
     std::u16string DisplayName() const override { return _definition->displayName; }

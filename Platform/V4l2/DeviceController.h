@@ -9,9 +9,9 @@ namespace Platform::V4l2 {
 
 /// The settings of an open capture, on the kernel's controls of its first source. Exposure, focus and white balance
 /// are of the older generation; ISO speed and exposure bias exist in the newer one alone. Any thread.
-class VideoController final : public IVideoDeviceController {
+class DeviceController final : public IVideoDeviceController {
 public:
-    explicit VideoController(std::shared_ptr<CaptureCore> core) : _core(std::move(core)) {}
+    explicit DeviceController(std::shared_ptr<CaptureCore> core) : _core(std::move(core)) {}
 
     MediaDeviceControl Exposure() const override;
     MediaDeviceControl Focus() const override;

@@ -10,9 +10,9 @@ namespace Platform::Simulated {
 class Simulation;
 
 /// Reports the watched devices of the scenario's groups.
-class SimulatedWatcher final : public Shared::DeviceWatcherBase {
+class Watcher final : public Shared::DeviceWatcherBase {
 public:
-    explicit SimulatedWatcher(std::shared_ptr<Simulation> simulation);
+    explicit Watcher(std::shared_ptr<Simulation> simulation);
 
     /// For the simulation, once, at the start.
     void reportAll(const Scenario& scenario);

@@ -1,20 +1,21 @@
 #pragma once
 
 #include "Platform/Interface/MediaCapture.h"
-#include "Platform/V4l2/Session/CaptureCore.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 
 #include <memory>
 
-namespace Platform::V4l2 {
+namespace Platform::Simulated {
 
-/// A camera of the kernel. Stills come from the group's first source, as the controls do.
-class V4l2MediaCapture final : public IMediaCapture {
+/// The handle to a session of a simulated camera.
+class Capture final : public IMediaCapture {
 public:
-    explicit V4l2MediaCapture(CaptureSurroundings surroundings)
-        : _core(std::make_shared<CaptureCore>(std::move(surroundings))) {}
-    ~V4l2MediaCapture() override { _core->close(); }
-    V4l2MediaCapture(const V4l2MediaCapture&) = delete;
-    V4l2MediaCapture& operator=(const V4l2MediaCapture&) = delete;
+    explicit Capture(std::shared_ptr<Simulation> simulation)
+        : _session(std::make_shared<CaptureCore>(std::move(simulation))) {}
+    /// Closes, which is no call and stands in no journal.
+    ~Capture() override { _session->close(); }
+    Capture(const Capture&) = delete;
+    Capture& operator=(const Capture&) = delete;
 
     IAsyncAction InitializeAsync(const MediaCaptureInitializationSettings& settings) override;
     MapView<MediaFrameSource> FrameSources() const override;
@@ -23,10 +24,10 @@ public:
     IAsyncAction CapturePhotoToStreamAsync(const ImageEncodingProperties& encoding,
                                            const RandomAccessStream& stream) override;
     Platform::CameraStreamState CameraStreamState() const override;
-    void Close() override { _core->close(); }
+    void Close() override;
 
 private:
-    const std::shared_ptr<CaptureCore> _core;
+    const std::shared_ptr<CaptureCore> _session;
 };
 
-} // namespace Platform::V4l2
+} // namespace Platform::Simulated

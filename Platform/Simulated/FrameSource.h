@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/MediaFrameSource.h"
-#include "Platform/Simulated/Session/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 
 #include <memory>
 #include <string>
@@ -9,20 +9,20 @@
 namespace Platform::Simulated {
 
 /// A source of an open capture.
-class SimulatedFrameSource final : public IMediaFrameSource {
+class FrameSource final : public IMediaFrameSource {
 public:
-    SimulatedFrameSource(std::shared_ptr<CaptureSession> session, std::shared_ptr<const SourceDefinition> definition);
+    FrameSource(std::shared_ptr<CaptureCore> session, std::shared_ptr<const SourceDefinition> definition);
 
     MediaFrameSourceInfo Info() const override;
     VectorView<MediaFrameFormat> SupportedFormats() const override;
     IAsyncAction SetFormatAsync(const MediaFrameFormat& format) override;
 
     const std::u16string& id() const { return _definition->id; }
-    const std::shared_ptr<CaptureSession>& session() const { return _session; }
+    const std::shared_ptr<CaptureCore>& session() const { return _session; }
     const std::shared_ptr<SimulatedCamera>& camera() const { return _camera; }
 
 private:
-    const std::shared_ptr<CaptureSession> _session;
+    const std::shared_ptr<CaptureCore> _session;
     const std::shared_ptr<const SourceDefinition> _definition; // when the capture was asked for its sources
     const std::shared_ptr<SimulatedCamera> _camera;
 };

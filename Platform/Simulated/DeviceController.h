@@ -1,16 +1,16 @@
 #pragma once
 
 #include "Platform/Interface/VideoDeviceController.h"
-#include "Platform/Simulated/Session/CaptureSession.h"
+#include "Platform/Simulated/Session/CaptureCore.h"
 
 #include <memory>
 
 namespace Platform::Simulated {
 
 /// The controls of an open capture's camera.
-class SimulatedController final : public IVideoDeviceController {
+class DeviceController final : public IVideoDeviceController {
 public:
-    SimulatedController(std::shared_ptr<CaptureSession> session, std::shared_ptr<SimulatedCamera> camera);
+    DeviceController(std::shared_ptr<CaptureCore> session, std::shared_ptr<SimulatedCamera> camera);
 
     MediaDeviceControl Exposure() const override { return older(OlderControl::Exposure); }
     MediaDeviceControl Focus() const override { return older(OlderControl::Focus); }
@@ -27,7 +27,7 @@ public:
 private:
     MediaDeviceControl older(OlderControl control) const;
 
-    const std::shared_ptr<CaptureSession> _session;
+    const std::shared_ptr<CaptureCore> _session;
     const std::shared_ptr<SimulatedCamera> _camera;
 };
 

@@ -1,16 +1,16 @@
-#include "Platform/V4l2/V4l2MediaCapture.h"
+#include "Platform/V4l2/Capture.h"
 
 #include "Platform/Shared/ErrnoError.h"
 #include "Platform/V4l2/FrameSources.h"
 #include "Platform/V4l2/Discovery/SourceGroup.h"
-#include "Platform/V4l2/VideoController.h"
+#include "Platform/V4l2/DeviceController.h"
 
 #include <utility>
 #include <vector>
 
 namespace Platform::V4l2 {
 
-IAsyncAction V4l2MediaCapture::InitializeAsync(const MediaCaptureInitializationSettings& settings) {
+IAsyncAction Capture::InitializeAsync(const MediaCaptureInitializationSettings& settings) {
     const auto group = std::dynamic_pointer_cast<SourceGroup>(settings.SourceGroup);
     return Shared::runAsync<void>(_core->pool(), [core = _core, group] {
         if (!group || group->camera()->sources.empty())
@@ -20,7 +20,7 @@ IAsyncAction V4l2MediaCapture::InitializeAsync(const MediaCaptureInitializationS
     });
 }
 
-MapView<MediaFrameSource> V4l2MediaCapture::FrameSources() const {
+MapView<MediaFrameSource> Capture::FrameSources() const {
     _core->requireCamera("MediaCapture.FrameSources");
     std::vector<MapView<MediaFrameSource>::Entry> entries;
     if (const CameraGroupHandle group = _core->group())
@@ -29,12 +29,12 @@ MapView<MediaFrameSource> V4l2MediaCapture::FrameSources() const {
     return entries;
 }
 
-Platform::VideoDeviceController V4l2MediaCapture::VideoDeviceController() const {
+Platform::VideoDeviceController Capture::VideoDeviceController() const {
     _core->requireCamera("MediaCapture.VideoDeviceController");
-    return std::make_shared<VideoController>(_core);
+    return std::make_shared<DeviceController>(_core);
 }
 
-IAsyncOperation<MediaFrameReader> V4l2MediaCapture::CreateFrameReaderAsync(const MediaFrameSource& source) {
+IAsyncOperation<MediaFrameReader> Capture::CreateFrameReaderAsync(const MediaFrameSource& source) {
     constexpr std::string_view operation = "MediaCapture.CreateFrameReaderAsync";
     _core->requireInitialised(operation);
     const auto ours = std::dynamic_pointer_cast<FrameSource>(source);
@@ -48,7 +48,7 @@ IAsyncOperation<MediaFrameReader> V4l2MediaCapture::CreateFrameReaderAsync(const
     });
 }
 
-IAsyncAction V4l2MediaCapture::CapturePhotoToStreamAsync(const ImageEncodingProperties& encoding,
+IAsyncAction Capture::CapturePhotoToStreamAsync(const ImageEncodingProperties& encoding,
                                                          const RandomAccessStream& stream) {
     constexpr std::string_view operation = "MediaCapture.CapturePhotoToStreamAsync";
     const StillRequest request{{}, stream, std::chrono::steady_clock::now()};
@@ -63,7 +63,7 @@ IAsyncAction V4l2MediaCapture::CapturePhotoToStreamAsync(const ImageEncodingProp
     return request.operation.operation();
 }
 
-Platform::CameraStreamState V4l2MediaCapture::CameraStreamState() const {
+Platform::CameraStreamState Capture::CameraStreamState() const {
     constexpr std::string_view operation = "MediaCapture.CameraStreamState";
     const bool streaming = _core->worker(operation, 0)->call<bool>(operation, [](CameraSession& session) {
         session.requirePresence();
