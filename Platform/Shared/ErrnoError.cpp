@@ -1,9 +1,8 @@
 #include "Platform/Shared/ErrnoError.h"
 
-#include "Framework/CXX/Common/TextConversion.h"
+#include "Platform/Shared/PlatformError.h"
 
 #include <cerrno>
-#include <string>
 #include <system_error>
 
 namespace Platform::Shared {
@@ -33,13 +32,6 @@ winrt::hresult codeOfErrno(int error) {
 
 winrt::hresult_error errnoError(std::string_view operation, std::string_view device, int error) {
     return platformError(operation, device, codeOfErrno(error), std::generic_category().message(error));
-}
-
-winrt::hresult_error platformError(std::string_view operation, std::string_view device, winrt::hresult code,
-                                   std::string_view reason) {
-    std::string text(operation);
-    text.append(" on ").append(device).append(": ").append(reason);
-    return {code, Halden::toUtf16(text)};
 }
 
 } // namespace Platform::Shared

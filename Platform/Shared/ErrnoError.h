@@ -12,8 +12,4 @@ winrt::hresult codeOfErrno(int error);
 /// "OPERATION on DEVICE: reason", with the code of that error number. Both texts are UTF-8.
 winrt::hresult_error errnoError(std::string_view operation, std::string_view device, int error);
 
-/// As above with another code and reason.
-winrt::hresult_error platformError(std::string_view operation, std::string_view device, winrt::hresult code,
-                                   std::string_view reason);
-
 } // namespace Platform::Shared

@@ -1,7 +1,7 @@
 #include "Platform/Simulated/FrameSource.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Simulated/Session/CameraCall.h"
 #include "Platform/Simulated/SourceGroup.h"
 
@@ -21,18 +21,18 @@ void requireFormat(const SourceDefinition& source, const MediaFrameFormat& forma
 
 } // namespace
 
-FrameSource::FrameSource(std::shared_ptr<CaptureCore> session,
+FrameSource::FrameSource(std::shared_ptr<CaptureCore> core,
                                            std::shared_ptr<const SourceDefinition> definition)
-    : _session(std::move(session)), _definition(std::move(definition)),
-      _camera(_session->simulation()->camera(_definition->device.id)) {}
+    : _core(std::move(core)), _definition(std::move(definition)),
+      _camera(_core->simulation()->camera(_definition->device.id)) {}
 
 MediaFrameSourceInfo FrameSource::Info() const {
-    _session->requireOpen("MediaFrameSource.Info", _camera);
+    _core->requireOpen("MediaFrameSource.Info", _camera);
     return std::make_shared<SourceInfo>(_definition);
 }
 
 VectorView<MediaFrameFormat> FrameSource::SupportedFormats() const {
-    _session->requireOpen("MediaFrameSource.SupportedFormats", _camera);
+    _core->requireOpen("MediaFrameSource.SupportedFormats", _camera);
     std::vector<MediaFrameFormat> formats;
     for (const FormatDefinition& format : _definition->formats)
         formats.push_back({static_cast<std::uint32_t>(formats.size()), format.Width, format.Height, format.FrameRate,
@@ -45,11 +45,11 @@ IAsyncAction FrameSource::SetFormatAsync(const MediaFrameFormat& format) {
     Json::Value arguments(Json::arrayValue);
     arguments.append(journalText(id()));
     arguments.append(format.Index);
-    return cameraCallAsync<void>(_session, _camera, {operation, {}, nullptr, std::move(arguments)},
-                                 [session = _session, definition = _definition, camera = _camera, format] {
-                                     session->requireOpen(operation, camera);
+    return cameraCallAsync<void>(_core, _camera, {operation, {}, nullptr, std::move(arguments)},
+                                 [core = _core, definition = _definition, camera = _camera, format] {
+                                     core->requireOpen(operation, camera);
                                      requireFormat(*definition, format, camera->deviceId());
-                                     session->setFormat(camera, format);
+                                     core->setFormat(camera, format);
                                  });
 }
 

@@ -1,6 +1,6 @@
 #include "Platform/V4l2/AbsentControls.h"
 
-#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 
 namespace Platform::V4l2 {
 

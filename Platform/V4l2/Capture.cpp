@@ -1,7 +1,8 @@
 #include "Platform/V4l2/Capture.h"
 
-#include "Platform/Shared/ErrnoError.h"
-#include "Platform/V4l2/FrameSources.h"
+#include "Platform/Shared/PlatformError.h"
+#include "Platform/V4l2/FrameReader.h"
+#include "Platform/V4l2/FrameSource.h"
 #include "Platform/V4l2/Discovery/SourceGroup.h"
 #include "Platform/V4l2/DeviceController.h"
 

@@ -2,7 +2,8 @@
 
 #include "Platform/V4l2/AbsentControls.h"
 #include "Platform/V4l2/DeviceControl.h"
-#include "Platform/V4l2/SensitivityControls.h"
+#include "Platform/V4l2/ExposureBias.h"
+#include "Platform/V4l2/IsoSensitivity.h"
 
 namespace Platform::V4l2 {
 

@@ -1,7 +1,7 @@
 #include "Platform/V4l2/V4l2Platform.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Shared/PlatformBase.h"
 #include "Platform/Shared/RunAsync.h"
 #include "Platform/V4l2/Discovery/DeviceCatalog.h"

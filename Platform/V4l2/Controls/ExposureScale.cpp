@@ -22,16 +22,6 @@ bool canBeSet(int stop, const IntegerRange& range) {
 
 } // namespace
 
-std::int32_t IntegerRange::nearest(double value) const {
-    if (!(value > min))
-        return min;
-    if (value >= max)
-        return max;
-    const double grid = std::max(step, 1);
-    const double onGrid = min + std::round((value - min) / grid) * grid;
-    return static_cast<std::int32_t>(onGrid <= max ? onGrid : onGrid - grid);
-}
-
 double ExposureScale::exponentOf(std::int32_t units) {
     // An exposure of nothing is shown as the shortest that the unit has.
     return std::log2(std::max(units, 1) / UnitsPerSecond);

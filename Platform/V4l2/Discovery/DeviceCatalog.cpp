@@ -138,7 +138,7 @@ CameraGroupHandle DeviceCatalog::makeGroup(const std::vector<const KnownNode*>& 
     group->manufacturer = textOf(manufacturerOf(first));
     group->model = textOf(modelOf(first));
     group->name = group->sources.empty() ? textOf(first.name) : textOf(group->sources.front().description.card);
-    group->container = guidFromText(members.front()->id);
+    group->container = hashedGuid(members.front()->id);
     return group;
 }
 

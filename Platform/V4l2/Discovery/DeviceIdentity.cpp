@@ -61,7 +61,7 @@ std::string modelOf(const VideoNode& node) {
     return node.usb ? firstOf(node.usb->product, firstOf(node.databaseModel, node.name)) : node.name;
 }
 
-Guid guidFromText(const std::string& text) {
+Guid hashedGuid(const std::string& text) {
     const std::uint64_t high = hashOf(text, 0xCBF29CE484222325u);
     const std::uint64_t low = hashOf(text, high);
     Guid guid;

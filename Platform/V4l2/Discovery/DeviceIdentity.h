@@ -19,6 +19,6 @@ std::string manufacturerOf(const VideoNode& node);
 std::string modelOf(const VideoNode& node);
 
 /// An identifier that depends on the text alone.
-Guid guidFromText(const std::string& text);
+Guid hashedGuid(const std::string& text);
 
 } // namespace Platform::V4l2

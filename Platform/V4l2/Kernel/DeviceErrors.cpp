@@ -1,6 +1,7 @@
 #include "Platform/V4l2/Kernel/DeviceErrors.h"
 
 #include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 
 #include <cerrno>
 #include <string>

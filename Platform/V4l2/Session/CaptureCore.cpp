@@ -1,6 +1,6 @@
 #include "Platform/V4l2/Session/CaptureCore.h"
 
-#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/V4l2/Kernel/DeviceErrors.h"
 
 #include <utility>

@@ -11,11 +11,11 @@ TEST(CaptureCore, ACallThatBeganBeforeTheCaptureWasInitialisedRaisesAlsoIfItGoes
     const auto simulation = std::make_shared<Simulation>();
     simulation->takeOver(builtInScenario());
     const auto scenario = simulation->scenario();
-    CaptureCore session(simulation);
-    const auto before = session.camera();
-    session.open(partOf(scenario, scenario->groups.front()), Platform::PhotoCaptureSource::VideoPreview);
-    EXPECT_TRUE(outcomeOf([&] { session.requireOpen("Use", before); }).raised);
-    EXPECT_FALSE(outcomeOf([&] { session.requireOpen("Use", session.camera()); }).raised);
+    CaptureCore core(simulation);
+    const auto before = core.camera();
+    core.open(partOf(scenario, scenario->groups.front()), Platform::PhotoCaptureSource::VideoPreview);
+    EXPECT_TRUE(outcomeOf([&] { core.requireOpen("Use", before); }).raised);
+    EXPECT_FALSE(outcomeOf([&] { core.requireOpen("Use", core.camera()); }).raised);
 }
 
 } // namespace

@@ -65,10 +65,10 @@ TEST(V4l2DeviceIdentity, MakerAndModelComeFromTheDeviceThenFromTheDatabaseThenFr
 }
 
 TEST(V4l2DeviceIdentity, TheGuidDependsOnTheTextAlone) {
-    EXPECT_EQ(guidFromText("a"), guidFromText("a"));
-    EXPECT_NE(guidFromText("a"), guidFromText("b"));
-    EXPECT_EQ(guidFromText("a").Data3 >> 12, 8);
-    EXPECT_EQ(guidFromText("a").Data4[0] >> 6, 2);
+    EXPECT_EQ(hashedGuid("a"), hashedGuid("a"));
+    EXPECT_NE(hashedGuid("a"), hashedGuid("b"));
+    EXPECT_EQ(hashedGuid("a").Data3 >> 12, 8);
+    EXPECT_EQ(hashedGuid("a").Data4[0] >> 6, 2);
 }
 
 } // namespace

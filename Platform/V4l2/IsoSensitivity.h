@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Platform/Interface/ExposureCompensationControl.h"
 #include "Platform/Interface/IsoSpeedControl.h"
 #include "Platform/V4l2/Session/CaptureCore.h"
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -28,18 +28,6 @@ public:
 private:
     std::vector<std::uint32_t> speeds(std::string_view operation) const;
 
-    const std::shared_ptr<CaptureCore> _core;
-};
-
-/// The automatic's bias on V4L2_CID_AUTO_EXPOSURE_BIAS. Any thread.
-class ExposureBias final : public IExposureCompensationControl {
-public:
-    explicit ExposureBias(std::shared_ptr<CaptureCore> core) : _core(std::move(core)) {}
-
-    bool Supported() const override;
-    float Value() const override;
-
-private:
     const std::shared_ptr<CaptureCore> _core;
 };
 

@@ -1,54 +1,15 @@
-#include "Platform/V4l2/SensitivityControls.h"
+#include "Platform/V4l2/IsoSensitivity.h"
 
-#include "Platform/Shared/ErrnoError.h"
-#include "Platform/V4l2/Controls/KernelControls.h"
+#include "Platform/Shared/PlatformError.h"
+#include "Platform/Shared/RunAsync.h"
+#include "Platform/V4l2/MenuCall.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cmath>
 #include <limits>
-#include <utility>
 
 namespace Platform::V4l2 {
 namespace {
-
-// The kernel counts both in thousandths.
-constexpr double Thousandths = 1000.0;
-
-using Menu = std::vector<std::pair<std::int32_t, std::int64_t>>;
-
-[[noreturn]] void raiseRefused(std::string_view operation, const DeviceNode& node) {
-    throw Shared::platformError(operation, node.path(), winrt::result::fail, "the camera refuses");
-}
-
-/// A control with a menu of numbers, on the thread that owns the node.
-class NumberMenu {
-public:
-    NumberMenu(DeviceNode& node, std::uint32_t id)
-        : controls(node), control(controls.find({id})), entries(control ? controls.menuNumbers(*control) : Menu{}) {}
-
-    bool isUsable() const { return !entries.empty(); }
-
-    std::optional<double> value() {
-        const auto index = control ? controls.read(*control) : std::nullopt;
-        for (const auto& entry : entries)
-            if (entry.first == index)
-                return static_cast<double>(entry.second) / Thousandths;
-        return std::nullopt;
-    }
-
-    KernelControls controls;
-    const std::optional<KernelControl> control;
-    const Menu entries;
-};
-
-/// Runs work on the menu of the camera's control.
-template <typename T, typename Work> T ask(CaptureCore& core, std::string_view operation, std::uint32_t id, Work work) {
-    return core.worker(operation, 0)->call<T>(operation, [id, work](CameraSession& session) -> T {
-        session.requirePresence();
-        NumberMenu menu(session.node(), id);
-        return work(menu, session.node());
-    });
-}
 
 bool isAutomatic(KernelControls& controls) {
     const auto automatic = controls.find({V4L2_CID_ISO_SENSITIVITY_AUTO});
@@ -56,8 +17,8 @@ bool isAutomatic(KernelControls& controls) {
 }
 
 void setSpeed(NumberMenu& menu, const DeviceNode& node, std::uint32_t speed, std::string_view operation) {
-    const auto distance = [&](const Menu::value_type& entry) {
-        return std::abs(static_cast<double>(entry.second) / Thousandths - speed);
+    const auto distance = [&](const NumberMenu::Entries::value_type& entry) {
+        return std::abs(NumberMenu::numberOf(entry) - speed);
     };
     const auto nearest = std::min_element(menu.entries.begin(), menu.entries.end(),
                                           [&](const auto& a, const auto& b) { return distance(a) < distance(b); });
@@ -73,26 +34,26 @@ void setSpeed(NumberMenu& menu, const DeviceNode& node, std::uint32_t speed, std
 } // namespace
 
 std::vector<std::uint32_t> IsoSensitivity::speeds(std::string_view operation) const {
-    return ask<std::vector<std::uint32_t>>(
+    return callOnMenu<std::vector<std::uint32_t>>(
         *_core, operation, V4L2_CID_ISO_SENSITIVITY, [operation](NumberMenu& menu, DeviceNode& node) {
             if (!menu.isUsable())
                 throw Shared::platformError(operation, node.path(), winrt::result::illegalMethodCall,
                                             "the camera has no such control");
             std::vector<std::uint32_t> speeds;
             for (const auto& entry : menu.entries)
-                speeds.push_back(static_cast<std::uint32_t>(static_cast<double>(entry.second) / Thousandths));
+                speeds.push_back(static_cast<std::uint32_t>(NumberMenu::numberOf(entry)));
             std::sort(speeds.begin(), speeds.end());
             return speeds;
         });
 }
 
 bool IsoSensitivity::Supported() const {
-    return ask<bool>(*_core, "IsoSpeedControl.Supported", V4L2_CID_ISO_SENSITIVITY,
+    return callOnMenu<bool>(*_core, "IsoSpeedControl.Supported", V4L2_CID_ISO_SENSITIVITY,
                      [](NumberMenu& menu, DeviceNode&) { return menu.isUsable(); });
 }
 
 bool IsoSensitivity::Auto() const {
-    return ask<bool>(*_core, "IsoSpeedControl.Auto", V4L2_CID_ISO_SENSITIVITY,
+    return callOnMenu<bool>(*_core, "IsoSpeedControl.Auto", V4L2_CID_ISO_SENSITIVITY,
                      [](NumberMenu& menu, DeviceNode&) { return isAutomatic(menu.controls); });
 }
 
@@ -110,7 +71,7 @@ std::uint32_t IsoSensitivity::Step() const {
 
 std::uint32_t IsoSensitivity::Value() const {
     constexpr std::string_view operation = "IsoSpeedControl.Value";
-    return ask<std::uint32_t>(*_core, operation, V4L2_CID_ISO_SENSITIVITY,
+    return callOnMenu<std::uint32_t>(*_core, operation, V4L2_CID_ISO_SENSITIVITY,
                               [operation](NumberMenu& menu, DeviceNode& node) {
                                   const auto value = menu.value();
                                   if (!value)
@@ -129,21 +90,6 @@ IAsyncAction IsoSensitivity::SetValueAsync(std::uint32_t value) {
                 setSpeed(menu, node, value, operation);
             });
         });
-    });
-}
-
-bool ExposureBias::Supported() const {
-    return ask<bool>(*_core, "ExposureCompensationControl.Supported", V4L2_CID_AUTO_EXPOSURE_BIAS,
-                     [](NumberMenu& menu, DeviceNode&) { return menu.isUsable(); });
-}
-
-float ExposureBias::Value() const {
-    constexpr std::string_view operation = "ExposureCompensationControl.Value";
-    return ask<float>(*_core, operation, V4L2_CID_AUTO_EXPOSURE_BIAS, [operation](NumberMenu& menu, DeviceNode& node) {
-        const auto value = menu.value();
-        if (!value)
-            raiseRefused(operation, node);
-        return static_cast<float>(*value);
     });
 }
 

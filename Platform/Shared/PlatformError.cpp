@@ -1,0 +1,16 @@
+#include "Platform/Shared/PlatformError.h"
+
+#include "Framework/CXX/Common/TextConversion.h"
+
+#include <string>
+
+namespace Platform::Shared {
+
+winrt::hresult_error platformError(std::string_view operation, std::string_view device, winrt::hresult code,
+                                   std::string_view reason) {
+    std::string text(operation);
+    text.append(" on ").append(device).append(": ").append(reason);
+    return {code, Halden::toUtf16(text)};
+}
+
+} // namespace Platform::Shared

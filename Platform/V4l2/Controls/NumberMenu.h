@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Platform/V4l2/Controls/KernelControls.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Platform::V4l2 {
+
+/// A control of the kernel with a menu of numbers, in thousandths. Made for one operation, on the thread that owns the
+/// node. A camera that is gone or does not answer raises.
+class NumberMenu {
+public:
+    using Entries = std::vector<std::pair<std::int32_t, std::int64_t>>; // index and thousandths
+
+    NumberMenu(DeviceNode& node, std::uint32_t id);
+
+    /// Whether the camera has the control, with at least one number.
+    bool isUsable() const { return !entries.empty(); }
+
+    /// The number in force; nothing where the camera does not tell.
+    std::optional<double> value();
+
+    /// An entry's number in the control's own unit.
+    static double numberOf(const Entries::value_type& entry);
+
+    KernelControls controls;
+    const std::optional<KernelControl> control;
+    const Entries entries;
+};
+
+/// Raises that the camera refuses.
+[[noreturn]] void raiseRefused(std::string_view operation, const DeviceNode& node);
+
+} // namespace Platform::V4l2
