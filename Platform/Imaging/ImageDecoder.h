@@ -1,21 +1,12 @@
 #pragma once
 
+#include "Platform/Imaging/ImageSize.h"
 #include "Platform/Imaging/RgbImage.h"
 
 #include <cstdint>
 #include <span>
 
 namespace Platform::Imaging {
-
-/// The longest side (what a Canvas can have) and the most pixels that a file may claim to have: room for
-/// the largest cameras, and a bound of 300 megabytes on what a few forged bytes can make us allocate.
-constexpr std::uint32_t MaxImageSide = 32767;
-constexpr std::uint64_t MaxImagePixels = 100'000'000;
-
-struct ImageSize {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-};
 
 /// The size that the head of a PNG or JPEG file gives. Raises winrt::hresult_error for bytes that are
 /// neither, for a damaged head, and for a size beyond the limits. Any thread.

@@ -1,6 +1,6 @@
 #include "Platform/Imaging/ImagingError.h"
 
-#include "Platform/Imaging/ImageDecoder.h"
+#include "Platform/Imaging/ImageSize.h"
 
 #include <string>
 

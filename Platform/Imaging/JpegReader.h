@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Imaging/ImageDecoder.h"
+#include "Platform/Imaging/ImageSize.h"
 #include "Platform/Imaging/RgbImage.h"
 
 #include <cstdint>

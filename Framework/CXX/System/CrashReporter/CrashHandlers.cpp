@@ -24,6 +24,10 @@ enum class Claim {
     notOurs, ///< not installed (any more), or a forked child
 };
 
+bool isOurs(const struct sigaction& action) noexcept {
+    return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == onCrashSignal;
+}
+
 Claim claimCrash(CrashSite& site) noexcept {
     // In a child of vfork() this is the parent's memory: nothing may be written before this test.
     if (!site.installed || getpid() != site.process) {
@@ -140,6 +144,33 @@ void onTerminate() noexcept {
         site.previousTerminate();
     }
     std::abort();
+}
+
+bool takeSignals(CrashSite& site) noexcept {
+    struct sigaction action {};
+    action.sa_sigaction = onCrashSignal;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    sigfillset(&action.sa_mask);
+    bool taken = true;
+    for (std::size_t i = 0; i < crashSignals.size(); ++i) {
+        taken = sigaction(crashSignals[i], nullptr, &site.previousActions[i]) == 0 && taken;
+    }
+    for (std::size_t i = 0; taken && i < crashSignals.size(); ++i) {
+        taken = sigaction(crashSignals[i], &action, nullptr) == 0;
+    }
+    if (!taken) {
+        restorePreviousActions(site);
+    }
+    return taken;
+}
+
+void restorePreviousActions(const CrashSite& site) noexcept {
+    for (std::size_t i = 0; i < crashSignals.size(); ++i) {
+        struct sigaction current {};
+        if (sigaction(crashSignals[i], nullptr, &current) == 0 && isOurs(current)) {
+            sigaction(crashSignals[i], &site.previousActions[i], nullptr);
+        }
+    }
 }
 
 } // namespace Halden::System

@@ -4,7 +4,6 @@
 #include "Framework/CXX/System/CrashReporter/CrashSite.h"
 #include "Framework/CXX/System/CrashReporter/ThreadAlternateStacks.h"
 
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <system_error>
@@ -15,10 +14,6 @@ namespace {
 
 constexpr std::size_t longestIdentity = 200;
 constexpr std::size_t longestFolder = PATH_MAX - 100; // leaves room for a record's name
-
-bool isOurs(const struct sigaction& action) noexcept {
-    return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == onCrashSignal;
-}
 
 template <std::size_t Capacity> void assign(RawText<Capacity>& target, const std::string& value) noexcept {
     target.clear();
@@ -52,40 +47,7 @@ bool fill(CrashSite& site, const CrashReporterInstallRecord& record) {
     return true;
 }
 
-bool takeSignals(CrashSite& site) noexcept {
-    struct sigaction action {};
-    action.sa_sigaction = onCrashSignal;
-    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
-    sigfillset(&action.sa_mask);
-    bool taken = true;
-    for (std::size_t i = 0; i < crashSignals.size(); ++i) {
-        taken = sigaction(crashSignals[i], nullptr, &site.previousActions[i]) == 0 && taken;
-    }
-    for (std::size_t i = 0; taken && i < crashSignals.size(); ++i) {
-        taken = sigaction(crashSignals[i], &action, nullptr) == 0;
-    }
-    if (!taken) {
-        restorePreviousActions(site);
-    }
-    return taken;
-}
-
-constinit CrashSite theSite;
-
 } // namespace
-
-CrashSite& crashSite() noexcept { return theSite; }
-
-pid_t threadId() noexcept { return static_cast<pid_t>(syscall(SYS_gettid)); }
-
-void restorePreviousActions(const CrashSite& site) noexcept {
-    for (std::size_t i = 0; i < crashSignals.size(); ++i) {
-        struct sigaction current {};
-        if (sigaction(crashSignals[i], nullptr, &current) == 0 && isOurs(current)) {
-            sigaction(crashSignals[i], &site.previousActions[i], nullptr);
-        }
-    }
-}
 
 bool installCrashReporter(const CrashReporterInstallRecord& record) {
     CrashSite& site = crashSite();

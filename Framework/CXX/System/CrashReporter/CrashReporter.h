@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Framework/CXX/System/CrashReporter/DescribeException.h"
+
 #include <chrono>
 #include <filesystem>
 #include <string>
@@ -25,15 +27,11 @@
 namespace Halden::System {
 
 struct CrashReporterInstallRecord {
-    /// Turns the exception being handled (`throw;` reaches it) into UTF-8 text; empty for a type that it
-    /// does not know. Asked for exceptions that are neither std::exception, nor text, nor int.
-    using DescribeException = std::string (*)();
-
     std::string applicationName;        ///< UTF-8, at most 200 bytes
     std::string applicationVersion;     ///< UTF-8, at most 200 bytes
     std::filesystem::path reportFolder; ///< must exist; records are named crash-<local time>-<process id>.txt
     bool writeCoreFile = false;         ///< the helper also writes an ELF core file beside the record
-    DescribeException describeException = nullptr;
+    DescribeException describeException = nullptr; ///< for exceptions that are neither std::exception, text nor int
     std::filesystem::path helper; ///< the helper program; empty: LarkspurCrashHelper beside the executable
     std::chrono::milliseconds helperTimeLimit{30000}; ///< and, before that, the limit for an exception's text
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Framework/CXX/System/CrashReporter/CrashReporter.h"
+#include "Framework/CXX/System/CrashReporter/DescribeException.h"
 #include "Framework/CXX/System/CrashReporter/ExceptionText.h"
 #include "Framework/CXX/System/CrashReporter/LocalTime.h"
 #include "Framework/CXX/System/CrashReporter/RawText.h"
@@ -40,7 +40,7 @@ struct CrashSite {
     bool writeCoreFile = false;
     bool screenshotAsked = false;
     long helperTimeLimitInMs = 0;
-    CrashReporterInstallRecord::DescribeException describeException = nullptr;
+    DescribeException describeException = nullptr;
     UtcOffsets utcOffsets;
     ReservedDescriptors reserved;
 
@@ -56,10 +56,6 @@ struct CrashSite {
 
 /// The one of this process.
 CrashSite& crashSite() noexcept;
-
-/// Puts back the dispositions that stood before the install, but for those that somebody has changed
-/// since. Async-signal-safe.
-void restorePreviousActions(const CrashSite& site) noexcept;
 
 /// The kernel's number of the calling thread. Async-signal-safe.
 pid_t threadId() noexcept;

@@ -13,7 +13,6 @@ namespace Halden::System {
 namespace {
 
 using Text = RawText<3000>;
-using DescribeException = CrashReporterInstallRecord::DescribeException;
 
 constexpr int deepestNesting = 8;
 

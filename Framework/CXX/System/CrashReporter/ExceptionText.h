@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Framework/CXX/System/CrashReporter/CrashReporter.h"
+#include "Framework/CXX/System/CrashReporter/DescribeException.h"
 #include "Framework/CXX/System/CrashReporter/RawText.h"
 
 namespace Halden::System {
@@ -14,6 +14,6 @@ struct ExceptionText {
 /// Describes the exception being handled, with what is nested in it. Fills in what is certain first (the
 /// mangled type, which takes no memory), so that something stands there if a broken heap ends the work
 /// half-way. Neither what() nor the describing function may throw out of here.
-void describeCurrentException(ExceptionText& result, CrashReporterInstallRecord::DescribeException describe) noexcept;
+void describeCurrentException(ExceptionText& result, DescribeException describe) noexcept;
 
 } // namespace Halden::System
