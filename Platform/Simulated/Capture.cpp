@@ -1,7 +1,7 @@
 #include "Platform/Simulated/Capture.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Simulated/Session/CameraCall.h"
 #include "Platform/Simulated/DeviceController.h"
 #include "Platform/Simulated/FrameReader.h"
@@ -28,67 +28,67 @@ Json::Value argumentsOf(const MediaCaptureInitializationSettings& settings) {
 IAsyncAction Capture::InitializeAsync(const MediaCaptureInitializationSettings& settings) {
     constexpr const char* operation = "MediaCapture.InitializeAsync";
     const auto group = std::dynamic_pointer_cast<const SourceGroup>(settings.SourceGroup);
-    const auto camera = group ? firstCamera(*_session->simulation(), *group->definition()) : nullptr;
-    return cameraCallAsync<void>(_session, camera, {operation, {}, nullptr, argumentsOf(settings)},
-                                 [session = _session, group, photoSource = settings.PhotoCaptureSource] {
+    const auto camera = group ? firstCamera(*_core->simulation(), *group->definition()) : nullptr;
+    return cameraCallAsync<void>(_core, camera, {operation, {}, nullptr, argumentsOf(settings)},
+                                 [core = _core, group, photoSource = settings.PhotoCaptureSource] {
                                      if (!group)
                                          throw Shared::platformError(operation, "a new capture",
                                                                      winrt::result::invalidArgument,
                                                                      "The source group is none of this platform's.");
-                                     session->open(group->definition(), photoSource);
+                                     core->open(group->definition(), photoSource);
                                  });
 }
 
 MapView<MediaFrameSource> Capture::FrameSources() const {
-    const auto camera = _session->camera();
-    return cameraCall(_session, camera, {"MediaCapture.FrameSources"}, [&] {
-        _session->requireOpen("MediaCapture.FrameSources", camera);
-        const auto group = _session->group();
+    const auto camera = _core->camera();
+    return cameraCall(_core, camera, {"MediaCapture.FrameSources"}, [&] {
+        _core->requireOpen("MediaCapture.FrameSources", camera);
+        const auto group = _core->group();
         std::vector<MapView<MediaFrameSource>::Entry> entries;
         for (const SourceDefinition& source : group->sources)
             entries.emplace_back(source.id, std::make_shared<FrameSource>(
-                                                _session, std::shared_ptr<const SourceDefinition>(group, &source)));
+                                                _core, std::shared_ptr<const SourceDefinition>(group, &source)));
         return MapView<MediaFrameSource>(std::move(entries));
     });
 }
 
 Platform::VideoDeviceController Capture::VideoDeviceController() const {
-    const auto camera = _session->camera();
-    return cameraCall(_session, camera, {"VideoDeviceController"}, [&]() -> Platform::VideoDeviceController {
-        _session->requireOpen("VideoDeviceController", camera);
-        return std::make_shared<DeviceController>(_session, camera);
+    const auto camera = _core->camera();
+    return cameraCall(_core, camera, {"VideoDeviceController"}, [&]() -> Platform::VideoDeviceController {
+        _core->requireOpen("VideoDeviceController", camera);
+        return std::make_shared<DeviceController>(_core, camera);
     });
 }
 
 IAsyncOperation<MediaFrameReader> Capture::CreateFrameReaderAsync(const MediaFrameSource& source) {
     constexpr const char* operation = "MediaCapture.CreateFrameReaderAsync";
     const auto own = std::dynamic_pointer_cast<const FrameSource>(source);
-    const auto camera = own ? own->camera() : _session->camera();
+    const auto camera = own ? own->camera() : _core->camera();
     Json::Value arguments(Json::arrayValue);
     arguments.append(own ? journalText(own->id()) : Json::Value());
     return cameraCallAsync<MediaFrameReader>(
-        _session, camera, {operation, {}, nullptr, std::move(arguments)},
-        [session = _session, own, camera]() -> MediaFrameReader {
-            session->requireOpen(operation, camera);
-            if (!own || own->session() != session)
+        _core, camera, {operation, {}, nullptr, std::move(arguments)},
+        [core = _core, own, camera]() -> MediaFrameReader {
+            core->requireOpen(operation, camera);
+            if (!own || own->core() != core)
                 throw Shared::platformError(operation, Halden::toUtf8(camera->deviceId()),
                                             winrt::result::invalidArgument, "The capture has no such source.");
-            return std::make_shared<FrameReader>(session, camera);
+            return std::make_shared<FrameReader>(core, camera);
         });
 }
 
 IAsyncAction Capture::CapturePhotoToStreamAsync(const ImageEncodingProperties& encoding,
                                                          const RandomAccessStream& stream) {
-    return captureStill(_session, encoding, stream);
+    return captureStill(_core, encoding, stream);
 }
 
 Platform::CameraStreamState Capture::CameraStreamState() const {
-    _session->requireOpen("MediaCapture.CameraStreamState", _session->camera());
-    return _session->isStreaming() ? Platform::CameraStreamState::Streaming : Platform::CameraStreamState::NotStreaming;
+    _core->requireOpen("MediaCapture.CameraStreamState", _core->camera());
+    return _core->isStreaming() ? Platform::CameraStreamState::Streaming : Platform::CameraStreamState::NotStreaming;
 }
 
 void Capture::Close() {
-    cameraCall(_session, _session->camera(), {"MediaCapture.Close"}, [&] { _session->close(); });
+    cameraCall(_core, _core->camera(), {"MediaCapture.Close"}, [&] { _core->close(); });
 }
 
 } // namespace Platform::Simulated

@@ -7,13 +7,13 @@
 
 namespace Platform::Simulated {
 
-/// The handle to a session of a simulated camera.
+/// A capture of a simulated camera.
 class Capture final : public IMediaCapture {
 public:
     explicit Capture(std::shared_ptr<Simulation> simulation)
-        : _session(std::make_shared<CaptureCore>(std::move(simulation))) {}
+        : _core(std::make_shared<CaptureCore>(std::move(simulation))) {}
     /// Closes, which is no call and stands in no journal.
-    ~Capture() override { _session->close(); }
+    ~Capture() override { _core->close(); }
     Capture(const Capture&) = delete;
     Capture& operator=(const Capture&) = delete;
 
@@ -27,7 +27,7 @@ public:
     void Close() override;
 
 private:
-    const std::shared_ptr<CaptureCore> _session;
+    const std::shared_ptr<CaptureCore> _core;
 };
 
 } // namespace Platform::Simulated

@@ -15,14 +15,14 @@ Json::Value argument(Json::Value value) {
 
 } // namespace
 
-DeviceControl::DeviceControl(std::shared_ptr<CaptureCore> session,
+DeviceControl::DeviceControl(std::shared_ptr<CaptureCore> core,
                                                std::shared_ptr<SimulatedCamera> camera, OlderControl control)
-    : _session(std::move(session)), _camera(std::move(camera)), _control(control) {}
+    : _core(std::move(core)), _camera(std::move(camera)), _control(control) {}
 
 template <typename Work>
 auto DeviceControl::call(const char* operation, Json::Value arguments, Work work) const {
-    return cameraCall(_session, _camera, {operation, {}, nameOf(_control), std::move(arguments)}, [&] {
-        _session->requireOpen(operation, _camera);
+    return cameraCall(_core, _camera, {operation, {}, nameOf(_control), std::move(arguments)}, [&] {
+        _core->requireOpen(operation, _camera);
         return work(_camera->controls());
     });
 }

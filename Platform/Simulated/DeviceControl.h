@@ -10,7 +10,7 @@ namespace Platform::Simulated {
 /// One control of the older generation, seen through an open capture.
 class DeviceControl final : public IMediaDeviceControl {
 public:
-    DeviceControl(std::shared_ptr<CaptureCore> session, std::shared_ptr<SimulatedCamera> camera,
+    DeviceControl(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera,
                            OlderControl control);
 
     MediaDeviceControlCapabilities Capabilities() const override;
@@ -22,7 +22,7 @@ public:
 private:
     template <typename Work> auto call(const char* operation, Json::Value arguments, Work work) const;
 
-    const std::shared_ptr<CaptureCore> _session;
+    const std::shared_ptr<CaptureCore> _core;
     const std::shared_ptr<SimulatedCamera> _camera;
     const OlderControl _control;
 };

@@ -10,7 +10,7 @@ namespace Platform::Simulated {
 /// The controls of an open capture's camera.
 class DeviceController final : public IVideoDeviceController {
 public:
-    DeviceController(std::shared_ptr<CaptureCore> session, std::shared_ptr<SimulatedCamera> camera);
+    DeviceController(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera);
 
     MediaDeviceControl Exposure() const override { return older(OlderControl::Exposure); }
     MediaDeviceControl Focus() const override { return older(OlderControl::Focus); }
@@ -27,7 +27,7 @@ public:
 private:
     MediaDeviceControl older(OlderControl control) const;
 
-    const std::shared_ptr<CaptureCore> _session;
+    const std::shared_ptr<CaptureCore> _core;
     const std::shared_ptr<SimulatedCamera> _camera;
 };
 

@@ -10,24 +10,24 @@ void FrameReader::Stream::run(bool on) {
     if (_runs.exchange(on) == on)
         return;
     if (on)
-        _session->readerStarted();
+        _core->readerStarted();
     else
-        _session->readerStopped();
+        _core->readerStopped();
 }
 
 void FrameReader::AcquisitionMode(MediaFrameReaderAcquisitionMode mode) {
     constexpr const char* operation = "MediaFrameReader.AcquisitionMode";
     Json::Value arguments(Json::arrayValue);
     arguments.append(static_cast<int>(mode));
-    cameraCall(_session, _camera, {operation, {}, nullptr, std::move(arguments)},
-               [&] { _session->requireOpen(operation, _camera); });
+    cameraCall(_core, _camera, {operation, {}, nullptr, std::move(arguments)},
+               [&] { _core->requireOpen(operation, _camera); });
 }
 
 IAsyncOperation<MediaFrameReaderStartStatus> FrameReader::StartAsync() {
     constexpr const char* operation = "MediaFrameReader.StartAsync";
-    return cameraCallAsync<MediaFrameReaderStartStatus>(_session, _camera, {operation},
-                                                        [session = _session, camera = _camera, stream = _stream] {
-                                                            session->requireOpen(operation, camera);
+    return cameraCallAsync<MediaFrameReaderStartStatus>(_core, _camera, {operation},
+                                                        [core = _core, camera = _camera, stream = _stream] {
+                                                            core->requireOpen(operation, camera);
                                                             stream->run(true);
                                                             return MediaFrameReaderStartStatus::Success;
                                                         });
@@ -36,8 +36,8 @@ IAsyncOperation<MediaFrameReaderStartStatus> FrameReader::StartAsync() {
 IAsyncAction FrameReader::StopAsync() {
     constexpr const char* operation = "MediaFrameReader.StopAsync";
     // A camera that has gone lets go without complaint.
-    return cameraCallAsync<void>(_session, _camera, {operation}, [session = _session, stream = _stream] {
-        session->requireInitialised(operation);
+    return cameraCallAsync<void>(_core, _camera, {operation}, [core = _core, stream = _stream] {
+        core->requireInitialised(operation);
         stream->run(false);
     });
 }

@@ -1,13 +1,13 @@
 #include "Platform/Simulated/NewerControls.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Simulated/Session/CameraCall.h"
 
 namespace Platform::Simulated {
 
 CameraControls& NewerControl::controls(const char* operation) const {
-    _session->requireOpen(operation, _camera);
+    _core->requireOpen(operation, _camera);
     return _camera->controls();
 }
 
@@ -15,9 +15,9 @@ template <typename IsSupported, typename Set> IAsyncAction
 NewerControl::setAsync(const char* operation, Json::Value argument, IsSupported isSupported, Set set) const {
     Json::Value arguments(Json::arrayValue);
     arguments.append(std::move(argument));
-    return cameraCallAsync<void>(_session, _camera, {operation, {}, nullptr, std::move(arguments)},
-                                 [session = _session, camera = _camera, operation, isSupported, set] {
-                                     session->requireOpen(operation, camera);
+    return cameraCallAsync<void>(_core, _camera, {operation, {}, nullptr, std::move(arguments)},
+                                 [core = _core, camera = _camera, operation, isSupported, set] {
+                                     core->requireOpen(operation, camera);
                                      if (!isSupported(camera->controls()))
                                          throw Shared::platformError(operation, Halden::toUtf8(camera->deviceId()),
                                                                      winrt::result::fail,

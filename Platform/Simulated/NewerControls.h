@@ -18,8 +18,8 @@ namespace Platform::Simulated {
 /// What they have in common: the capture and its camera.
 class NewerControl {
 public:
-    NewerControl(std::shared_ptr<CaptureCore> session, std::shared_ptr<SimulatedCamera> camera)
-        : _session(std::move(session)), _camera(std::move(camera)) {}
+    NewerControl(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera)
+        : _core(std::move(core)), _camera(std::move(camera)) {}
 
 protected:
     /// The settings; raises unless the capture is open and the camera there.
@@ -30,7 +30,7 @@ protected:
     IAsyncAction setAsync(const char* operation, Json::Value argument, IsSupported isSupported, Set set) const;
 
 private:
-    const std::shared_ptr<CaptureCore> _session;
+    const std::shared_ptr<CaptureCore> _core;
     const std::shared_ptr<SimulatedCamera> _camera;
 };
 

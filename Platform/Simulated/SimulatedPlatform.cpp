@@ -1,7 +1,7 @@
 #include "Platform/Simulated/SimulatedPlatform.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Shared/PlatformBase.h"
 #include "Platform/Simulated/Scenario/GuidText.h"
 #include "Platform/Simulated/World/JournaledCall.h"

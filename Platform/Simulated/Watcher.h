@@ -1,31 +1,26 @@
 #pragma once
 
 #include "Platform/Shared/DeviceWatcherBase.h"
-#include "Platform/Simulated/Scenario/Scenario.h"
+#include "Platform/Simulated/World/Simulation.h"
 
 #include <memory>
 
 namespace Platform::Simulated {
 
-class Simulation;
-
 /// Reports the watched devices of the scenario's groups.
-class Watcher final : public Shared::DeviceWatcherBase {
+class Watcher final : public Shared::DeviceWatcherBase, public ScenarioObserver {
 public:
     explicit Watcher(std::shared_ptr<Simulation> simulation);
-
-    /// For the simulation, once, at the start.
-    void reportAll(const Scenario& scenario);
-
-    /// For the simulation: what has become of the groups. A group whose watched device has another id
-    /// than before counts as gone and new.
-    void reportChanges(const Scenario& before, const Scenario& now);
 
 protected:
     void startWatching() override;
     void aboutToReport(Shared::DeviceEvent event, const std::u16string& deviceId) override;
 
 private:
+    void reportAll(const Scenario& scenario) override;
+    /// A group whose watched device has another id than before counts as gone and new.
+    void reportChanges(const Scenario& before, const Scenario& now) override;
+
     const std::shared_ptr<Simulation> _simulation;
 };
 

@@ -21,18 +21,18 @@ inline JournalCall onDevice(JournalCall call, const std::shared_ptr<SimulatedCam
     return call;
 }
 
-template <typename Work> auto cameraCall(const std::shared_ptr<CaptureCore>& session,
+template <typename Work> auto cameraCall(const std::shared_ptr<CaptureCore>& core,
                                          const std::shared_ptr<SimulatedCamera>& camera, JournalCall call, Work&& work)
     -> decltype(work()) {
-    return callNow(session->simulation()->journal(), onDevice(std::move(call), camera), faultsOf(camera),
+    return callNow(core->simulation()->journal(), onDevice(std::move(call), camera), faultsOf(camera),
                    std::forward<Work>(work));
 }
 
 /// The work keeps alive what it needs.
-template <typename T, typename Work> IAsyncOperation<T> cameraCallAsync(const std::shared_ptr<CaptureCore>& session,
+template <typename T, typename Work> IAsyncOperation<T> cameraCallAsync(const std::shared_ptr<CaptureCore>& core,
                                                                         const std::shared_ptr<SimulatedCamera>& camera,
                                                                         JournalCall call, Work work) {
-    const auto& simulation = session->simulation();
+    const auto& simulation = core->simulation();
     const auto strand = camera ? camera->strand() : Shared::Strand::create(simulation->pool());
     return callAsync<T>(simulation, *strand, onDevice(std::move(call), camera), faultsOf(camera), std::move(work));
 }

@@ -2,6 +2,7 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 
 #include <algorithm>
 #include <cerrno>

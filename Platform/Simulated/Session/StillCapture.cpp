@@ -1,7 +1,7 @@
 #include "Platform/Simulated/Session/StillCapture.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Simulated/Session/CameraCall.h"
 
 #include <array>
@@ -32,8 +32,8 @@ std::string timeText() {
 /// One still under way. Made at the call, then used on the camera's strand alone.
 class Still {
 public:
-    Still(std::shared_ptr<CaptureCore> session, JournalCall call, RandomAccessStream stream)
-        : _session(std::move(session)), _call(std::move(call)), _stream(std::move(stream)), _camera(_session->camera()),
+    Still(std::shared_ptr<CaptureCore> core, JournalCall call, RandomAccessStream stream)
+        : _core(std::move(core)), _call(std::move(call)), _stream(std::move(stream)), _camera(_core->camera()),
           _definition(_camera->definition()), _timesUnplugged(_camera->timesUnplugged()) {}
 
     IAsyncAction operation() const { return _source.operation(); }
@@ -48,7 +48,7 @@ private:
         return Shared::platformError(Simulated::operation, Halden::toUtf8(_camera->deviceId()), code, reason);
     }
 
-    const std::shared_ptr<CaptureCore> _session;
+    const std::shared_ptr<CaptureCore> _core;
     const JournalCall _call;
     const RandomAccessStream _stream;
     const std::shared_ptr<SimulatedCamera> _camera;
@@ -64,7 +64,7 @@ void Still::render() {
         _error = error(winrt::result::fail, "The camera did not deliver a picture.");
         return;
     }
-    const std::optional<FormatDefinition> format = _session->stillFormat();
+    const std::optional<FormatDefinition> format = _core->stillFormat();
     if (!format) {
         _error = error(winrt::result::fail, "The camera has no format.");
         return;
@@ -79,7 +79,7 @@ void Still::render() {
 }
 
 void Still::writePicture() {
-    if (_session->isClosed())
+    if (_core->isClosed())
         throw error(winrt::result::closed, "The capture has been closed.");
     if (_error)
         throw winrt::hresult_error(*_error);
@@ -89,13 +89,13 @@ void Still::writePicture() {
 void Still::end() {
     if (!_camera->isPlugged() || _camera->timesUnplugged() != _timesUnplugged)
         return;
-    endCall(_session->simulation()->journal(), _call, {}, _source, [this] { writePicture(); });
+    endCall(_core->simulation()->journal(), _call, {}, _source, [this] { writePicture(); });
 }
 
 /// What makes the call itself fail.
-void requirePossible(const CaptureCore& session, const std::shared_ptr<SimulatedCamera>& camera,
+void requirePossible(const CaptureCore& core, const std::shared_ptr<SimulatedCamera>& camera,
                      const ImageEncodingProperties& encoding, const RandomAccessStream& stream) {
-    session.requireOpen(operation, camera);
+    core.requireOpen(operation, camera);
     if (encoding.Subtype != u"PNG" || !stream)
         throw Shared::platformError(operation, Halden::toUtf8(camera->deviceId()), winrt::result::invalidArgument,
                                     "Stills are PNG and need a stream.");
@@ -103,24 +103,24 @@ void requirePossible(const CaptureCore& session, const std::shared_ptr<Simulated
 
 } // namespace
 
-IAsyncAction captureStill(const std::shared_ptr<CaptureCore>& session, const ImageEncodingProperties& encoding,
+IAsyncAction captureStill(const std::shared_ptr<CaptureCore>& core, const ImageEncodingProperties& encoding,
                           const RandomAccessStream& stream) {
     const auto now = std::chrono::steady_clock::now();
-    const auto camera = session->camera();
+    const auto camera = core->camera();
     const JournalCall call = onDevice({operation}, camera);
-    Journal& journal = session->simulation()->journal();
+    Journal& journal = core->simulation()->journal();
     const FaultHit hit = faultsOf(camera).take(operation);
     try {
         if (hit.error)
             std::this_thread::sleep_for(hit.delay);
         hit.raise();
-        requirePossible(*session, camera, encoding, stream);
+        requirePossible(*core, camera, encoding, stream);
     } catch (const winrt::hresult_error& error) {
         journal.raised(call, error.code());
         throw;
     }
     journal.called(call);
-    const auto still = std::make_shared<Still>(session, call, stream);
+    const auto still = std::make_shared<Still>(core, call, stream);
     if (still->capture().outcome != CaptureOutcome::Never) {
         // Taken first, so that the delay contains the time that this takes.
         camera->strand()->post([still] { still->render(); });

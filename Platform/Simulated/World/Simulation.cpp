@@ -1,7 +1,5 @@
 #include "Platform/Simulated/World/Simulation.h"
 
-#include "Platform/Simulated/Watcher.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -42,24 +40,24 @@ void Simulation::configureCameras() {
 }
 
 void Simulation::takeOver(Scenario scenario) {
-    // Released without the lock: the last handle to a watcher may be among them.
-    std::vector<std::shared_ptr<Watcher>> watchers;
+    // Released without the lock: the last handle to an observer may be among them.
+    std::vector<std::shared_ptr<ScenarioObserver>> observers;
     std::lock_guard lock(_mutex);
     _journal.moveTo(scenario.journal);
     const auto before = std::exchange(_scenario, std::make_shared<const Scenario>(std::move(scenario)));
     configureCameras();
-    std::erase_if(_watchers, [](const auto& watcher) { return watcher.expired(); });
-    for (const auto& weak : _watchers)
-        if (auto watcher = weak.lock())
-            watchers.push_back(std::move(watcher));
-    for (const auto& watcher : watchers)
-        watcher->reportChanges(*before, *_scenario);
+    std::erase_if(_observers, [](const auto& observer) { return observer.expired(); });
+    for (const auto& weak : _observers)
+        if (auto observer = weak.lock())
+            observers.push_back(std::move(observer));
+    for (const auto& observer : observers)
+        observer->reportChanges(*before, *_scenario);
 }
 
-void Simulation::attach(const std::shared_ptr<Watcher>& watcher) {
+void Simulation::attach(const std::shared_ptr<ScenarioObserver>& observer) {
     std::lock_guard lock(_mutex);
-    _watchers.push_back(watcher);
-    watcher->reportAll(*_scenario);
+    _observers.push_back(observer);
+    observer->reportAll(*_scenario);
 }
 
 } // namespace Platform::Simulated

@@ -3,6 +3,7 @@
 #include "Platform/Shared/WorkerPool.h"
 #include "Platform/Simulated/World/Journal.h"
 #include "Platform/Simulated/Scenario/Scenario.h"
+#include "Platform/Simulated/World/ScenarioObserver.h"
 #include "Platform/Simulated/World/SimulatedCamera.h"
 
 #include <map>
@@ -12,8 +13,6 @@
 #include <vector>
 
 namespace Platform::Simulated {
-
-class Watcher;
 
 /// The simulated world: the scenario in force, its cameras, and who watches them. All objects of the
 /// platform share it and keep it alive. Any thread.
@@ -28,12 +27,12 @@ public:
     /// The hardware of a device, also of one that no scenario has named yet.
     std::shared_ptr<SimulatedCamera> camera(const std::u16string& deviceId);
 
-    /// Puts a scenario in force and tells the watchers what has changed. Raises, and changes nothing, if the
+    /// Puts a scenario in force and tells the observers what has changed. Raises, and changes nothing, if the
     /// scenario's journal cannot be opened.
     void takeOver(Scenario scenario);
 
-    /// Reports the devices that there are to the watcher, and from then on every change.
-    void attach(const std::shared_ptr<Watcher>& watcher);
+    /// Reports the devices that there are to the observer, and from then on every change, for as long as it lives.
+    void attach(const std::shared_ptr<ScenarioObserver>& observer);
 
 private:
     std::shared_ptr<SimulatedCamera> cameraLocked(const std::u16string& deviceId);
@@ -44,7 +43,7 @@ private:
     mutable std::mutex _mutex; // guards all below
     std::shared_ptr<const Scenario> _scenario = std::make_shared<const Scenario>();
     std::map<std::u16string, std::shared_ptr<SimulatedCamera>> _cameras; // by device id
-    std::vector<std::weak_ptr<Watcher>> _watchers;
+    std::vector<std::weak_ptr<ScenarioObserver>> _observers;
 };
 
 /// A part of a scenario that keeps the whole of it alive.

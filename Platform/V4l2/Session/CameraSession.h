@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Platform/V4l2/Controls/ControlAdapter.h"
 #include "Platform/V4l2/Discovery/DeviceCatalog.h"
 #include "Platform/V4l2/Kernel/DeviceNode.h"
 #include "Platform/V4l2/Streaming/StillRequest.h"
