@@ -30,14 +30,17 @@ def test_this_tree_keeps_to_the_layers():
 
 
 def test_an_include_that_goes_down_a_layer_is_fine(tree):
-    result = check_layers(tree("Services/Hub.cpp", '#include "Platform/Interface/Guid.h"\n'))
+    result = check_layers(tree("Services/CameraAccess/Hub.cpp", '#include "Platform/Interface/Guid.h"\n'))
     assert (result.returncode, result.stdout) == (0, "")
 
 
 @pytest.mark.parametrize(
     "name, include, reason",
     [
-        ("Services/Hub.cpp", "Platform/Simulated/Chart.h", 'Services may not include "Platform/Simulated/Chart.h"'),
+        ("Services/CameraAccess/Hub.cpp", "Platform/Simulated/Chart.h",
+         'Services/CameraAccess may not include "Platform/Simulated/Chart.h"'),
+        ("Platform/Simulated/World/New.h", "Platform/Simulated/Chart.h",
+         'Platform/Simulated/World may not include "Platform/Simulated/Chart.h"'),
         ("Platform/Interface/New.h", "Platform/Simulated/Chart.h",
          'Platform/Interface may not include "Platform/Simulated/Chart.h"'),
         ("Framework/CXX/Json/New.h", "Platform/Interface/Guid.h",
@@ -49,6 +52,22 @@ def test_an_include_that_goes_down_a_layer_is_fine(tree):
 def test_a_breach_is_named_by_file_and_line(tree, name, include, reason):
     result = check_layers(tree(name, f'#include "{include}"\n'))
     assert (result.returncode, result.stdout) == (1, f"{name}:1: {reason}\n")
+
+
+def test_what_stands_above_the_wings_may_include_them(tree):
+    tree("Platform/Simulated/World/Sun.h", "#pragma once\n")
+    result = check_layers(tree("Platform/Simulated/Sky.h", '#include "Platform/Simulated/World/Sun.h"\n'))
+    assert (result.returncode, result.stdout) == (0, "")
+
+
+def test_a_circle_of_units_is_a_breach(tree):
+    tree("Platform/Imaging/A.cpp", '#include "Platform/Imaging/A.h"\n#include "Platform/Imaging/B.h"\n')
+    tree("Platform/Imaging/A.h", "#pragma once\n")
+    tree("Platform/Imaging/B.h", "#pragma once\n")
+    tree("Platform/Imaging/B.cpp", '#include "Platform/Imaging/C.h"\n')
+    result = check_layers(tree("Platform/Imaging/C.h", '#include "Platform/Imaging/A.h"\n'))
+    circle = "Platform/Imaging/A, Platform/Imaging/B, Platform/Imaging/C"
+    assert (result.returncode, result.stdout) == (1, f"Platform/Imaging/A.h:1: a circle of includes: {circle}\n")
 
 
 def count_tests(*reports):
