@@ -7,9 +7,9 @@
 namespace Platform::Imaging {
 namespace {
 
-constexpr int Red = 0;
-constexpr int Green = 1;
-constexpr int Blue = 2;
+constexpr int red = 0;
+constexpr int green = 1;
+constexpr int blue = 2;
 
 /// The colours of a two by two block, row by row.
 using Block = std::array<int, 4>;
@@ -18,15 +18,15 @@ Block blockOf(FrameFormat format) {
     switch (format) {
     case FrameFormat::BayerBg8:
     case FrameFormat::BayerBg10:
-        return {Blue, Green, Green, Red};
+        return {blue, green, green, red};
     case FrameFormat::BayerGb8:
     case FrameFormat::BayerGb10:
-        return {Green, Blue, Red, Green};
+        return {green, blue, red, green};
     case FrameFormat::BayerGr8:
     case FrameFormat::BayerGr10:
-        return {Green, Red, Blue, Green};
+        return {green, red, blue, green};
     default:
-        return {Red, Green, Green, Blue};
+        return {red, green, green, blue};
     }
 }
 
@@ -89,7 +89,7 @@ void convertBayer(const FrameLayout& layout, std::span<const std::uint8_t> bytes
     std::uint8_t* target = image.pixels.data();
     for (int y = 0; y < static_cast<int>(layout.height); ++y)
         for (int x = 0; x < static_cast<int>(layout.width); ++x)
-            for (const int colour : {Red, Green, Blue})
+            for (const int colour : {red, green, blue})
                 *target++ = mosaic.colourAt(x, y, colour);
 }
 

@@ -17,9 +17,9 @@
 namespace Platform::Imaging {
 namespace {
 
-constexpr std::uint32_t MaxCanvasSide = 32767; // of cairo's image surfaces
-constexpr double SampleMax = 255;
-constexpr double FullTurn = 2 * std::numbers::pi;
+constexpr std::uint32_t maxCanvasSide = 32767; // of cairo's image surfaces
+constexpr double sampleMax = 255;
+constexpr double fullTurn = 2 * std::numbers::pi;
 
 void requireSuccess(cairo_status_t status) {
     if (status != CAIRO_STATUS_SUCCESS)
@@ -40,7 +40,7 @@ void selectFont(cairo_t* context, double size) {
 }
 
 void setColour(cairo_t* context, Colour colour) {
-    cairo_set_source_rgb(context, colour.red / SampleMax, colour.green / SampleMax, colour.blue / SampleMax);
+    cairo_set_source_rgb(context, colour.red / sampleMax, colour.green / sampleMax, colour.blue / sampleMax);
 }
 
 void addRectangle(cairo_t* context, const Rectangle& area) {
@@ -54,7 +54,7 @@ void Canvas::Deleter::operator()(_cairo_surface* surface) const { cairo_surface_
 void Canvas::Deleter::operator()(_cairo_pattern* pattern) const { cairo_pattern_destroy(pattern); }
 
 Canvas::Canvas(std::uint32_t width, std::uint32_t height) {
-    if (width == 0 || height == 0 || width > MaxCanvasSide || height > MaxCanvasSide)
+    if (width == 0 || height == 0 || width > maxCanvasSide || height > maxCanvasSide)
         raise(winrt::result::invalidArgument,
               "Drawing: a picture of " + std::to_string(width) + "x" + std::to_string(height) + " is not supported");
     _surface.reset(cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(width), static_cast<int>(height)));
@@ -77,8 +77,8 @@ void Canvas::fillGradient(const Rectangle& area, const std::vector<Colour>& colo
         cairo_pattern_create_linear(area.x + 0.5, area.y, area.right() - 0.5, area.y));
     for (std::size_t i = 0; i < colours.size(); ++i) {
         const double offset = static_cast<double>(i) / static_cast<double>(colours.size() - 1);
-        cairo_pattern_add_color_stop_rgb(pattern.get(), offset, colours[i].red / SampleMax,
-                                         colours[i].green / SampleMax, colours[i].blue / SampleMax);
+        cairo_pattern_add_color_stop_rgb(pattern.get(), offset, colours[i].red / sampleMax,
+                                         colours[i].green / sampleMax, colours[i].blue / sampleMax);
     }
     addRectangle(_context.get(), area);
     cairo_set_source(_context.get(), pattern.get());
@@ -94,14 +94,14 @@ void Canvas::fillPolygon(const std::vector<Point>& corners, Colour colour) {
 void Canvas::fillCircle(Point centre, double radius, Colour colour) {
     if (radius <= 0)
         return;
-    cairo_arc(_context.get(), centre.x, centre.y, radius, 0, FullTurn);
+    cairo_arc(_context.get(), centre.x, centre.y, radius, 0, fullTurn);
     fillPath(colour);
 }
 
 void Canvas::strokeCircle(Point centre, double radius, double lineWidth, Colour colour) {
     if (radius <= 0)
         return;
-    cairo_arc(_context.get(), centre.x, centre.y, radius, 0, FullTurn);
+    cairo_arc(_context.get(), centre.x, centre.y, radius, 0, fullTurn);
     cairo_set_line_width(_context.get(), lineWidth);
     setColour(_context.get(), colour);
     cairo_stroke(_context.get());

@@ -6,8 +6,8 @@ namespace Platform::Imaging {
 
 /// The longest side (what a Canvas can have) and the most pixels that a file may claim to have: room for
 /// the largest cameras, and a bound of 300 megabytes on what a few forged bytes can make us allocate.
-constexpr std::uint32_t MaxImageSide = 32767;
-constexpr std::uint64_t MaxImagePixels = 100'000'000;
+constexpr std::uint32_t maxImageSide = 32767;
+constexpr std::uint64_t maxImagePixels = 100'000'000;
 
 struct ImageSize {
     std::uint32_t width = 0;

@@ -25,7 +25,7 @@ void requirePixels(const RgbImage& image, std::string_view operation) {
 }
 
 void requireSizeWithinLimits(std::uint64_t width, std::uint64_t height, std::string_view operation) {
-    if (width == 0 || height == 0 || width > MaxImageSide || height > MaxImageSide || width * height > MaxImagePixels)
+    if (width == 0 || height == 0 || width > maxImageSide || height > maxImageSide || width * height > maxImagePixels)
         raise(winrt::result::invalidArgument,
               std::string(operation) + ": a picture of " + sizeText(width, height) + " is not supported");
 }

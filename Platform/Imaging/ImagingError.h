@@ -14,7 +14,7 @@ namespace Platform::Imaging {
 /// Raises invalidArgument unless the picture has pixels and they fill its size. `operation` starts the text.
 void requirePixels(const RgbImage& image, std::string_view operation);
 
-/// Raises winrt::hresult_error for a size of 0 or beyond MaxImageSide and MaxImagePixels.
+/// Raises winrt::hresult_error for a size of 0 or beyond maxImageSide and maxImagePixels.
 void requireSizeWithinLimits(std::uint64_t width, std::uint64_t height, std::string_view operation);
 
 } // namespace Platform::Imaging

@@ -15,9 +15,9 @@ namespace Platform::Imaging {
 namespace {
 
 /// More than any camera's padding, less than what a picture loses by damage that can be seen.
-constexpr int MaxStrayBytes = 64;
+constexpr int maxStrayBytes = 64;
 
-constexpr int EndMark = 0xD9;
+constexpr int endMark = 0xD9;
 
 /// The library's error handling, with the place to go on at after an error. Its functions are called from C
 /// and must not throw.
@@ -40,8 +40,8 @@ struct ErrorHandler {
             return;
         const ErrorHandler& handler = of(jpeg);
         const auto& parameters = handler.manager.msg_parm.i;
-        const bool strayBytes = handler.manager.msg_code == JWRN_EXTRANEOUS_DATA && parameters[1] == EndMark &&
-                                parameters[0] <= MaxStrayBytes;
+        const bool strayBytes = handler.manager.msg_code == JWRN_EXTRANEOUS_DATA && parameters[1] == endMark &&
+                                parameters[0] <= maxStrayBytes;
         // Where the data, too, ends early, another warning follows.
         const bool noEndMark = handler.manager.msg_code == JWRN_JPEG_EOF;
         if (!strayBytes && !noEndMark)

@@ -46,7 +46,7 @@ void DeviceWatcherBase::Start() {
 void DeviceWatcherBase::aboutToReport(DeviceEvent, const std::u16string&) {}
 
 /// A copy, so that a handler runs without the lock.
-template <typename Handler> Handler DeviceWatcherBase::handlerOf(Handler Handlers::*handler) {
+template <typename Handler> Handler DeviceWatcherBase::handlerOf(Handler Handlers::* handler) {
     std::lock_guard lock(_mutex);
     return _handlers.*handler;
 }
@@ -87,7 +87,7 @@ void DeviceWatcherBase::reportRemoved(const DeviceInformationUpdate& update) {
     reportUpdate(DeviceEvent::Removed, &Handlers::removed, update);
 }
 
-void DeviceWatcherBase::reportUpdate(DeviceEvent event, UpdateHandler Handlers::*handler,
+void DeviceWatcherBase::reportUpdate(DeviceEvent event, UpdateHandler Handlers::* handler,
                                      const DeviceInformationUpdate& update) {
     const std::u16string id = update->Id();
     deliver(id, [this, event, handler, id, update] {

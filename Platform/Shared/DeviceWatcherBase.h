@@ -53,9 +53,9 @@ private:
     };
 
     void deliver(const std::u16string& deviceId, Strand::Task task);
-    void reportUpdate(DeviceEvent event, UpdateHandler Handlers::*handler, const DeviceInformationUpdate& update);
+    void reportUpdate(DeviceEvent event, UpdateHandler Handlers::* handler, const DeviceInformationUpdate& update);
     void initialEventEnded();
-    template <typename Handler> Handler handlerOf(Handler Handlers::*handler);
+    template <typename Handler> Handler handlerOf(Handler Handlers::* handler);
 
     const std::shared_ptr<WorkerPool> _pool;
     std::mutex _mutex; // guards all below

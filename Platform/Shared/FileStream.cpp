@@ -10,7 +10,7 @@
 namespace Platform::Shared {
 
 std::uint64_t FileStream::Size() const {
-    struct stat status {};
+    struct stat status{};
     if (::fstat(_file.get(), &status) != 0)
         throw errnoError("fstat", _path, errno);
     return static_cast<std::uint64_t>(status.st_size);

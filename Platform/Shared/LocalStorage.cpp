@@ -2,8 +2,8 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
-#include "Platform/Shared/PlatformError.h"
 #include "Platform/Shared/FileStream.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Shared/RunAsync.h"
 
 #include <fcntl.h>
@@ -165,7 +165,7 @@ IAsyncOperation<StorageFile> getFileFromPathAsync(const std::shared_ptr<WorkerPo
         const fs::path file = requirePathText(operation, path);
         if (!file.is_absolute())
             throw platformError(operation, file.native(), winrt::result::invalidArgument, "The path is not absolute.");
-        struct stat status {};
+        struct stat status{};
         if (::stat(file.c_str(), &status) != 0)
             throw errnoError("stat", file.native(), errno);
         if (S_ISDIR(status.st_mode))

@@ -105,12 +105,11 @@ WorkerPool::~WorkerPool() {
         _state->threads.clear();
     }
     _state->wake.notify_all();
-    for (std::thread& thread : threads) {
+    for (std::thread& thread : threads)
         if (thread.get_id() == std::this_thread::get_id())
             thread.detach();
         else
             thread.join();
-    }
 }
 
 void WorkerPool::post(Task task) {

@@ -2,12 +2,12 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/PlatformError.h"
-#include "Platform/Simulated/Session/CameraCall.h"
 #include "Platform/Simulated/DeviceController.h"
 #include "Platform/Simulated/FrameReader.h"
 #include "Platform/Simulated/FrameSource.h"
-#include "Platform/Simulated/SourceGroup.h"
+#include "Platform/Simulated/Session/CameraCall.h"
 #include "Platform/Simulated/Session/StillCapture.h"
+#include "Platform/Simulated/SourceGroup.h"
 
 #include <utility>
 #include <vector>
@@ -78,7 +78,7 @@ IAsyncOperation<MediaFrameReader> Capture::CreateFrameReaderAsync(const MediaFra
 }
 
 IAsyncAction Capture::CapturePhotoToStreamAsync(const ImageEncodingProperties& encoding,
-                                                         const RandomAccessStream& stream) {
+                                                const RandomAccessStream& stream) {
     return captureStill(_core, encoding, stream);
 }
 

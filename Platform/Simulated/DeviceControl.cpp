@@ -15,8 +15,8 @@ Json::Value argument(Json::Value value) {
 
 } // namespace
 
-DeviceControl::DeviceControl(std::shared_ptr<CaptureCore> core,
-                                               std::shared_ptr<SimulatedCamera> camera, OlderControl control)
+DeviceControl::DeviceControl(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera,
+                             OlderControl control)
     : _core(std::move(core)), _camera(std::move(camera)), _control(control) {}
 
 template <typename Work>

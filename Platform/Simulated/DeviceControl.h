@@ -10,8 +10,7 @@ namespace Platform::Simulated {
 /// One control of the older generation, seen through an open capture.
 class DeviceControl final : public IMediaDeviceControl {
 public:
-    DeviceControl(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera,
-                           OlderControl control);
+    DeviceControl(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera, OlderControl control);
 
     MediaDeviceControlCapabilities Capabilities() const override;
     bool TrySetValue(double value) override;

@@ -1,14 +1,13 @@
 #include "Platform/Simulated/DeviceController.h"
 
-#include "Platform/Simulated/NewerControls.h"
 #include "Platform/Simulated/DeviceControl.h"
+#include "Platform/Simulated/NewerControls.h"
 
 #include <utility>
 
 namespace Platform::Simulated {
 
-DeviceController::DeviceController(std::shared_ptr<CaptureCore> core,
-                                         std::shared_ptr<SimulatedCamera> camera)
+DeviceController::DeviceController(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera)
     : _core(std::move(core)), _camera(std::move(camera)) {}
 
 MediaDeviceControl DeviceController::older(OlderControl control) const {

@@ -21,8 +21,7 @@ void requireFormat(const SourceDefinition& source, const MediaFrameFormat& forma
 
 } // namespace
 
-FrameSource::FrameSource(std::shared_ptr<CaptureCore> core,
-                                           std::shared_ptr<const SourceDefinition> definition)
+FrameSource::FrameSource(std::shared_ptr<CaptureCore> core, std::shared_ptr<const SourceDefinition> definition)
     : _core(std::move(core)), _definition(std::move(definition)),
       _camera(_core->simulation()->camera(_definition->device.id)) {}
 

@@ -1,15 +1,15 @@
 #include "Platform/Simulated/SimulatedPlatform.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Shared/PlatformError.h"
 #include "Platform/Shared/PlatformBase.h"
-#include "Platform/Simulated/Scenario/GuidText.h"
-#include "Platform/Simulated/World/JournaledCall.h"
-#include "Platform/Simulated/Scenario/ScenarioReader.h"
-#include "Platform/Simulated/World/ScenarioWatcher.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Simulated/Capture.h"
+#include "Platform/Simulated/Scenario/GuidText.h"
+#include "Platform/Simulated/Scenario/ScenarioReader.h"
 #include "Platform/Simulated/SourceGroup.h"
 #include "Platform/Simulated/Watcher.h"
+#include "Platform/Simulated/World/JournaledCall.h"
+#include "Platform/Simulated/World/ScenarioWatcher.h"
 #include "Platform/Simulated/World/Simulation.h"
 
 #include <algorithm>

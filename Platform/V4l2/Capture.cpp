@@ -1,10 +1,10 @@
 #include "Platform/V4l2/Capture.h"
 
 #include "Platform/Shared/PlatformError.h"
+#include "Platform/V4l2/DeviceController.h"
+#include "Platform/V4l2/Discovery/SourceGroup.h"
 #include "Platform/V4l2/FrameReader.h"
 #include "Platform/V4l2/FrameSource.h"
-#include "Platform/V4l2/Discovery/SourceGroup.h"
-#include "Platform/V4l2/DeviceController.h"
 
 #include <utility>
 #include <vector>
@@ -50,7 +50,7 @@ IAsyncOperation<MediaFrameReader> Capture::CreateFrameReaderAsync(const MediaFra
 }
 
 IAsyncAction Capture::CapturePhotoToStreamAsync(const ImageEncodingProperties& encoding,
-                                                         const RandomAccessStream& stream) {
+                                                const RandomAccessStream& stream) {
     constexpr std::string_view operation = "MediaCapture.CapturePhotoToStreamAsync";
     const StillRequest request{{}, stream, std::chrono::steady_clock::now()};
     const auto worker = _core->worker(operation, 0);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Interface/MediaDeviceControl.h"
-#include "Platform/V4l2/Session/CaptureCore.h"
 #include "Platform/V4l2/Controls/ControlMapping.h"
+#include "Platform/V4l2/Session/CaptureCore.h"
 
 #include <memory>
 #include <string_view>

@@ -8,17 +8,18 @@ namespace Platform::V4l2 {
 
 bool ExposureBias::Supported() const {
     return callOnMenu<bool>(*_core, "ExposureCompensationControl.Supported", V4L2_CID_AUTO_EXPOSURE_BIAS,
-                     [](NumberMenu& menu, DeviceNode&) { return menu.isUsable(); });
+                            [](NumberMenu& menu, DeviceNode&) { return menu.isUsable(); });
 }
 
 float ExposureBias::Value() const {
     constexpr std::string_view operation = "ExposureCompensationControl.Value";
-    return callOnMenu<float>(*_core, operation, V4L2_CID_AUTO_EXPOSURE_BIAS, [operation](NumberMenu& menu, DeviceNode& node) {
-        const auto value = menu.value();
-        if (!value)
-            raiseRefused(operation, node);
-        return static_cast<float>(*value);
-    });
+    return callOnMenu<float>(*_core, operation, V4L2_CID_AUTO_EXPOSURE_BIAS,
+                             [operation](NumberMenu& menu, DeviceNode& node) {
+                                 const auto value = menu.value();
+                                 if (!value)
+                                     raiseRefused(operation, node);
+                                 return static_cast<float>(*value);
+                             });
 }
 
 } // namespace Platform::V4l2

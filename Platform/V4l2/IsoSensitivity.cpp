@@ -49,12 +49,12 @@ std::vector<std::uint32_t> IsoSensitivity::speeds(std::string_view operation) co
 
 bool IsoSensitivity::Supported() const {
     return callOnMenu<bool>(*_core, "IsoSpeedControl.Supported", V4L2_CID_ISO_SENSITIVITY,
-                     [](NumberMenu& menu, DeviceNode&) { return menu.isUsable(); });
+                            [](NumberMenu& menu, DeviceNode&) { return menu.isUsable(); });
 }
 
 bool IsoSensitivity::Auto() const {
     return callOnMenu<bool>(*_core, "IsoSpeedControl.Auto", V4L2_CID_ISO_SENSITIVITY,
-                     [](NumberMenu& menu, DeviceNode&) { return isAutomatic(menu.controls); });
+                            [](NumberMenu& menu, DeviceNode&) { return isAutomatic(menu.controls); });
 }
 
 std::uint32_t IsoSensitivity::Min() const { return speeds("IsoSpeedControl.Min").front(); }
@@ -72,12 +72,12 @@ std::uint32_t IsoSensitivity::Step() const {
 std::uint32_t IsoSensitivity::Value() const {
     constexpr std::string_view operation = "IsoSpeedControl.Value";
     return callOnMenu<std::uint32_t>(*_core, operation, V4L2_CID_ISO_SENSITIVITY,
-                              [operation](NumberMenu& menu, DeviceNode& node) {
-                                  const auto value = menu.value();
-                                  if (!value)
-                                      raiseRefused(operation, node);
-                                  return static_cast<std::uint32_t>(*value);
-                              });
+                                     [operation](NumberMenu& menu, DeviceNode& node) {
+                                         const auto value = menu.value();
+                                         if (!value)
+                                             raiseRefused(operation, node);
+                                         return static_cast<std::uint32_t>(*value);
+                                     });
 }
 
 IAsyncAction IsoSensitivity::SetValueAsync(std::uint32_t value) {

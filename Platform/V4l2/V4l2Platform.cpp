@@ -1,13 +1,13 @@
 #include "Platform/V4l2/V4l2Platform.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/Shared/PlatformError.h"
 #include "Platform/Shared/PlatformBase.h"
+#include "Platform/Shared/PlatformError.h"
 #include "Platform/Shared/RunAsync.h"
+#include "Platform/V4l2/Capture.h"
 #include "Platform/V4l2/Discovery/DeviceCatalog.h"
 #include "Platform/V4l2/Discovery/SourceGroup.h"
 #include "Platform/V4l2/Watcher.h"
-#include "Platform/V4l2/Capture.h"
 
 #include <algorithm>
 #include <utility>
@@ -17,7 +17,7 @@ namespace Platform::V4l2 {
 namespace {
 
 /// Matches the one kind of device that this platform watches.
-constexpr const char16_t* Selector = u"SUBSYSTEM==\"video4linux\"";
+constexpr const char16_t* cameraSelector = u"SUBSYSTEM==\"video4linux\"";
 
 bool equalWithoutCase(const std::u16string& a, const std::u16string& b) {
     const auto lower = [](char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c; };
@@ -48,10 +48,10 @@ public:
           _catalog(std::make_shared<DeviceCatalog>(_surroundings.calls, _lister, _surroundings.pool,
                                                    _surroundings.limits.answer)) {}
 
-    std::u16string GetDeviceSelector() override { return Selector; }
+    std::u16string GetDeviceSelector() override { return cameraSelector; }
 
     DeviceWatcher CreateWatcher(const std::u16string& selector) override {
-        if (selector != Selector)
+        if (selector != cameraSelector)
             throw Shared::platformError("DeviceInformation.CreateWatcher", Halden::toUtf8(selector),
                                         winrt::result::invalidArgument, "the selector matches no cameras");
         return std::make_shared<Watcher>(_surroundings.pool, _lister, _catalog);

@@ -48,7 +48,7 @@ private:
 };
 
 Watcher::Watcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
-                                     std::shared_ptr<DeviceCatalog> catalog)
+                 std::shared_ptr<DeviceCatalog> catalog)
     : DeviceWatcherBase(std::move(pool)), _lister(std::move(lister)), _catalog(std::move(catalog)) {}
 
 Watcher::~Watcher() {
@@ -130,8 +130,7 @@ bool Watcher::Loop::isSame(const CameraGroup& a, const CameraGroup& b) {
 }
 
 /// A camera that was plugged in anew under the same id has gone and come.
-void Watcher::Loop::compare(Watcher& watcher, const Groups& present,
-                                      const std::set<std::string>& removed) {
+void Watcher::Loop::compare(Watcher& watcher, const Groups& present, const std::set<std::string>& removed) {
     for (auto known = reported.begin(); known != reported.end();) {
         const CameraGroup& group = *known->second;
         const auto now = present.find(known->first);

@@ -13,7 +13,7 @@ namespace Platform::V4l2 {
 class Watcher final : public Shared::DeviceWatcherBase {
 public:
     Watcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
-                      std::shared_ptr<DeviceCatalog> catalog);
+            std::shared_ptr<DeviceCatalog> catalog);
     ~Watcher() override;
     Watcher(const Watcher&) = delete;
     Watcher& operator=(const Watcher&) = delete;

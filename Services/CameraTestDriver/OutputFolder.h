@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Interface/Storage.h"
 #include "Framework/CXX/System/ExecutablePath.h"
+#include "Platform/Interface/Storage.h"
 #include "Services/CameraTestDriver/Console.h"
 
 #include <filesystem>

@@ -1,9 +1,9 @@
 #include "Services/CameraTestDriver/TestDriverMain.h"
 
+#include "Services/CameraAccess/PlatformError.h"
 #include "Services/CameraTestDriver/CameraMenu.h"
 #include "Services/CameraTestDriver/MainMenu.h"
 #include "Services/CameraTestDriver/MenuState.h"
-#include "Services/CameraAccess/PlatformError.h"
 
 #include <iostream>
 

@@ -60,9 +60,8 @@ void CameraEnumeration::Watcher_DeviceAdded(const Platform::DeviceWatcher&, cons
     std::lock_guard lock(camerasMutex);
     for (const FoundCamera& camera : found)
         cameras[camera.description.uid] = camera;
-    if (!found.empty()) {
+    if (!found.empty())
         LOG4CXX_INFO(serviceLogger(), "Device added: " << toUtf8(device->Id()));
-    }
 }
 
 void CameraEnumeration::Watcher_DeviceUpdated(const Platform::DeviceWatcher&,

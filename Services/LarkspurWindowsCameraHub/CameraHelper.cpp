@@ -4,10 +4,10 @@
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Interface/CameraPlatform.h"
 #include "Services/CameraAccess/CameraSource.h"
-#include "Services/LarkspurWindowsCameraHub/ExposureRange.h"
 #include "Services/CameraAccess/MakeAndModel.h"
 #include "Services/CameraAccess/MediaNames.h"
 #include "Services/CameraAccess/PlatformError.h"
+#include "Services/LarkspurWindowsCameraHub/ExposureRange.h"
 #include "Services/LarkspurWindowsCameraHubNonUWP/ServiceDiagnosticsAndLogging.h"
 
 #include <sstream>
@@ -81,11 +81,10 @@ std::vector<FoundCamera> CameraHelper::processDeviceInfo(const Platform::DeviceI
                 break;
             }
             logSource(*source, *source2);
-            if (isColourVideo(*source)) {
+            if (isColourVideo(*source))
                 cameras.push_back(describeSource(source, source2));
-            } else {
+            else
                 LOG4CXX_DEBUG(serviceLogger(), "Skipping non colour-visual media");
-            }
         }
     } catch (const winrt::hresult_error& error) {
         LOG4CXX_ERROR(serviceLogger(), describePlatformError(error));

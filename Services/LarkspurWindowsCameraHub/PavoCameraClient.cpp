@@ -22,7 +22,7 @@ namespace {
 constexpr char messageDelimiter = 0;
 constexpr int parseErrorCode = -32700;
 
-enum CaptureFailure { unknownCamera = 1, cameraDisconnected = 2, unknownCaptureError = 3 };
+enum CaptureFailure { UnknownCamera = 1, CameraDisconnected = 2, UnknownCaptureError = 3 };
 
 Json::Value captureFailure(CaptureFailure code, const char* message) {
     Json::Value result;
@@ -33,7 +33,8 @@ Json::Value captureFailure(CaptureFailure code, const char* message) {
 
 /// Toward zero; beyond the range of an int its nearer end.
 int truncated(double value) {
-    return static_cast<int>(std::clamp<double>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+    return static_cast<int>(
+        std::clamp<double>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 // A member that is missing reads as 0. The default stands in only for one that cannot be converted.
@@ -130,14 +131,14 @@ Json::Value PavoCameraClient::captureHandler(const Json::Value& request) {
     const int delay = readExposureChangeDelay(500, request);
 
     if (uid.empty())
-        return captureFailure(unknownCamera, "Unknown camera");
+        return captureFailure(UnknownCamera, "Unknown camera");
     camera = cameraServer->getCamera(uid);
     if (!camera)
-        return captureFailure(cameraDisconnected, "Camera Disconnected");
+        return captureFailure(CameraDisconnected, "Camera Disconnected");
 
     const auto captured = cameraServer->captureImage(camera, exposureInUs, exposureInPercent, truncated(gain), delay);
     if (captured.imageId.empty())
-        return captureFailure(unknownCaptureError, "Unknown capture error");
+        return captureFailure(UnknownCaptureError, "Unknown capture error");
     Json::Value result;
     result[ProtocolNames::resid] = captured.imageId;
     result[ProtocolNames::exposureInUs] = static_cast<Json::Int64>(captured.exposure.count());

@@ -18,17 +18,15 @@ using Number = std::array<std::uint8_t, 4>; // low byte first
 
 std::int32_t asInteger(const Number& bytes) {
     std::uint32_t integer = 0;
-    for (std::size_t i = bytes.size(); i-- > 0;) {
+    for (std::size_t i = bytes.size(); i-- > 0;)
         integer = integer << 8 | bytes[i];
-    }
     return std::bit_cast<std::int32_t>(integer);
 }
 
 // The value's bytes, in front of the default's where there are fewer; the default without such a value.
 std::int32_t readInteger(const char* name, RegistryType type, Number bytes) {
-    if (const std::shared_ptr<const RegistryKey> key = openParametersKey()) {
+    if (const std::shared_ptr<const RegistryKey> key = openParametersKey())
         key->read(name, type, bytes.data(), bytes.size());
-    }
     return asInteger(bytes);
 }
 

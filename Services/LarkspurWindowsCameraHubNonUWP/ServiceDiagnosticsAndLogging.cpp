@@ -23,9 +23,8 @@ std::unique_ptr<HaldenDiagnostics>& diagnostics() {
 // The object before goes when the new one is there, and takes its crash recording with it.
 bool replaceDiagnostics(std::unique_ptr<HaldenDiagnostics> made) {
     diagnostics() = std::move(made);
-    if (!diagnostics() || !diagnostics()->isValid()) {
+    if (!diagnostics() || !diagnostics()->isValid())
         return false;
-    }
     return initializeCrashRecordingAndConsoleLogging();
 }
 
@@ -74,11 +73,10 @@ bool initializeCrashRecordingAndConsoleLogging() {
         LOG4CXX_ERROR(serviceLogger(), "Failed initializing crash dump recording!");
         return false;
     }
-    if (debugged) {
+    if (debugged)
         setConsoleLevel(log4cxx::Level::getTrace());
-    } else {
+    else
         std::cout << "Console logging is disabled." << std::endl;
-    }
     return true;
 }
 

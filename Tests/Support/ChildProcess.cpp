@@ -24,9 +24,8 @@ void flushOutput() {
 
 // The files of the user seem to be the superuser's there.
 bool becomeSuperuserOfOwnNamespace(uid_t user, gid_t group) {
-    if (unshare(CLONE_NEWNS | CLONE_NEWUSER) != 0) {
+    if (unshare(CLONE_NEWNS | CLONE_NEWUSER) != 0)
         return false;
-    }
     writeFile("/proc/self/setgroups", "deny");
     writeFile("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
     writeFile("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
@@ -49,9 +48,8 @@ bool becomeSuperuserOfOwnNamespace(uid_t user, gid_t group) {
 bool enterPrivateMounts() {
     const uid_t user = geteuid();
     const gid_t group = getegid();
-    if (user == 0 ? unshare(CLONE_NEWNS) != 0 : !becomeSuperuserOfOwnNamespace(user, group)) {
+    if (user == 0 ? unshare(CLONE_NEWNS) != 0 : !becomeSuperuserOfOwnNamespace(user, group))
         return false;
-    }
     return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
@@ -60,17 +58,14 @@ bool enterPrivateMounts() {
 int runInChild(const std::function<void()>& work) {
     flushOutput();
     const pid_t child = fork();
-    if (child == 0) {
+    if (child == 0)
         runAndExit(work);
-    }
     int status = 0;
     while (child > 0 && waitpid(child, &status, 0) == child) {
-        if (WIFEXITED(status)) {
+        if (WIFEXITED(status))
             return WEXITSTATUS(status);
-        }
-        if (WIFSIGNALED(status)) {
+        if (WIFSIGNALED(status))
             return -WTERMSIG(status);
-        }
         ptrace(PTRACE_CONT, child, nullptr, WSTOPSIG(status)); // a traced child stops at each signal
     }
     return 1;
@@ -81,14 +76,12 @@ bool letParentTrace() { return ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0;
 void runInPrivateMounts(const std::function<void()>& work) {
     constexpr int notAllowed = 77;
     const int result = runInChild([&work] {
-        if (!enterPrivateMounts()) {
+        if (!enterPrivateMounts())
             _exit(notAllowed);
-        }
         work();
     });
-    if (result == notAllowed) {
+    if (result == notAllowed)
         GTEST_SKIP() << "the system allows no private mounts here";
-    }
     EXPECT_EQ(result, 0);
 }
 

@@ -32,9 +32,8 @@ public:
 
     void sleepFor(Duration duration) override {
         record({Call::Kind::Sleep, duration});
-        if (_sleepDivisor != returnAtOnce) {
+        if (_sleepDivisor != returnAtOnce)
             std::this_thread::sleep_for(std::chrono::microseconds(duration) / _sleepDivisor);
-        }
     }
 
     std::chrono::steady_clock::time_point deadlineAfter(Duration limit) override {
@@ -64,11 +63,9 @@ private:
 
     std::vector<Duration> durations(Call::Kind kind) const {
         std::vector<Duration> found;
-        for (const Call& call : calls()) {
-            if (call.kind == kind) {
+        for (const Call& call : calls())
+            if (call.kind == kind)
                 found.push_back(call.duration);
-            }
-        }
         return found;
     }
 

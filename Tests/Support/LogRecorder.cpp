@@ -59,9 +59,8 @@ std::vector<LogRecord> LogRecorder::records() const { return _appender->records(
 
 std::vector<std::string> LogRecorder::messages() const {
     std::vector<std::string> texts;
-    for (const LogRecord& record : records()) {
+    for (const LogRecord& record : records())
         texts.push_back(record.message);
-    }
     return texts;
 }
 

@@ -40,14 +40,18 @@ TEST(LogRecorder, Utf8PassesThroughTheLoggingLibraryInAUtf8Locale) {
 TEST(LogRecorder, GivesTheLevelBackAndForgetsTheAppender) {
     const auto logger = log4cxx::Logger::getLogger("LogRecorderTest.Restored");
     logger->setLevel(log4cxx::Level::getError());
-    { const LogRecorder recorder(logger, log4cxx::Level::getDebug()); }
+    {
+        const LogRecorder recorder(logger, log4cxx::Level::getDebug());
+    }
     EXPECT_EQ(logger->getLevel(), log4cxx::Level::getError());
     EXPECT_TRUE(logger->getAllAppenders().empty());
 }
 
 TEST(LogRecorder, AnInheritedLevelIsInheritedAgain) {
     const auto logger = log4cxx::Logger::getLogger("LogRecorderTest.Inherited");
-    { const LogRecorder recorder(logger, log4cxx::Level::getDebug()); }
+    {
+        const LogRecorder recorder(logger, log4cxx::Level::getDebug());
+    }
     EXPECT_EQ(logger->getLevel(), nullptr);
 }
 

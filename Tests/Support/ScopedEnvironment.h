@@ -8,9 +8,8 @@
 class ScopedEnvironment {
 public:
     ScopedEnvironment(const char* name, const std::optional<std::string>& value) : _name(name) {
-        if (const char* const old = std::getenv(name)) {
+        if (const char* const old = std::getenv(name))
             _old = old;
-        }
         set(value);
     }
     ~ScopedEnvironment() { set(_old); }
@@ -19,11 +18,10 @@ public:
 
 private:
     void set(const std::optional<std::string>& value) const {
-        if (value) {
+        if (value)
             setenv(_name.c_str(), value->c_str(), 1);
-        } else {
+        else
             unsetenv(_name.c_str());
-        }
     }
 
     const std::string _name;

@@ -10,9 +10,8 @@
 
 TemporaryFolder::TemporaryFolder() {
     std::string name = std::filesystem::temp_directory_path() / "hub-test-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) {
+    if (mkdtemp(name.data()) == nullptr)
         throw std::runtime_error("no temporary folder");
-    }
     _path = name;
 }
 

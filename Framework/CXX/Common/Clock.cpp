@@ -37,9 +37,8 @@ std::shared_ptr<Clock> currentClock() {
 }
 
 void setClockForTesting(std::shared_ptr<Clock> clock) {
-    if (!clock) {
+    if (!clock)
         clock = std::make_shared<SteadyClock>();
-    }
     InstalledClock& installed = installedClock();
     const std::lock_guard lock(installed.mutex);
     installed.clock.swap(clock);

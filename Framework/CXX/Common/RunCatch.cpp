@@ -20,9 +20,8 @@ const log4cxx::LoggerPtr& runCatchLogger() {
 
 void logCaughtException(const std::string& description) {
     const log4cxx::LoggerPtr& logger = runCatchLogger();
-    if (!log4cxx::Logger::isErrorEnabledFor(logger)) {
+    if (!log4cxx::Logger::isErrorEnabledFor(logger))
         return;
-    }
     log4cxx::helpers::MessageBuffer buffer;
     const log4cxx::spi::LocationInfo location(sourceName, log4cxx::spi::LocationInfo::calcShortFileName(sourceName),
                                               static_cast<const char*>(__PRETTY_FUNCTION__), __LINE__);
@@ -38,9 +37,8 @@ std::u16string HaldenExceptionBase::getDescription() const {
     std::u16string description = message;
     if (line != unknownLine) {
         description += u" @ ";
-        for (const char byte : file) {
+        for (const char byte : file)
             description += static_cast<char16_t>(static_cast<unsigned char>(byte));
-        }
         description += u":" + toUtf16(std::to_string(line));
     }
     return description;
@@ -56,9 +54,8 @@ std::vector<CatchHandler>& catchHandlers() {
 }
 
 std::string describeException(std::exception_ptr exception) {
-    if (!exception) {
+    if (!exception)
         return {};
-    }
     try {
         std::rethrow_exception(std::move(exception));
     } catch (const HaldenException& caught) {
@@ -73,12 +70,10 @@ std::string describeException(std::exception_ptr exception) {
 void handleCurrentException(bool rethrow) {
     const std::exception_ptr exception = std::current_exception();
     const std::string description = describeException(exception);
-    for (const CatchHandler& handler : catchHandlers()) {
+    for (const CatchHandler& handler : catchHandlers())
         handler(description);
-    }
-    if (rethrow) {
+    if (rethrow)
         std::rethrow_exception(exception);
-    }
 }
 
 } // namespace Halden

@@ -34,9 +34,8 @@ std::unique_ptr<HaldenDiagnostics> createDiagnostics(const std::string& appName,
                                                            std::u16string(), fileSystem);
     return runSteps(std::move(diagnostics), [&](HaldenDiagnostics& made) {
         made.initializeLogging();
-        if (!made.isConfigured()) {
+        if (!made.isConfigured())
             throw Halden::HaldenException(u"Need to call initializeLogging() first");
-        }
         made.createFolders(defaultFileSystem());
         made.createDefaultTrace();
         made.trimRunFolders(keepCount);

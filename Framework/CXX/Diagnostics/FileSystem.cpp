@@ -21,31 +21,25 @@ constexpr mode_t everyPermission = 0777; // the process's mask takes off what it
 bool FileSystem::create_directory(const std::u16string& path) const {
     constexpr const char* operation = "create_directory";
     const std::string name = Halden::toUtf8(path);
-    if (mkdir(name.c_str(), everyPermission) == 0) {
+    if (mkdir(name.c_str(), everyPermission) == 0)
         return true;
-    }
-    if (errno != EEXIST) {
+    if (errno != EEXIST)
         throwError(operation, errno, name);
-    }
-    struct stat attributes {};
-    if (stat(name.c_str(), &attributes) != 0) {
+    struct stat attributes{};
+    if (stat(name.c_str(), &attributes) != 0)
         throwError(operation, errno, name);
-    }
-    if (!S_ISDIR(attributes.st_mode)) {
+    if (!S_ISDIR(attributes.st_mode))
         throwError(operation, EEXIST, name);
-    }
     return false;
 }
 
 bool FileSystem::exists(const std::u16string& path) const {
     const std::string name = Halden::toUtf8(path);
-    struct stat attributes {};
-    if (lstat(name.c_str(), &attributes) == 0) {
+    struct stat attributes{};
+    if (lstat(name.c_str(), &attributes) == 0)
         return true;
-    }
-    if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG) {
+    if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG)
         return false;
-    }
     throwError("exists", errno, name);
 }
 

@@ -17,8 +17,7 @@ void ForgivingAppender::append(const log4cxx::spi::LoggingEventPtr& event, log4c
     try {
         _appender->doAppend(event, pool);
     } catch (const log4cxx::helpers::IOException& error) {
-        if (!_lossTold.exchange(true)) {
+        if (!_lossTold.exchange(true))
             log4cxx::helpers::LogLog::error("Lines of the log are lost, appender " + getName(), error);
-        }
     }
 }

@@ -21,11 +21,9 @@ constexpr char16_t propertiesFileName[] = u"logging.properties";
 
 std::u16string logDirVariableOf(const std::u16string& appName) {
     std::u16string name = Halden::withoutBlanks(appName);
-    for (char16_t& letter : name) {
-        if (letter >= u'a' && letter <= u'z') {
+    for (char16_t& letter : name)
+        if (letter >= u'a' && letter <= u'z')
             letter = static_cast<char16_t>(letter - u'a' + u'A');
-        }
-    }
     return name + u"_LOG_DIR";
 }
 
@@ -47,9 +45,8 @@ void HaldenDiagnostics::initializeLogging() {
     const std::u16string appFolderName = _version.empty() ? _appName : _appName + u" " + _version;
     const std::u16string commonFolder = createCommonFolder(appFolderName);
     if (!_redirectFolder.empty()) {
-        if (!Halden::isFolder(_redirectFolder)) {
+        if (!Halden::isFolder(_redirectFolder))
             return;
-        }
         _redirectFolder += u"/" + Halden::withoutBlanks(_appName);
     }
     if (holdsProperties(commonFolder)) {
@@ -58,15 +55,13 @@ void HaldenDiagnostics::initializeLogging() {
         // This place only decides that a configuration exists: the run goes below the common folder all the same.
         const std::u16string local =
             Halden::joinPaths(Halden::toUtf16(Halden::System::localDataFolder()), makerFolderName);
-        if (holdsProperties(Halden::joinPaths(local, appFolderName))) {
+        if (holdsProperties(Halden::joinPaths(local, appFolderName)))
             fillFolders(commonFolder);
-        }
     }
     if (!isConfigured()) {
         generateLoggingProperties(Halden::toUtf8(_appName), commonFolder);
-        if (holdsProperties(commonFolder)) {
+        if (holdsProperties(commonFolder))
             fillFolders(commonFolder);
-        }
     }
     configureLogging(commonFolder);
 }
@@ -94,11 +89,10 @@ void HaldenDiagnostics::configureLogging(const std::u16string& commonFolder) con
     // may read the environment meanwhile: the first call comes before they exist, later ones only exchange the value.
     setenv(Halden::toUtf8(_logDirVariable).c_str(), Halden::toUtf8(_folders.logFolder).c_str(), 1);
     const std::string propertiesFile = Halden::toUtf8(commonFolder) + "/logging.properties";
-    if (Halden::pathExists(propertiesFile)) {
+    if (Halden::pathExists(propertiesFile))
         Halden::configureLogging(propertiesFile);
-    } else {
+    else
         Halden::configureBasicLogging();
-    }
 }
 
 void HaldenDiagnostics::generateLoggingProperties(const std::string& appName, const std::u16string& folder) {
@@ -113,17 +107,15 @@ void HaldenDiagnostics::generateLoggingProperties(const std::string& appName, co
     properties.writeLogger("Instrumentation", "TIMING", level);
     properties.writeLogger(Halden::withoutBlanks(appName), "PRODUCT", level);
     properties.writeAppenderHeader();
-    for (const char* const appender : {"DEFAULT", "DEVICE", "PRODUCT", "TIMING"}) {
+    for (const char* const appender : {"DEFAULT", "DEVICE", "PRODUCT", "TIMING"})
         properties.writeAppender(appender);
-    }
     writeLoggingProperties(properties.text(), folder);
 }
 
 void HaldenDiagnostics::writeLoggingProperties(const std::string& text, const std::u16string& folder) {
     std::ofstream file(Halden::toUtf8(Halden::joinPaths(folder, propertiesFileName)), std::ios::trunc);
-    if (file) {
+    if (file)
         file << text;
-    }
     file.flush();
     file.close();
 }
@@ -135,9 +127,8 @@ bool HaldenDiagnostics::isValid() const {
 }
 
 void HaldenDiagnostics::requireValid() const {
-    if (!isValid()) {
+    if (!isValid())
         throw Halden::HaldenException(u"Invalid diagnostics");
-    }
 }
 
 void HaldenDiagnostics::createFolders(const IFileSystem& fileSystem) {

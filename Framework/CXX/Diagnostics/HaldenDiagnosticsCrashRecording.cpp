@@ -6,33 +6,28 @@
 void HaldenDiagnostics::describeUncaughtExceptionsWith(DescribeException describe) { _describeException = describe; }
 
 bool HaldenDiagnostics::installCrashRecording(bool silent, std::uint32_t /* miniDumpType */) {
-    if (isCrashRecordingInstalled()) {
+    if (isCrashRecordingInstalled())
         return false;
-    }
     const std::u16string crashFolder = Halden::joinPaths(_folders.runFolder, u"Crash");
     _fileSystem->create_directory(crashFolder);
-    if (!Halden::isFolder(crashFolder)) {
+    if (!Halden::isFolder(crashFolder))
         return false;
-    }
     Halden::System::CrashReporterInstallRecord record;
     record.applicationName = Halden::toUtf8(_appName);
     record.applicationVersion = Halden::toUtf8(_version);
     record.reportFolder = Halden::toUtf8(crashFolder);
     record.describeException = _describeException;
-    if (!Halden::System::installCrashReporter(record)) {
+    if (!Halden::System::installCrashReporter(record))
         return false;
-    }
-    if (!silent && !Halden::System::addScreenshotToCrashReports()) {
+    if (!silent && !Halden::System::addScreenshotToCrashReports())
         return false;
-    }
     _folders.crashFolder = crashFolder;
     return true;
 }
 
 void HaldenDiagnostics::uninstallCrashRecording() {
-    if (isCrashRecordingInstalled()) {
+    if (isCrashRecordingInstalled())
         Halden::System::uninstallCrashReporter();
-    }
     _folders.crashFolder.clear();
 }
 

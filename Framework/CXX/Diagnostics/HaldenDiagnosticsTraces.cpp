@@ -21,11 +21,9 @@ std::string currentLocalTime() {
 
 // Characters that not every file system takes in a name.
 std::string asFolderName(std::string name) {
-    for (char& letter : name) {
-        if (letter == '*' || letter == ':') {
+    for (char& letter : name)
+        if (letter == '*' || letter == ':')
             letter = '-';
-        }
-    }
     return name;
 }
 
@@ -60,9 +58,8 @@ std::filesystem::path HaldenDiagnostics::getDataFolder(const std::string& traceI
         const std::lock_guard lock(_mutex);
         tracesFolder = _folders.tracesFolder;
     }
-    if (!_fileSystem->exists(tracesFolder)) {
+    if (!_fileSystem->exists(tracesFolder))
         throw Halden::HaldenException(u"Invalid diagnostics");
-    }
     const std::u16string traceFolder = Halden::joinPaths(tracesFolder, Halden::toUtf16(traceId));
     return Halden::toUtf8(Halden::joinPaths(traceFolder, dataFolderName));
 }

@@ -32,9 +32,8 @@ class ForgivingAppenders {
 public:
     AppenderPtr of(const AppenderPtr& appender) {
         AppenderPtr& forgiving = _forgiving[appender];
-        if (!forgiving) {
+        if (!forgiving)
             forgiving = std::make_shared<ForgivingAppender>(appender);
-        }
         return forgiving;
     }
 
@@ -49,19 +48,16 @@ struct Attachment {
 
 std::vector<Attachment> attachments(const std::vector<LoggerPtr>& loggers) {
     std::vector<Attachment> found;
-    for (const LoggerPtr& logger : loggers) {
-        for (const AppenderPtr& appender : logger->getAllAppenders()) {
+    for (const LoggerPtr& logger : loggers)
+        for (const AppenderPtr& appender : logger->getAllAppenders())
             found.push_back({logger, appender});
-        }
-    }
     return found;
 }
 
 // An appender that nothing holds any more closes its file.
 void detach(const std::vector<Attachment>& old) {
-    for (const Attachment& attachment : old) {
+    for (const Attachment& attachment : old)
         attachment.logger->removeAppender(attachment.appender);
-    }
 }
 
 std::vector<Attachment> attachmentsOfEarlierConfiguration() {
@@ -93,12 +89,10 @@ void configureLogging(const std::string& propertiesFile) {
             source->removeAppender(appender); // or it would be closed when its logger goes
         }
         // Other threads read these two without a lock: they are not written without need.
-        if (source->getLevel() != target->getLevel()) {
+        if (source->getLevel() != target->getLevel())
             target->setLevel(source->getLevel());
-        }
-        if (source->getAdditivity() != target->getAdditivity()) {
+        if (source->getAdditivity() != target->getAdditivity())
             target->setAdditivity(source->getAdditivity());
-        }
     }
     real->setThreshold(configured->getThreshold());
     real->setConfigured(true);

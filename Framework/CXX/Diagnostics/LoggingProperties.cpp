@@ -34,9 +34,8 @@ void LoggingProperties::writeDefaultLoggers(const std::string& level) {
 }
 
 void LoggingProperties::writeLogger(const std::string& name, const std::string& appender, const std::string& level) {
-    if (!_writtenLoggers.insert(name).second) {
+    if (!_writtenLoggers.insert(name).second)
         return;
-    }
     _text << "\n# " << name << " Logger\nlog4j.logger." << name << "=" << level << ", " << appender << "\n";
 }
 

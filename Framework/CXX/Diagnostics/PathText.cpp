@@ -9,16 +9,15 @@ namespace Halden {
 
 std::u16string joinPaths(std::u16string_view left, std::u16string_view right) {
     std::u16string path(left);
-    if (right.starts_with(u'/')) {
+    if (right.starts_with(u'/'))
         path.clear();
-    } else if (!path.empty() && !path.ends_with(u'/')) {
+    else if (!path.empty() && !path.ends_with(u'/'))
         path += u'/';
-    }
     return path.append(right);
 }
 
 bool isFolder(const std::u16string& path) {
-    struct stat attributes {};
+    struct stat attributes{};
     return stat(toUtf8(path).c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
 }
 

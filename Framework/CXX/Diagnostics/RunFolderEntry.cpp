@@ -15,9 +15,8 @@ int leadingNumber(std::u16string_view text) {
     constexpr std::int64_t largest = std::numeric_limits<int>::max();
     std::int64_t number = 0;
     for (const char16_t digit : text) {
-        if (digit < u'0' || digit > u'9') {
+        if (digit < u'0' || digit > u'9')
             break;
-        }
         number = std::min(number * 10 + (digit - u'0'), largest);
     }
     return static_cast<int>(number);
@@ -54,21 +53,17 @@ std::int64_t timeOfRunFolderName(std::u16string_view name) {
     constexpr std::size_t none = std::u16string_view::npos;
     constexpr std::int64_t latest = 32535215999; // the end of the year 3000; no run is later
     const std::size_t yearEnd = name.find(u'-');
-    if (yearEnd == none) {
+    if (yearEnd == none)
         return 0;
-    }
     const std::size_t monthEnd = name.find(u'-', behind(yearEnd));
-    if (monthEnd == none) {
+    if (monthEnd == none)
         return 0;
-    }
     const std::size_t dayEnd = name.find(u'_', behind(monthEnd));
-    if (dayEnd == none) {
+    if (dayEnd == none)
         return 0;
-    }
     const std::size_t hourEnd = name.find(u'-', behind(dayEnd));
-    if (hourEnd == none) {
+    if (hourEnd == none)
         return 0;
-    }
     std::tm local{};
     local.tm_year = leadingNumber(name.substr(0, 4)) - 1900;
     local.tm_mon = leadingNumber(name.substr(behind(yearEnd))) - 1;
@@ -76,9 +71,8 @@ std::int64_t timeOfRunFolderName(std::u16string_view name) {
     local.tm_hour = leadingNumber(name.substr(behind(dayEnd)));
     local.tm_min = leadingNumber(name.substr(behind(hourEnd)));
     const std::size_t minuteEnd = name.find(u'-', behind(hourEnd));
-    if (minuteEnd != none) {
+    if (minuteEnd != none)
         local.tm_sec = leadingNumber(name.substr(behind(minuteEnd)));
-    }
     local.tm_isdst = -1; // unknown
     const std::int64_t time = std::mktime(&local);
     return time <= latest ? time : 0;

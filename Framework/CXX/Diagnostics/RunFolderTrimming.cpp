@@ -37,9 +37,8 @@ void HaldenDiagnostics::trimRunFolders(int keepCount) {
         return;
     }
     std::deque<RunFolderEntry> runs = findRunFolders(walk);
-    if (walk.readError() != 0) {
+    if (walk.readError() != 0)
         std::printf("FindNextFile error. Error is %u.\n", static_cast<unsigned>(walk.readError()));
-    }
     const auto keep = static_cast<std::size_t>(std::max(keepCount, 1));
     while (runs.size() > keep) {
         std::error_code ignored;

@@ -54,17 +54,14 @@ void appendString(std::string& out, std::string_view text) {
 
 /// Leaves one character behind the last that is no trailing zero, unless the zeros are an exponent's.
 void cutTrailingZeros(std::string& number) {
-    if (number.back() != '0') {
+    if (number.back() != '0')
         return;
-    }
     const std::size_t lastOther = number.find_last_not_of('0');
-    if (lastOther == std::string::npos) {
+    if (lastOther == std::string::npos)
         return;
-    }
     const std::size_t stop = number.find_last_not_of("0123456789", lastOther);
-    if (stop != std::string::npos && number[stop] == '.') {
+    if (stop != std::string::npos && number[stop] == '.')
         number.resize(lastOther + 2);
-    }
 }
 
 void appendReal(std::string& out, double value) {

@@ -11,9 +11,8 @@ namespace Halden {
 bool parseMessage(const std::string& text, Json::Value& root, std::string& formattedErrors) {
     Json::Reader reader;
     try {
-        if (reader.parse(text, root, true)) {
+        if (reader.parse(text, root, true))
             return true;
-        }
         formattedErrors = reader.getFormattedErrorMessages();
     } catch (const Json::Exception& refused) {
         // The library raises what it doesn't want to read at all: depth, and names or texts of gigabytes.

@@ -15,17 +15,15 @@ const Json::Value& memberOfObject(const Json::Value& object, const std::string& 
 }
 
 int intOfReal(double value) {
-    if (!(value >= IntLimits::min() && value <= IntLimits::max())) {
+    if (!(value >= IntLimits::min() && value <= IntLimits::max()))
         throw std::runtime_error("Real out of signed integer range");
-    }
     return static_cast<int>(value);
 }
 
 int intOfWholeNumber(const Json::Value& value) {
     // One text for both ends of the range and both kinds of whole numbers.
-    if (!value.isInt()) {
+    if (!value.isInt())
         throw std::runtime_error("unsigned integer out of signed int range");
-    }
     return value.asInt();
 }
 

@@ -74,9 +74,8 @@ bool HttpClient::step() {
         parseState = LineStart;
         return true;
     case WaitingForResponse:
-        if (responseDone) {
+        if (responseDone)
             parseState = Reset;
-        }
         return responseDone;
     default: {
         // Stays for good, reading nothing. The access keeps the compiler from taking such a loop away.
@@ -115,14 +114,12 @@ bool HttpClient::readByte(char& byte) {
 
 bool HttpClient::readAndTakeByte() {
     char byte = 0;
-    if (!readByte(byte)) {
+    if (!readByte(byte))
         return false;
-    }
-    if (parseState == Body) {
+    if (parseState == Body)
         takeBodyByte(byte);
-    } else {
+    else
         takeHeadByte(byte);
-    }
     return true;
 }
 
@@ -158,9 +155,8 @@ void HttpClient::takeHeadByte(char byte) {
 void HttpClient::takeBodyByte(char byte) {
     lineBuffer.push_back(byte);
     if (lineBuffer.size() == bodyLength) {
-        if (hasBodyHandler) {
+        if (hasBodyHandler)
             bodyHandler(lineBuffer.data(), lineBuffer.size());
-        }
         parseState = Reset;
     }
 }
@@ -180,9 +176,8 @@ void HttpClient::processHead() {
 void HttpClient::parseHead() {
     request = std::make_unique<HttpRequest>(this);
     request->parseRequestLine(lines.front().c_str());
-    for (const std::string& line : lines) { // the request line too: a ":" in its URL makes an odd header
+    for (const std::string& line : lines) // the request line too: a ":" in its URL makes an odd header
         request->parseHeaderLine(line.c_str());
-    }
 }
 
 int HttpClient::stateBehindHead() {
@@ -191,8 +186,7 @@ int HttpClient::stateBehindHead() {
         return bodyLength == 0 ? Reset : Body;
     }
     const auto coding = request->headers.find("Transfer-Encoding");
-    if (coding == request->headers.end()) {
+    if (coding == request->headers.end())
         return WaitingForResponse;
-    }
     return coding->second == "chunked" ? ChunkedBody : OtherTransferCoding;
 }

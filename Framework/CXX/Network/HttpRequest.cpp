@@ -18,15 +18,12 @@ bool takeToken(std::string_view& rest, std::string_view separators, std::string&
 }
 
 int hexDigitValue(char digit) {
-    if (digit >= '0' && digit <= '9') {
+    if (digit >= '0' && digit <= '9')
         return digit - '0';
-    }
-    if (digit >= 'A' && digit <= 'F') {
+    if (digit >= 'A' && digit <= 'F')
         return digit - 'A' + 10;
-    }
-    if (digit >= 'a' && digit <= 'f') {
+    if (digit >= 'a' && digit <= 'f')
         return digit - 'a' + 10;
-    }
     return 0; // what is no digit counts as nothing
 }
 
@@ -52,25 +49,22 @@ HttpRequest::HttpRequest(HttpClient* owner) : client(owner) {}
 
 bool HttpRequest::parseRequestLine(const char* line) {
     std::string_view rest(line);
-    if (!takeToken(rest, " \r\n", method) || !takeToken(rest, " \r\n", url)) {
+    if (!takeToken(rest, " \r\n", method) || !takeToken(rest, " \r\n", url))
         return false;
-    }
     takeToken(rest, " \r\n", version);
 
     const std::size_t questionMark = url.find('?');
     path = url.substr(0, questionMark);
-    if (questionMark != std::string::npos) {
+    if (questionMark != std::string::npos)
         query = percentDecoded(std::string_view(url).substr(questionMark + 1));
-    }
     return true;
 }
 
 bool HttpRequest::parseHeaderLine(const char* line) {
     std::string_view rest(line);
     std::string name;
-    if (!takeToken(rest, ":\r\n", name)) {
+    if (!takeToken(rest, ":\r\n", name))
         return false;
-    }
     const std::size_t valueBegin = rest.find_first_not_of(" \t");
     rest.remove_prefix(valueBegin == std::string_view::npos ? rest.size() : valueBegin);
     takeToken(rest, "\r\n", headers[name]);
@@ -82,9 +76,8 @@ std::string& HttpRequest::contentType() { return headers["Content-Type"]; }
 uint64_t HttpRequest::contentLength() const {
     const auto header = headers.find("Content-Length");
     uint64_t length = 0;
-    if (header == headers.end() || !(std::istringstream(header->second) >> length)) {
+    if (header == headers.end() || !(std::istringstream(header->second) >> length))
         return 0;
-    }
     return length;
 }
 

@@ -77,9 +77,8 @@ void HttpResponse::setContentLength(uint64_t length) {
 void HttpResponse::setHeader(const char* name, const char* value) { headers[name] = value; }
 
 void HttpResponse::sendHeaders() {
-    if (statusText.empty()) {
+    if (statusText.empty())
         statusText = statusTextFor(status);
-    }
     headers["Content-Type"] = contentType;
     if (hasContentLength) {
         headers["Content-Length"] = std::to_string(contentLength);
@@ -90,9 +89,8 @@ void HttpResponse::sendHeaders() {
 
     std::ostringstream head;
     head << "HTTP/1.1 " << std::to_string(status) << ' ' << statusText << "\r\n";
-    for (const auto& [name, value] : headers) {
+    for (const auto& [name, value] : headers)
         head << name << ": " << value << "\r\n";
-    }
     head << "\r\n";
     const std::string text = head.str();
     client->write(text.data(), static_cast<int>(text.size()));
@@ -100,11 +98,10 @@ void HttpResponse::sendHeaders() {
 }
 
 void HttpResponse::write(const char* data, int size) {
-    if (chunked) {
+    if (chunked)
         writeChunk(data, size);
-    } else {
+    else
         client->write(data, size);
-    }
 }
 
 void HttpResponse::write(const unsigned char* data, int size) { write(reinterpret_cast<const char*>(data), size); }
@@ -125,16 +122,14 @@ void HttpResponse::writeChunk(const char* data, int size) {
     } while (rest != 0);
 
     client->write(firstDigit, static_cast<int>(headerEnd - firstDigit));
-    if (size > 0) {
+    if (size > 0)
         client->write(data, size);
-    }
     client->write("\r\n", lineEndSize);
 }
 
 void HttpResponse::finish() {
-    if (!headersSent) {
+    if (!headersSent)
         sendHeaders();
-    }
     if (chunked) {
         static constexpr std::string_view endOfBody = "0\r\n\r\n";
         client->write(endOfBody.data(), static_cast<int>(endOfBody.size()));

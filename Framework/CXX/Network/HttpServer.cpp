@@ -33,7 +33,6 @@ void HttpServer::handleRequest(HttpRequest* request, HttpResponse* response) {
 
 void HttpServer::closeClients() {
     const std::vector<HttpClient*> open = clients; // closing takes the connection off the list
-    for (HttpClient* const client : open) {
+    for (HttpClient* const client : open)
         client->close();
-    }
 }

@@ -19,7 +19,7 @@ void writeTrailer(QIODevice& device) { device.write(replyTrailer, sizeof replyTr
 TCPClient::TCPClient(qintptr descriptor, MessageHandler handler) : TCPClient(descriptor, std::move(handler), '\0') {}
 
 TCPClient::TCPClient(qintptr descriptor, MessageHandler handler, char delimiterByte)
-    : socketDescriptor(descriptor), socket(new QTcpSocket(this)), clientState(working),
+    : socketDescriptor(descriptor), socket(new QTcpSocket(this)), clientState(Working),
       messageHandler(std::move(handler)), delimiter(delimiterByte), clientId(nextClientId()) {
     connect(socket, SIGNAL(readyRead()), this, SLOT(readClient()));
     connect(socket, SIGNAL(disconnected()), this, SLOT(discardClient()));
@@ -30,28 +30,25 @@ TCPClient::~TCPClient() = default;
 
 void TCPClient::closeClient() {
     socket->close();
-    clientState = closedByUs;
+    clientState = ClosedByUs;
 }
 
 void TCPClient::readClient() {
     // Again after each round: what arrived while a message was handled is taken in the same call.
     for (qint64 available = socket->bytesAvailable(); available != 0; available = socket->bytesAvailable()) {
         const QByteArray bytes = socket->read(available);
-        for (const char byte : bytes) {
+        for (const char byte : bytes)
             takeByte(byte);
-        }
     }
 }
 
 void TCPClient::takeByte(char byte) {
-    if (clientState != working) {
+    if (clientState != Working)
         return;
-    }
-    if (byte == delimiter) {
+    if (byte == delimiter)
         answerMessage();
-    } else {
+    else
         buffer.push_back(byte);
-    }
 }
 
 void TCPClient::answerMessage() {

@@ -38,7 +38,7 @@ protected:
     const qintptr socketDescriptor; ///< as accepted; stays readable after the socket has closed
 
 private:
-    enum ClientState { closedByUs = 0, working = 1 };
+    enum ClientState { ClosedByUs = 0, Working = 1 };
 
     void takeByte(char byte);
     void answerMessage();

@@ -16,17 +16,15 @@ std::string homeFolderOfUserDatabase() {
     std::vector<char> text(textBytes);
     passwd entry{};
     passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, text.data(), text.size(), &found) != 0 || found == nullptr) {
+    if (getpwuid_r(getuid(), &entry, text.data(), text.size(), &found) != 0 || found == nullptr)
         return {};
-    }
     return found->pw_dir;
 }
 
 std::string defaultLocalDataFolder() {
     std::string home = environmentVariableOr("HOME", "");
-    if (home.empty()) {
+    if (home.empty())
         home = homeFolderOfUserDatabase();
-    }
     return home.empty() ? home : home + "/.local/share";
 }
 

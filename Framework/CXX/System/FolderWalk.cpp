@@ -21,26 +21,22 @@ std::int64_t creationTimeOf(const struct statx& attributes) {
 }
 
 FolderWalk::FolderWalk(const std::string& folder) : _folder(opendir(folder.c_str())) {
-    if (!_folder) {
+    if (!_folder)
         _openError = errno;
-    }
 }
 
 std::optional<FolderEntry> FolderWalk::next() {
     const std::optional<std::string> name = nextName();
-    if (!name) {
+    if (!name)
         return std::nullopt;
-    }
     return FolderEntry{*name, creationTime(*name)};
 }
 
 std::optional<std::string> FolderWalk::nextName() {
-    if (!_folder) {
+    if (!_folder)
         return std::nullopt;
-    }
-    if (_delivered < 2) {
+    if (_delivered < 2)
         return ++_delivered == 1 ? "." : "..";
-    }
     for (;;) {
         errno = 0;
         const dirent* const entry = readdir(_folder.get());
@@ -49,17 +45,15 @@ std::optional<std::string> FolderWalk::nextName() {
             return std::nullopt;
         }
         const std::string name = static_cast<const char*>(entry->d_name);
-        if (!isFolderItselfOrParent(name)) {
+        if (!isFolderItselfOrParent(name))
             return name;
-        }
     }
 }
 
 std::int64_t FolderWalk::creationTime(const std::string& name) const {
-    struct statx attributes {};
-    if (statx(dirfd(_folder.get()), name.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BTIME | STATX_MTIME, &attributes) != 0) {
+    struct statx attributes{};
+    if (statx(dirfd(_folder.get()), name.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BTIME | STATX_MTIME, &attributes) != 0)
         return 0;
-    }
     return creationTimeOf(attributes);
 }
 

@@ -28,9 +28,8 @@ std::optional<std::string> takeName(std::string_view& line) {
         name = takeQuoted(rest);
     }
     rest = trimmed(rest);
-    if (!name || !rest.starts_with('=')) {
+    if (!name || !rest.starts_with('='))
         return std::nullopt;
-    }
     line = trimmed(rest.substr(1));
     return name;
 }
@@ -59,14 +58,12 @@ std::vector<std::string> joinContinuedLines(const std::vector<std::string>& line
 
 void readValueLine(RegistryKey& key, std::string_view line) {
     const std::optional<std::string> name = takeName(line);
-    if (!name) {
+    if (!name)
         return;
-    }
-    if (line == "-") {
+    if (line == "-")
         key.remove(*name);
-    } else if (std::optional<RegistryValue> value = parseRegistryValue(line)) {
+    else if (std::optional<RegistryValue> value = parseRegistryValue(line))
         key.set(*name, std::move(*value));
-    }
 }
 
 } // namespace
@@ -78,9 +75,8 @@ const RegistryValue* RegistryKey::find(std::string_view name) const {
 
 bool RegistryKey::read(std::string_view name, RegistryType type, void* data, std::size_t size) const {
     const RegistryValue* const value = find(name);
-    if (value == nullptr || value->type != type || value->data.size() > size) {
+    if (value == nullptr || value->type != type || value->data.size() > size)
         return false;
-    }
     std::ranges::copy(value->data, static_cast<std::uint8_t*>(data));
     return true;
 }
@@ -95,9 +91,8 @@ std::string RegistryFile::defaultPath() {
 
 RegistryFile RegistryFile::load(const std::string& path) {
     std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error) || std::filesystem::file_size(path, error) > longestFile) {
+    if (!std::filesystem::is_regular_file(path, error) || std::filesystem::file_size(path, error) > longestFile)
         return {};
-    }
     std::ifstream file(path, std::ios::binary);
     std::ostringstream bytes;
     bytes << file.rdbuf(); // as far as it can be read; an iterator would throw
@@ -107,13 +102,11 @@ RegistryFile RegistryFile::load(const std::string& path) {
 RegistryFile RegistryFile::parse(std::string_view bytes) {
     RegistryFile file;
     std::shared_ptr<RegistryKey> current;
-    for (const std::string& line : joinContinuedLines(registryLines(bytes))) {
-        if (line.starts_with('[')) {
+    for (const std::string& line : joinContinuedLines(registryLines(bytes)))
+        if (line.starts_with('['))
             current = file.enterSection(line);
-        } else if (current) {
+        else if (current)
             readValueLine(*current, line);
-        }
-    }
     return file;
 }
 
@@ -124,9 +117,8 @@ std::shared_ptr<const RegistryKey> RegistryFile::openKey(std::string_view path) 
 
 std::shared_ptr<RegistryKey> RegistryFile::enterSection(std::string_view line) {
     const std::size_t end = line.rfind(']');
-    if (end == std::string_view::npos) {
+    if (end == std::string_view::npos)
         return nullptr;
-    }
     const std::string path = lowered(line.substr(1, end - 1));
     if (path.starts_with('-')) {
         deleteKey(path.substr(1));

@@ -3,8 +3,8 @@
 #include "Platform/Imaging/ImageDecoder.h"
 #include "Platform/Imaging/ImageScaler.h"
 #include "Platform/Imaging/PngEncoder.h"
-#include "Platform/Simulated/Scenario/FileText.h"
 #include "Platform/Simulated/Picture/SceneExposure.h"
+#include "Platform/Simulated/Scenario/FileText.h"
 
 #include <cstdint>
 #include <string>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Imaging/RgbImage.h"
-#include "Platform/Simulated/Scenario/Scenario.h"
 #include "Platform/Simulated/Picture/TestChart.h"
+#include "Platform/Simulated/Scenario/Scenario.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -17,16 +17,16 @@ using Imaging::Colour;
 using Imaging::Point;
 using Imaging::Rectangle;
 
-constexpr Colour Black{0, 0, 0};
-constexpr Colour White{255, 255, 255};
-constexpr Colour Grey{118, 118, 118}; // reflects 18 % of the light, as photographers' grey cards do
-constexpr Colour GridGrey{127, 127, 127};
-constexpr Colour FrameGrey{28, 28, 28};
+constexpr Colour black{0, 0, 0};
+constexpr Colour white{255, 255, 255};
+constexpr Colour grey{118, 118, 118}; // reflects 18 % of the light, as photographers' grey cards do
+constexpr Colour gridGrey{127, 127, 127};
+constexpr Colour frameGrey{28, 28, 28};
 
-constexpr int PatchColumns = 4;
-constexpr int PanelRows = 6;
+constexpr int patchColumns = 4;
+constexpr int panelRows = 6;
 /// Four a row, from the top: skin and earth, landscape, warm and cool, strong, stronger, pale.
-constexpr std::array<Colour, PatchColumns * PanelRows> PatchColours{{
+constexpr std::array<Colour, patchColumns * panelRows> patchColours{{
     {94, 60, 44},    {146, 94, 66},   {203, 152, 126}, {234, 198, 172}, //
     {74, 104, 58},   {98, 138, 184},  {130, 126, 182}, {98, 186, 172},  //
     {220, 126, 44},  {196, 82, 98},   {72, 90, 170},   {86, 56, 108},   //
@@ -35,13 +35,13 @@ constexpr std::array<Colour, PatchColumns * PanelRows> PatchColours{{
     {246, 214, 214}, {246, 240, 206}, {214, 236, 216}, {208, 222, 246}, //
 }};
 
-constexpr int PureColumns = 3;
+constexpr int pureColumns = 3;
 /// The primaries, and below each its complement.
-constexpr std::array<Colour, 6> PureColours{
+constexpr std::array<Colour, 6> pureColours{
     {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {0, 255, 255}, {255, 0, 255}, {255, 255, 0}}};
 
 /// White and twelve steps down of half a stop of light each, in sRGB samples, and black.
-constexpr std::array<std::uint8_t, 14> WedgeSamples{255, 219, 188, 160, 137, 117, 99, 84, 71, 59, 49, 41, 34, 0};
+constexpr std::array<std::uint8_t, 14> wedgeSamples{255, 219, 188, 160, 137, 117, 99, 84, 71, 59, 49, 41, 34, 0};
 
 /// Where things are in a chart of one size.
 struct Layout {
@@ -104,22 +104,22 @@ Rectangle cellOf(const Rectangle& area, int gap, int columns, int column, int ro
 void addPatches(std::vector<ChartPatch>& patches, const Rectangle& panel, int gap, int columns,
                 std::span<const Colour> colours) {
     for (int i = 0; i < static_cast<int>(colours.size()); ++i) {
-        const Rectangle area = cellOf(panel, gap, columns, i % columns, PanelRows, i / columns);
+        const Rectangle area = cellOf(panel, gap, columns, i % columns, panelRows, i / columns);
         if (!area.isEmpty())
             patches.push_back({area, colours[static_cast<std::size_t>(i)]});
     }
 }
 
 Rectangle wedgeStep(const Layout& at, int step) {
-    return cellOf(at.wedge, 0, static_cast<int>(WedgeSamples.size()), step, 1, 0);
+    return cellOf(at.wedge, 0, static_cast<int>(wedgeSamples.size()), step, 1, 0);
 }
 
 std::vector<ChartPatch> patchesOf(const Layout& at) {
     std::vector<ChartPatch> patches;
-    addPatches(patches, at.leftPanel, at.cellGap, PatchColumns, PatchColours);
-    addPatches(patches, at.rightPanel, at.cellGap, PureColumns, PureColours);
-    for (int step = 0; step < static_cast<int>(WedgeSamples.size()); ++step) {
-        const std::uint8_t sample = WedgeSamples[static_cast<std::size_t>(step)];
+    addPatches(patches, at.leftPanel, at.cellGap, patchColumns, patchColours);
+    addPatches(patches, at.rightPanel, at.cellGap, pureColumns, pureColours);
+    for (int step = 0; step < static_cast<int>(wedgeSamples.size()); ++step) {
+        const std::uint8_t sample = wedgeSamples[static_cast<std::size_t>(step)];
         if (const Rectangle area = wedgeStep(at, step); !area.isEmpty())
             patches.push_back({area, {sample, sample, sample}});
     }
@@ -127,15 +127,15 @@ std::vector<ChartPatch> patchesOf(const Layout& at) {
 }
 
 void drawBackground(Canvas& canvas, const Layout& at) {
-    canvas.fill(at.content, Grey);
+    canvas.fill(at.content, grey);
     const int spacing = 2 * at.gap;
     const int lineWidth = std::max(1, at.gap / 24);
     const int centreX = at.content.width / 2;
     const int centreY = static_cast<int>(at.centre.y);
     for (int x = centreX % spacing; x < at.content.width; x += spacing)
-        canvas.fill({x, 0, lineWidth, at.content.height}, GridGrey);
+        canvas.fill({x, 0, lineWidth, at.content.height}, gridGrey);
     for (int y = centreY % spacing; y < at.content.height; y += spacing)
-        canvas.fill({0, y, at.content.width, lineWidth}, GridGrey);
+        canvas.fill({0, y, at.content.width, lineWidth}, gridGrey);
 }
 
 /// Dark frames behind the parts, so that none of their colours runs into the background.
@@ -145,7 +145,7 @@ void drawFrames(Canvas& canvas, const Layout& at) {
         if (!part.isEmpty())
             canvas.fill(
                 {part.x - at.cellGap, part.y - at.cellGap, part.width + 2 * at.cellGap, part.height + 2 * at.cellGap},
-                FrameGrey);
+                frameGrey);
 }
 
 /// Blocks in black and white along the edges, white at both ends of each.
@@ -155,22 +155,22 @@ void drawBorder(Canvas& canvas, const Layout& at) {
     for (int i = 0; i < columns; ++i) {
         const int left = width * i / columns;
         const int length = width * (i + 1) / columns - left;
-        canvas.fill({left, 0, length, at.border}, i % 2 ? Black : White);
-        canvas.fill({left, height - at.border, length, at.border}, i % 2 ? Black : White);
+        canvas.fill({left, 0, length, at.border}, i % 2 ? black : white);
+        canvas.fill({left, height - at.border, length, at.border}, i % 2 ? black : white);
     }
     const int rows = std::max(1, height / at.gap / 2) | 1;
     for (int i = 0; i < rows; ++i) {
         const int top = height * i / rows;
         const int length = height * (i + 1) / rows - top;
-        canvas.fill({0, top, at.border, length}, i % 2 ? Black : White);
-        canvas.fill({width - at.border, top, at.border, length}, i % 2 ? Black : White);
+        canvas.fill({0, top, at.border, length}, i % 2 ? black : white);
+        canvas.fill({width - at.border, top, at.border, length}, i % 2 ? black : white);
     }
 }
 
 void drawGradients(Canvas& canvas, const Layout& at) {
     canvas.fillGradient(
         at.hueBand, {{255, 0, 0}, {255, 255, 0}, {0, 255, 0}, {0, 255, 255}, {0, 0, 255}, {255, 0, 255}, {255, 0, 0}});
-    canvas.fillGradient(at.greyBand, {Black, White});
+    canvas.fillGradient(at.greyBand, {black, white});
 }
 
 /// A cross through the exact centre, as many pixels wide as centres the lines: odd for odd sizes.
@@ -182,8 +182,8 @@ void drawCentreCross(Canvas& canvas, const Layout& at, double length) {
     const int down = thickness + (thickness + height) % 2;
     const int reachX = static_cast<int>(length) * 2 + width % 2;
     const int reachY = static_cast<int>(length) * 2 + height % 2;
-    canvas.fill({(width - across) / 2, (height - reachY) / 2, across, reachY}, Black);
-    canvas.fill({(width - reachX) / 2, (height - down) / 2, reachX, down}, Black);
+    canvas.fill({(width - across) / 2, (height - reachY) / 2, across, reachY}, black);
+    canvas.fill({(width - reachX) / 2, (height - down) / 2, reachX, down}, black);
 }
 
 /// A Siemens star: the finer the detail that a picture keeps, the farther in its spokes are told apart.
@@ -191,16 +191,16 @@ void drawStar(Canvas& canvas, const Layout& at) {
     constexpr int spokes = 36;
     const double ring = std::max(1.0, at.starRadius / 60);
     const double radius = at.starRadius - ring;
-    canvas.fillCircle(at.centre, radius, White);
+    canvas.fillCircle(at.centre, radius, white);
     const auto onCircle = [&](double spoke) {
         const double angle = 2 * std::numbers::pi * spoke / spokes;
         return Point{at.centre.x + radius * std::cos(angle), at.centre.y + radius * std::sin(angle)};
     };
     for (int i = 0; i < spokes; ++i)
-        canvas.fillPolygon({at.centre, onCircle(i - 0.25), onCircle(i), onCircle(i + 0.25)}, Black);
-    canvas.strokeCircle(at.centre, radius + ring / 2, ring, Black);
-    canvas.fillCircle(at.centre, radius * 0.14, White);
-    canvas.strokeCircle(at.centre, radius * 0.14, ring, Black);
+        canvas.fillPolygon({at.centre, onCircle(i - 0.25), onCircle(i), onCircle(i + 0.25)}, black);
+    canvas.strokeCircle(at.centre, radius + ring / 2, ring, black);
+    canvas.fillCircle(at.centre, radius * 0.14, white);
+    canvas.strokeCircle(at.centre, radius * 0.14, ring, black);
     drawCentreCross(canvas, at, radius * 0.09);
 }
 
@@ -223,26 +223,26 @@ void drawGratings(Canvas& canvas, const Layout& at) {
     constexpr int widths = 4;
     constexpr int firstRow = 2;
     for (int line = 1; line <= widths; ++line) {
-        const Rectangle upright = cellOf(at.rightPanel, at.cellGap, widths, line - 1, PanelRows, firstRow);
-        canvas.fill(upright, White);
+        const Rectangle upright = cellOf(at.rightPanel, at.cellGap, widths, line - 1, panelRows, firstRow);
+        canvas.fill(upright, white);
         for (int x = upright.x; x < upright.right(); x += 2 * line)
-            canvas.fill({x, upright.y, std::min(line, upright.right() - x), upright.height}, Black);
-        const Rectangle lying = cellOf(at.rightPanel, at.cellGap, widths, line - 1, PanelRows, firstRow + 1);
-        canvas.fill(lying, White);
+            canvas.fill({x, upright.y, std::min(line, upright.right() - x), upright.height}, black);
+        const Rectangle lying = cellOf(at.rightPanel, at.cellGap, widths, line - 1, panelRows, firstRow + 1);
+        canvas.fill(lying, white);
         for (int y = lying.y; y < lying.bottom(); y += 2 * line)
-            canvas.fill({lying.x, y, lying.width, std::min(line, lying.bottom() - y)}, Black);
-        drawLabel(canvas, lying, std::to_string(line), White, Black);
+            canvas.fill({lying.x, y, lying.width, std::min(line, lying.bottom() - y)}, black);
+        drawLabel(canvas, lying, std::to_string(line), white, black);
     }
 }
 
 /// Rings of equal area, alternately black and white: they get finer towards the edge.
 void drawZonePlate(Canvas& canvas, const Rectangle& cell) {
     constexpr int rings = 32;
-    canvas.fill(cell, White);
+    canvas.fill(cell, white);
     const Point centre{cell.x + cell.width / 2.0, cell.y + cell.height / 2.0};
     const double radius = 0.94 * std::min(cell.width, cell.height) / 2;
     for (int ring = rings; ring > 0; --ring)
-        canvas.fillCircle(centre, radius * std::sqrt(static_cast<double>(ring) / rings), ring % 2 ? White : Black);
+        canvas.fillCircle(centre, radius * std::sqrt(static_cast<double>(ring) / rings), ring % 2 ? white : black);
 }
 
 /// A square turned by five degrees: the edges that sharpness is commonly measured on.
@@ -251,7 +251,7 @@ void drawSlantedSquare(Canvas& canvas, const Rectangle& cell) {
     constexpr double quarterTurn = std::numbers::pi / 2;
     if (cell.isEmpty())
         return;
-    canvas.fill(cell, White);
+    canvas.fill(cell, white);
     const Point centre{cell.x + cell.width / 2.0, cell.y + cell.height / 2.0};
     const double halfDiagonal = 0.45 * std::min(cell.width, cell.height);
     std::vector<Point> corners;
@@ -259,18 +259,18 @@ void drawSlantedSquare(Canvas& canvas, const Rectangle& cell) {
         const double angle = quarterTurn * (corner + 0.5) + tilt;
         corners.push_back({centre.x + halfDiagonal * std::cos(angle), centre.y + halfDiagonal * std::sin(angle)});
     }
-    canvas.fillPolygon(corners, Black);
+    canvas.fillPolygon(corners, black);
 }
 
 void drawPatches(Canvas& canvas, const Layout& at) {
     for (const ChartPatch& patch : patchesOf(at))
         canvas.fill(patch.area, patch.colour);
     // The wedge's whole stops are numbered, below the middles of its steps.
-    for (int step = 0; step + 1 < static_cast<int>(WedgeSamples.size()); step += 2) {
-        const std::uint8_t sample = WedgeSamples[static_cast<std::size_t>(step)];
+    for (int step = 0; step + 1 < static_cast<int>(wedgeSamples.size()); step += 2) {
+        const std::uint8_t sample = wedgeSamples[static_cast<std::size_t>(step)];
         const Rectangle area = wedgeStep(at, step);
         const std::string stops = step ? "-" + std::to_string(step / 2) : "0";
-        drawLabel(canvas, area, stops, sample > 80 ? Black : White, {sample, sample, sample});
+        drawLabel(canvas, area, stops, sample > 80 ? black : white, {sample, sample, sample});
     }
 }
 
@@ -315,8 +315,8 @@ Imaging::RgbImage drawTestChart(std::uint32_t width, std::uint32_t height) {
     drawGradients(canvas, at);
     drawStar(canvas, at);
     drawGratings(canvas, at);
-    drawZonePlate(canvas, cellOf(at.rightPanel, at.cellGap, 2, 0, PanelRows, 4, 2));
-    drawSlantedSquare(canvas, cellOf(at.rightPanel, at.cellGap, 2, 1, PanelRows, 4, 2));
+    drawZonePlate(canvas, cellOf(at.rightPanel, at.cellGap, 2, 0, panelRows, 4, 2));
+    drawSlantedSquare(canvas, cellOf(at.rightPanel, at.cellGap, 2, 1, panelRows, 4, 2));
     drawPatches(canvas, at);
     return canvas.toImage();
 }

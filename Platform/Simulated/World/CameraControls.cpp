@@ -29,7 +29,7 @@ template <typename Definition> void renew(Definition& known, Definition& inForce
 } // namespace
 
 const char* nameOf(OlderControl control) {
-    constexpr std::array<const char*, OlderControls.size()> names{"Exposure", "Focus", "WhiteBalance", "Brightness",
+    constexpr std::array<const char*, olderControls.size()> names{"Exposure", "Focus", "WhiteBalance", "Brightness",
                                                                   "Contrast"};
     return names.at(static_cast<std::size_t>(control));
 }

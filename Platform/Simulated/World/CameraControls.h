@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Interface/MediaDeviceControl.h"
-#include "Platform/Simulated/World/ExposureInForce.h"
 #include "Platform/Simulated/Scenario/Scenario.h"
+#include "Platform/Simulated/World/ExposureInForce.h"
 
 #include <array>
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace Platform::Simulated {
 
 /// The controls of the older generation.
 enum class OlderControl { Exposure, Focus, WhiteBalance, Brightness, Contrast };
-constexpr std::array OlderControls{OlderControl::Exposure, OlderControl::Focus, OlderControl::WhiteBalance,
+constexpr std::array olderControls{OlderControl::Exposure, OlderControl::Focus, OlderControl::WhiteBalance,
                                    OlderControl::Brightness, OlderControl::Contrast};
 
 const char* nameOf(OlderControl control);
@@ -67,7 +67,7 @@ private:
     std::int64_t ticksInForce() const;
 
     mutable std::mutex _mutex; // guards all below
-    std::array<Older, OlderControls.size()> _older;
+    std::array<Older, olderControls.size()> _older;
     ValueControlDefinition _exposureDefinition;
     bool _exposureAuto = false;
     std::optional<std::int64_t> _ticks; // none: those of the exposure in force

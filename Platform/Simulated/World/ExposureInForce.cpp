@@ -22,7 +22,7 @@ double ExposureInForce::now() const {
     if (!_automatic)
         return _from;
     const std::chrono::duration<double> passed = Clock::now() - _since;
-    const double progress = std::min(1.0, passed / MovingTime);
+    const double progress = std::min(1.0, passed / movingTime);
     if (progress >= 1.0 || !std::isfinite(_from))
         return _neutral;
     return _from + (_neutral - _from) * progress;

@@ -11,7 +11,7 @@ public:
     using Clock = std::chrono::steady_clock;
 
     /// How long automatic exposure takes to arrive; less than the second that is promised.
-    static constexpr std::chrono::milliseconds MovingTime{800};
+    static constexpr std::chrono::milliseconds movingTime{800};
 
     /// Sets the exposure; while automatic, the movement begins anew from there.
     void set(double exponent);

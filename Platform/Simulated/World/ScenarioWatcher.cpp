@@ -56,7 +56,7 @@ ScenarioWatcher::~ScenarioWatcher() {
 }
 
 ScenarioWatcher::Version ScenarioWatcher::look() const {
-    struct stat status {};
+    struct stat status{};
     if (::stat(_file.c_str(), &status) != 0)
         return {};
     Version version;

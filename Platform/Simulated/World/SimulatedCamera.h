@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Platform/Shared/Strand.h"
-#include "Platform/Simulated/World/CameraControls.h"
-#include "Platform/Simulated/Scenario/Scenario.h"
 #include "Platform/Simulated/Picture/SceneRenderer.h"
+#include "Platform/Simulated/Scenario/Scenario.h"
+#include "Platform/Simulated/World/CameraControls.h"
 
 #include <cstdint>
 #include <memory>

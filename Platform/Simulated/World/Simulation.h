@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Shared/WorkerPool.h"
-#include "Platform/Simulated/World/Journal.h"
 #include "Platform/Simulated/Scenario/Scenario.h"
+#include "Platform/Simulated/World/Journal.h"
 #include "Platform/Simulated/World/ScenarioObserver.h"
 #include "Platform/Simulated/World/SimulatedCamera.h"
 

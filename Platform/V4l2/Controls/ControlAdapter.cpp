@@ -11,7 +11,7 @@ bool contains(const std::vector<std::int32_t>& values, std::int32_t value) {
 }
 
 /// What is reported for an exposure that only the camera itself can set: 1/16 s, like no exposure control at all.
-constexpr double UnknownExposure = -4.0;
+constexpr double unknownExposure = -4.0;
 
 } // namespace
 
@@ -28,7 +28,7 @@ MediaDeviceControlCapabilities ControlAdapter::capabilities() {
         capabilities.Max = _value->range.max;
         capabilities.Step = std::max(_value->range.step, 1);
     } else if (_mapping.isExposure) {
-        capabilities.Min = capabilities.Max = UnknownExposure;
+        capabilities.Min = capabilities.Max = unknownExposure;
     }
     if (_value && _value->isReadOnly)
         capabilities.Step = 0.0;

@@ -6,11 +6,11 @@
 namespace Platform::V4l2 {
 namespace {
 
-constexpr double UnitsPerSecond = 10'000.0; // of V4L2_CID_EXPOSURE_ABSOLUTE
+constexpr double unitsPerSecond = 10'000.0; // of V4L2_CID_EXPOSURE_ABSOLUTE
 
 // The stops between the shortest and the longest exposure that 32 bits can tell.
-constexpr int ShortestStop = -14;
-constexpr int LongestStop = 17;
+constexpr int shortestStop = -14;
+constexpr int longestStop = 17;
 
 /// Whether a camera that is set to that stop says so afterwards.
 bool canBeSet(int stop, const IntegerRange& range) {
@@ -24,15 +24,15 @@ bool canBeSet(int stop, const IntegerRange& range) {
 
 double ExposureScale::exponentOf(std::int32_t units) {
     // An exposure of nothing is shown as the shortest that the unit has.
-    return std::log2(std::max(units, 1) / UnitsPerSecond);
+    return std::log2(std::max(units, 1) / unitsPerSecond);
 }
 
-double ExposureScale::unitsOf(double exponent) { return std::exp2(exponent) * UnitsPerSecond; }
+double ExposureScale::unitsOf(double exponent) { return std::exp2(exponent) * unitsPerSecond; }
 
 MediaDeviceControlCapabilities ExposureScale::grid(const IntegerRange& range) {
     MediaDeviceControlCapabilities capabilities;
     int count = 0;
-    for (int stop = ShortestStop; stop <= LongestStop; ++stop) {
+    for (int stop = shortestStop; stop <= longestStop; ++stop) {
         if (!canBeSet(stop, range))
             continue;
         capabilities.Max = stop;

@@ -7,7 +7,7 @@ namespace Platform::V4l2 {
 namespace {
 
 /// More than any menu has; ends the walk over one that never ends.
-constexpr std::int32_t LastEntry = 255;
+constexpr std::int32_t lastEntry = 255;
 
 /// What a camera says no with, as far as USB cameras, their firmware and the kernel's own checks go.
 bool isRefusal(int error) {
@@ -77,7 +77,7 @@ std::vector<std::pair<std::int32_t, std::int64_t>> KernelControls::menuNumbers(c
     std::vector<std::pair<std::int32_t, std::int64_t>> numbers;
     if (!control.isMenu)
         return numbers; // a range of plain numbers, which may be any
-    for (std::int32_t index = std::max(control.range.min, 0); index <= std::min(control.range.max, LastEntry);
+    for (std::int32_t index = std::max(control.range.min, 0); index <= std::min(control.range.max, lastEntry);
          ++index) {
         v4l2_querymenu query{};
         query.id = control.id;

@@ -3,8 +3,8 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Shared/RunAsync.h"
-#include "Platform/V4l2/Kernel/DeviceErrors.h"
 #include "Platform/V4l2/Discovery/DeviceIdentity.h"
+#include "Platform/V4l2/Kernel/DeviceErrors.h"
 #include "Platform/V4l2/Kernel/DeviceNode.h"
 
 #include <algorithm>

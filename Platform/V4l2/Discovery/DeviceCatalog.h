@@ -3,8 +3,8 @@
 #include "Platform/Interface/Guid.h"
 #include "Platform/Interface/HresultError.h"
 #include "Platform/Shared/WorkerPool.h"
-#include "Platform/V4l2/Kernel/DeviceLister.h"
 #include "Platform/V4l2/Discovery/NodeDescription.h"
+#include "Platform/V4l2/Kernel/DeviceLister.h"
 #include "Platform/V4l2/Kernel/SystemCalls.h"
 
 #include <chrono>

@@ -11,10 +11,10 @@ namespace Platform::V4l2 {
 namespace {
 
 /// More than any driver lists; ends the walk over a list that never ends.
-constexpr std::uint32_t MaxListed = 512;
+constexpr std::uint32_t maxListed = 512;
 
 /// Where nobody tells the rate: what nearly every camera does.
-constexpr double UsualRate = 30.0;
+constexpr double usualRate = 30.0;
 
 struct Size {
     std::uint32_t width;
@@ -22,18 +22,18 @@ struct Size {
 };
 
 /// The sizes offered where a camera can scale to any.
-constexpr std::array CommonSizes = {Size{320, 240},   Size{640, 480},   Size{800, 600},   Size{1024, 768},
+constexpr std::array commonSizes = {Size{320, 240},   Size{640, 480},   Size{800, 600},   Size{1024, 768},
                                     Size{1280, 720},  Size{1280, 960},  Size{1920, 1080}, Size{1600, 1200},
                                     Size{2560, 1440}, Size{2592, 1944}, Size{3840, 2160}, Size{4096, 3072}};
 
 /// The rates offered where a camera can do any, frames a second.
-constexpr std::array<std::uint32_t, 7> CommonRates = {5, 10, 15, 20, 25, 30, 60};
+constexpr std::array<std::uint32_t, 7> commonRates = {5, 10, 15, 20, 25, 30, 60};
 
 /// Walks one of the kernel's lists from index 0, until `take` returns false or to its regular end, EINVAL.
 /// Lists that not every driver has may lack.
 template <typename Entry, typename Take>
 void walk(DeviceNode& node, const char* name, unsigned long request, Entry entry, bool mayLack, Take take) {
-    for (entry.index = 0; entry.index < MaxListed; ++entry.index) {
+    for (entry.index = 0; entry.index < maxListed; ++entry.index) {
         Entry current = entry;
         const int error = node.tryControl(request, current);
         if (error == EINVAL || (error == ENOTTY && mayLack))
@@ -56,13 +56,13 @@ std::uint32_t largestOf(std::uint32_t min, std::uint32_t max, std::uint32_t step
 
 /// Whether a frame of that size can be turned into a picture.
 bool isUsable(const Size& size) {
-    return size.width > 0 && size.height > 0 && size.width <= Imaging::MaxImageSide &&
-           size.height <= Imaging::MaxImageSide && std::uint64_t{size.width} * size.height <= Imaging::MaxImagePixels;
+    return size.width > 0 && size.height > 0 && size.width <= Imaging::maxImageSide &&
+           size.height <= Imaging::maxImageSide && std::uint64_t{size.width} * size.height <= Imaging::maxImagePixels;
 }
 
 std::vector<Size> sizesWithin(const v4l2_frmsize_stepwise& range) {
     std::vector<Size> sizes;
-    for (const Size& size : CommonSizes)
+    for (const Size& size : commonSizes)
         if (fits(size.width, range.min_width, range.max_width, range.step_width) &&
             fits(size.height, range.min_height, range.max_height, range.step_height))
             sizes.push_back(size);
@@ -86,7 +86,7 @@ std::vector<v4l2_fract> intervalsWithin(const v4l2_frmival_stepwise& range) {
     if (!isKnown(range.min) || !isKnown(range.max))
         return {};
     std::vector<v4l2_fract> intervals{range.max};
-    for (const std::uint32_t rate : CommonRates)
+    for (const std::uint32_t rate : commonRates)
         if (1.0 / rate > seconds(range.min) && 1.0 / rate < seconds(range.max))
             intervals.push_back({1, rate});
     if (seconds(range.min) < seconds(range.max))
@@ -173,7 +173,7 @@ private:
 
 } // namespace
 
-double StreamFormat::frameRate() const { return isKnown(interval) ? 1.0 / seconds(interval) : UsualRate; }
+double StreamFormat::frameRate() const { return isKnown(interval) ? 1.0 / seconds(interval) : usualRate; }
 
 FormatList listFormats(DeviceNode& node, v4l2_buf_type type) { return Lister(node, type).list(); }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/V4l2/Kernel/DeviceNode.h"
 #include "Platform/V4l2/Discovery/PixelFormats.h"
+#include "Platform/V4l2/Kernel/DeviceNode.h"
 
 #include <cstdint>
 #include <vector>

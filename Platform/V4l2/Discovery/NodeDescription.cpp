@@ -3,12 +3,12 @@
 namespace Platform::V4l2 {
 namespace {
 
-constexpr std::uint32_t Capture = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_CAPTURE_MPLANE;
-constexpr std::uint32_t NoCamera = V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_VIDEO_OUTPUT_MPLANE | V4L2_CAP_VIDEO_M2M |
+constexpr std::uint32_t capture = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_CAPTURE_MPLANE;
+constexpr std::uint32_t noCamera = V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_VIDEO_OUTPUT_MPLANE | V4L2_CAP_VIDEO_M2M |
                                    V4L2_CAP_VIDEO_M2M_MPLANE | V4L2_CAP_TOUCH | V4L2_CAP_IO_MC;
 
 bool isCamera(std::uint32_t capabilities) {
-    return (capabilities & Capture) != 0 && (capabilities & V4L2_CAP_STREAMING) != 0 && (capabilities & NoCamera) == 0;
+    return (capabilities & capture) != 0 && (capabilities & V4L2_CAP_STREAMING) != 0 && (capabilities & noCamera) == 0;
 }
 
 /// Infrared or Depth where all formats are; Custom where no format is of use.

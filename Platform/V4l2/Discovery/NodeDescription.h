@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/V4l2/Kernel/DeviceNode.h"
 #include "Platform/V4l2/Discovery/FormatList.h"
+#include "Platform/V4l2/Kernel/DeviceNode.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -12,21 +12,21 @@
 namespace Platform::V4l2 {
 namespace {
 
-constexpr const char* Subsystem = "video4linux";
+constexpr const char* subsystem = "video4linux";
 
 bool udevRuns() { return access("/run/udev/control", F_OK) == 0; }
 
 UdevHandle<udev> newContext() {
     UdevHandle<udev> context(udev_new());
     if (!context)
-        throw Shared::errnoError("udev_new", Subsystem, ENOMEM);
+        throw Shared::errnoError("udev_new", subsystem, ENOMEM);
     return context;
 }
 
 /// An error of one device, which may have gone meanwhile, is not one of the whole list.
 void requireMeans(const char* operation, int error) {
     if (error == EMFILE || error == ENFILE || error == ENOMEM)
-        throw Shared::errnoError(operation, Subsystem, error);
+        throw Shared::errnoError(operation, subsystem, error);
 }
 
 class UdevMonitor final : public DeviceMonitor {
@@ -34,9 +34,9 @@ public:
     UdevMonitor() : _context(newContext()) {
         _monitor.reset(udev_monitor_new_from_netlink(_context.get(), udevRuns() ? "udev" : "kernel"));
         if (!_monitor)
-            throw Shared::errnoError("udev_monitor_new_from_netlink", Subsystem, errno);
+            throw Shared::errnoError("udev_monitor_new_from_netlink", subsystem, errno);
         require("udev_monitor_filter_add_match_subsystem_devtype",
-                udev_monitor_filter_add_match_subsystem_devtype(_monitor.get(), Subsystem, nullptr));
+                udev_monitor_filter_add_match_subsystem_devtype(_monitor.get(), subsystem, nullptr));
         require("udev_monitor_enable_receiving", udev_monitor_enable_receiving(_monitor.get()));
     }
 
@@ -54,7 +54,7 @@ public:
 private:
     static void require(const char* operation, int result) {
         if (result < 0)
-            throw Shared::errnoError(operation, Subsystem, -result);
+            throw Shared::errnoError(operation, subsystem, -result);
     }
 
     const UdevHandle<udev> _context;
@@ -68,8 +68,8 @@ public:
         const UdevHandle<udev> context = newContext();
         const UdevHandle<udev_enumerate> enumeration(udev_enumerate_new(context.get()));
         if (!enumeration)
-            throw Shared::errnoError("udev_enumerate_new", Subsystem, ENOMEM);
-        udev_enumerate_add_match_subsystem(enumeration.get(), Subsystem);
+            throw Shared::errnoError("udev_enumerate_new", subsystem, ENOMEM);
+        udev_enumerate_add_match_subsystem(enumeration.get(), subsystem);
         // Before udev has done its part a node has not got its permissions.
         if (udevRuns())
             udev_enumerate_add_match_is_initialized(enumeration.get());

@@ -9,7 +9,7 @@ namespace Platform::V4l2 {
 namespace {
 
 /// One being filled, one waiting to be filled, one being looked at, one to spare.
-constexpr std::uint32_t WantedBuffers = 4;
+constexpr std::uint32_t wantedBuffers = 4;
 
 } // namespace
 
@@ -45,7 +45,7 @@ std::size_t BufferDescription::dataOffset(std::size_t plane) const {
 
 FrameBuffers::Reservation::Reservation(DeviceNode& node, v4l2_buf_type type) : _node(node), _type(type) {
     v4l2_requestbuffers request{};
-    request.count = WantedBuffers;
+    request.count = wantedBuffers;
     request.type = type;
     request.memory = V4L2_MEMORY_MMAP;
     node.control("VIDIOC_REQBUFS", VIDIOC_REQBUFS, request);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Imaging/FrameFormat.h"
-#include "Platform/V4l2/Kernel/DeviceNode.h"
 #include "Platform/V4l2/Discovery/PixelFormats.h"
+#include "Platform/V4l2/Kernel/DeviceNode.h"
 
 namespace Platform::V4l2 {
 

@@ -4,23 +4,23 @@ namespace Platform::V4l2 {
 namespace {
 
 // The frame that is being exposed while its predecessor is read out.
-constexpr unsigned Overlap = 1;
+constexpr unsigned overlap = 1;
 // Frames that wait within the camera: for its image processor and for its encoder or its USB buffer.
-constexpr unsigned UsbPipeline = 2;
-constexpr unsigned SensorPipeline = 1;
+constexpr unsigned usbPipeline = 2;
+constexpr unsigned sensorPipeline = 1;
 // A sensor takes a new setting over at the start of a frame, for the exposure of the next one.
-constexpr unsigned Latch = 1;
+constexpr unsigned latch = 1;
 // The firmware of a USB camera hands a setting on when it gets to it: at its next frame, at times one later.
-constexpr unsigned Firmware = 2;
+constexpr unsigned firmware = 2;
 // A kernel driver writes to the sensor at once, but that may miss the start of a frame.
-constexpr unsigned MissedStart = 1;
+constexpr unsigned missedStart = 1;
 
-constexpr FreshnessRule UsbCamera{Overlap + UsbPipeline, Overlap + UsbPipeline + Latch + Firmware};
-constexpr FreshnessRule SensorOnBoard{Overlap + SensorPipeline, Overlap + SensorPipeline + Latch + MissedStart};
+constexpr FreshnessRule usbCamera{overlap + usbPipeline, overlap + usbPipeline + latch + firmware};
+constexpr FreshnessRule sensorOnBoard{overlap + sensorPipeline, overlap + sensorPipeline + latch + missedStart};
 
 } // namespace
 
-FreshnessRule freshnessRuleFor(const std::string& bus) { return bus.starts_with("usb-") ? UsbCamera : SensorOnBoard; }
+FreshnessRule freshnessRuleFor(const std::string& bus) { return bus.starts_with("usb-") ? usbCamera : sensorOnBoard; }
 
 void FramesSince::count(const FrameTime& frame) {
     if (frame.stamp.value_or(frame.arrival) <= _moment)

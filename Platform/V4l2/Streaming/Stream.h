@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Platform/Imaging/FrameFormat.h"
+#include "Platform/V4l2/Discovery/NodeDescription.h"
 #include "Platform/V4l2/Streaming/FrameBuffers.h"
 #include "Platform/V4l2/Streaming/Freshness.h"
-#include "Platform/V4l2/Discovery/NodeDescription.h"
 
 #include <optional>
 #include <vector>

@@ -261,29 +261,21 @@ TEST(FrameConverterJpeg, GivesThePictureOfTheFile) {
 
 TEST(FrameConverterJpeg, RefusesAnotherSizeThanTheStreams) {
     const Bytes file = writeJpeg(smoothPicture(32, 24), TJSAMP_444);
-    EXPECT_EQ(raisedBy([&] {
-                  convertFrame({FrameFormat::Jpeg, 24, 32}, file);
-              }),
+    EXPECT_EQ(raisedBy([&] { convertFrame({FrameFormat::Jpeg, 24, 32}, file); }),
               "80004005 Frame: the JPEG has another size than the stream");
 }
 
 TEST(FrameConverterLimits, RefusesASizeOfNothingAndOneBeyondTheLimits) {
     const Bytes bytes(16);
-    EXPECT_EQ(raisedBy([&] {
-                  convertFrame({FrameFormat::Grey, 0, 4, {4}}, bytes);
-              }),
+    EXPECT_EQ(raisedBy([&] { convertFrame({FrameFormat::Grey, 0, 4, {4}}, bytes); }),
               "80070057 Frame: a picture of 0x4 is not supported");
-    EXPECT_EQ(raisedBy([&] {
-                  convertFrame({FrameFormat::Grey, 40000, 1, {40000}}, bytes);
-              }),
+    EXPECT_EQ(raisedBy([&] { convertFrame({FrameFormat::Grey, 40000, 1, {40000}}, bytes); }),
               "80070057 Frame: a picture of 40000x1 is not supported");
 }
 
 TEST(FrameConverterLimits, RefusesAMosaicOfOneRow) {
     const Bytes bytes(16);
-    EXPECT_EQ(raisedBy([&] {
-                  convertFrame({FrameFormat::BayerRg8, 4, 1, {4}}, bytes);
-              }),
+    EXPECT_EQ(raisedBy([&] { convertFrame({FrameFormat::BayerRg8, 4, 1, {4}}, bytes); }),
               "80070057 Frame: a mosaic has at least two pixels by two");
 }
 

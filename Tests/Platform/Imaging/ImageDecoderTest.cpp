@@ -201,7 +201,7 @@ TEST(ImageDecoder, RefusesSizesBeyondTheLimits) {
     EXPECT_EQ(raisedBy([] { decodeImage(jpegOfClaimedSize(65500, 65500)); }),
               "80070057 JPEG: a picture of 65500x65500 is not supported");
     EXPECT_THAT(raisedBy([] { decodeImage(pngOfClaimedSize(0, 5)); }), StartsWith("80004005 PNG: "));
-    EXPECT_EQ(decodeImageSize(pngOfClaimedSize(MaxImageSide, 3051)).width, MaxImageSide);
+    EXPECT_EQ(decodeImageSize(pngOfClaimedSize(maxImageSide, 3051)).width, maxImageSide);
 }
 
 TEST(ImageDecoder, RefusesPngThatEndsEarlyAnywhere) {

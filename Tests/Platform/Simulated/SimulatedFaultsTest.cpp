@@ -57,11 +57,7 @@ const std::map<std::string, FaultyOperation>& operations() {
         {"MediaFrameSourceGroup.FromIdAsync",
          {"group", [](Objects& o) { blockingWait(o.platform->FromIdAsync(u"G")); }, 0}},
         {"MediaCapture.InitializeAsync",
-         {"camera",
-          [](Objects& o) {
-              blockingWait(o.fresh->InitializeAsync({o.group, {}, {}}));
-          },
-          1}},
+         {"camera", [](Objects& o) { blockingWait(o.fresh->InitializeAsync({o.group, {}, {}})); }, 1}},
         {"MediaCapture.FrameSources", {"camera", [](Objects& o) { o.capture->FrameSources(); }, 1}},
         {"MediaFrameSource.SetFormatAsync",
          {"camera", [](Objects& o) { blockingWait(o.source->SetFormatAsync(o.source->SupportedFormats().GetAt(0))); },

@@ -1,8 +1,8 @@
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 #include "Tests/Platform/Interface/PlatformContract.h"
-#include "Tests/Support/ScenarioFile.h"
 #include "Tests/Platform/Simulated/SimulatedFixture.h"
+#include "Tests/Support/ScenarioFile.h"
 
 #include <memory>
 #include <string>

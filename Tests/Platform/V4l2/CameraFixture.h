@@ -4,9 +4,9 @@
 #include "Platform/Interface/CameraPlatform.h"
 #include "Platform/Interface/InMemoryRandomAccessStream.h"
 #include "Platform/V4l2/V4l2Platform.h"
-#include "Tests/Support/RaisedError.h"
 #include "Tests/Platform/V4l2/FakeKernel/FakeDriver.h"
 #include "Tests/Platform/V4l2/FakeKernel/FakeLister.h"
+#include "Tests/Support/RaisedError.h"
 
 #include <gtest/gtest.h>
 
@@ -61,8 +61,8 @@ protected:
 
     const std::shared_ptr<FakeDriver> driver = std::make_shared<FakeDriver>();
     const std::shared_ptr<FakeLister> lister = std::make_shared<FakeLister>();
-    CameraLimits limits{std::chrono::milliseconds(1000), std::chrono::milliseconds(3000),
-                        std::chrono::milliseconds(20), std::chrono::milliseconds(1000)};
+    CameraLimits limits{std::chrono::milliseconds(1000), std::chrono::milliseconds(3000), std::chrono::milliseconds(20),
+                        std::chrono::milliseconds(1000)};
     std::shared_ptr<CameraPlatform> platform;
 };
 

@@ -147,9 +147,7 @@ TEST_F(V4l2MediaCaptureTest, StillsAreOnlyWrittenAsPngIntoAStream) {
 
 TEST_F(V4l2MediaCaptureTest, AFormatThatIsNotThereIsRefused) {
     const auto capture = open();
-    EXPECT_EQ(raisedBy([&] {
-                  blockingWait(sourceOf(capture)->SetFormatAsync({77, 1, 1, 1.0, u""}));
-              }),
+    EXPECT_EQ(raisedBy([&] { blockingWait(sourceOf(capture)->SetFormatAsync({77, 1, 1, 1.0, u""})); }),
               "80070057 VIDIOC_S_FMT on /dev/video0: the camera has no format 77");
 }
 

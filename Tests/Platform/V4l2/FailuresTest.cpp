@@ -1,6 +1,6 @@
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Platform/V4l2/Kernel/DeviceErrors.h"
 #include "Platform/V4l2/Discovery/DeviceIdentity.h"
+#include "Platform/V4l2/Kernel/DeviceErrors.h"
 #include "Tests/Platform/V4l2/CameraFixture.h"
 
 #include <linux/videodev2.h>

@@ -23,19 +23,18 @@ constexpr std::uint8_t DisabledByAutomatic = 4;
 } // namespace
 
 Controls::Controls(const CameraModel& model, Sensor& sensor, Script& script)
-    : _sensor(sensor),
-      _script(script), _controls{
-                           {"exposure_auto", Number::CameraTerminal, 2, 1, 0, 0, Manual | AperturePriority,
-                            AperturePriority, AperturePriority},
-                           {"exposure", Number::CameraTerminal, 4, 4, model.exposureMin, model.exposureMax, 1, 250,
-                            250},
-                           {"focus", Number::CameraTerminal, 6, 2, 0, 250, 5, 0, 0},
-                           {"focus_auto", Number::CameraTerminal, 8, 1, 0, 1, 1, 1, 1},
-                           {"brightness", Number::ProcessingUnit, 2, 2, 0, 255, 1, 128, 128},
-                           {"contrast", Number::ProcessingUnit, 3, 2, 0, 255, 1, 32, 32},
-                           {"white_balance", Number::ProcessingUnit, 10, 2, 2800, 6500, 10, 4600, 4600},
-                           {"white_balance_auto", Number::ProcessingUnit, 11, 1, 0, 1, 1, 1, 1},
-                       } {}
+    : _sensor(sensor), _script(script),
+      _controls{
+          {"exposure_auto", Number::CameraTerminal, 2, 1, 0, 0, Manual | AperturePriority, AperturePriority,
+           AperturePriority},
+          {"exposure", Number::CameraTerminal, 4, 4, model.exposureMin, model.exposureMax, 1, 250, 250},
+          {"focus", Number::CameraTerminal, 6, 2, 0, 250, 5, 0, 0},
+          {"focus_auto", Number::CameraTerminal, 8, 1, 0, 1, 1, 1, 1},
+          {"brightness", Number::ProcessingUnit, 2, 2, 0, 255, 1, 128, 128},
+          {"contrast", Number::ProcessingUnit, 3, 2, 0, 255, 1, 32, 32},
+          {"white_balance", Number::ProcessingUnit, 10, 2, 2800, 6500, 10, 4600, 4600},
+          {"white_balance_auto", Number::ProcessingUnit, 11, 1, 0, 1, 1, 1, 1},
+      } {}
 
 Controls::Control* Controls::find(std::uint8_t unit, std::uint8_t selector) {
     const auto found = std::find_if(_controls.begin(), _controls.end(), [&](const Control& control) {

@@ -138,9 +138,7 @@ TEST_F(MakeAndModel, AFailedLookupRaisesThePlatformsError) {
 
 TEST_F(MakeAndModel, APropertyOfAnotherTypeRaises) {
     EXPECT_EQ(errorOf([&] { find({{inNode.first, containerId}}); }).code(), winrt::result::noInterface);
-    EXPECT_EQ(errorOf([&] {
-                  find({{inContainer.first, std::u16string(u"text")}});
-              }).code(),
+    EXPECT_EQ(errorOf([&] { find({{inContainer.first, std::u16string(u"text")}}); }).code(),
               winrt::result::noInterface);
     EXPECT_TRUE(calls().empty());
 }

@@ -2,10 +2,10 @@
 
 #include "Platform/Interface/MediaCapture.h"
 #include "Services/CameraTestDriver/DriverConnection.h"
+#include "Tests/Services/CameraTestDriver/TypedConsole.h"
 #include "Tests/Support/FakeClock.h"
 #include "Tests/Support/RaisedError.h"
 #include "Tests/Support/ScenarioFile.h"
-#include "Tests/Services/CameraTestDriver/TypedConsole.h"
 
 #include <gtest/gtest.h>
 

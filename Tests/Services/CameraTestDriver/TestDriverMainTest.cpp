@@ -1,9 +1,9 @@
 #include "Services/CameraTestDriver/TestDriverMain.h"
 
 #include "Services/CameraTestDriver/Images.h"
-#include "Tests/Support/ChildProcess.h"
 #include "Tests/Services/CameraTestDriver/BarrenPlatform.h"
 #include "Tests/Services/CameraTestDriver/DriverFixture.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <sys/mount.h>
 

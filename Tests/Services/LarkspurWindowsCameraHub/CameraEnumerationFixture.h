@@ -4,8 +4,8 @@
 #include "Platform/Shared/DeviceInformationValue.h"
 #include "Services/LarkspurWindowsCameraHub/CameraEnumeration.h"
 #include "Services/LarkspurWindowsCameraHub/PavoCameraClient.h"
-#include "Tests/Support/AlteredPlatform.h"
 #include "Tests/Services/LarkspurWindowsCameraHub/ScriptedWatcher.h"
+#include "Tests/Support/AlteredPlatform.h"
 #include "Tests/Support/SimulatedHub.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 #include "Services/LarkspurWindowsCameraHub/PavoCameraClient.h"
+
 #include "Tests/Support/LogRecorder.h"
 
 #include <gtest/gtest.h>
@@ -37,10 +38,14 @@ TEST_F(PavoCameraClientTest, VersionAnswersTheApplicationsVersion) {
 }
 
 TEST_F(PavoCameraClientTest, TheIdComesBackUnchanged) {
-    EXPECT_EQ(reply(R"({"id":1.5,"method":"camera:version"})"), "{\"id\":1.50,\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
-    EXPECT_EQ(reply(R"({"id":"x","method":"camera:version"})"), "{\"id\":\"x\",\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
-    EXPECT_EQ(reply(R"({"id":null,"method":"camera:version"})"), "{\"id\":null,\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
-    EXPECT_EQ(reply(R"({"id":[1],"method":"camera:version"})"), "{\"id\":[1],\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
+    EXPECT_EQ(reply(R"({"id":1.5,"method":"camera:version"})"),
+              "{\"id\":1.50,\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
+    EXPECT_EQ(reply(R"({"id":"x","method":"camera:version"})"),
+              "{\"id\":\"x\",\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
+    EXPECT_EQ(reply(R"({"id":null,"method":"camera:version"})"),
+              "{\"id\":null,\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
+    EXPECT_EQ(reply(R"({"id":[1],"method":"camera:version"})"),
+              "{\"id\":[1],\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
     EXPECT_EQ(reply(R"({"id":{"b":2,"a":1},"method":"camera:version"})"),
               "{\"id\":{\"a\":1,\"b\":2},\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n");
 }
@@ -79,7 +84,8 @@ TEST_F(PavoCameraClientTest, AMissingMethodIsTheUnknownMethodWithoutAName) {
 }
 
 TEST_F(PavoCameraClientTest, AnArrayOrNullAtTheRootHasNeitherIdNorMethod) {
-    const std::string expected = "{\"error\":{\"message\":\"Method not supported: \"},\"id\":null,\"jsonrpc\":\"2.0\"}\n";
+    const std::string expected =
+        "{\"error\":{\"message\":\"Method not supported: \"},\"id\":null,\"jsonrpc\":\"2.0\"}\n";
     EXPECT_EQ(reply("[]"), expected);
     EXPECT_EQ(reply(R"([{"method":"camera:version"}])"), expected);
     EXPECT_EQ(reply("null"), expected);
@@ -182,16 +188,16 @@ TEST_F(PavoCameraClientTest, AParseFailureIsLoggedWithTheMessageAndTheParsersRep
     const auto records = log.records();
     ASSERT_EQ(records.size(), 4u);
     EXPECT_EQ(records[2].level, "ERROR");
-    EXPECT_EQ(records[2].message, "<-- Error parsing [hello]:* Line 1, Column 1\n  Syntax error: value, object or array expected.\n");
+    EXPECT_EQ(records[2].message,
+              "<-- Error parsing [hello]:* Line 1, Column 1\n  Syntax error: value, object or array expected.\n");
 }
 
 TEST_F(PavoCameraClientTest, AMessageIsLoggedOnItsWayInAndOut) {
     LogRecorder log(communication);
     reply(R"({"id":1,"method":"camera:version"})");
-    EXPECT_EQ(log.messages(),
-              (std::vector<std::string>{"--> {\"id\":1,\"method\":\"camera:version\"}", "parsing...",
-                                        "handling method -- camera:version",
-                                        "<-- {\"id\":1,\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n"}));
+    EXPECT_EQ(log.messages(), (std::vector<std::string>{"--> {\"id\":1,\"method\":\"camera:version\"}", "parsing...",
+                                                        "handling method -- camera:version",
+                                                        "<-- {\"id\":1,\"jsonrpc\":\"2.0\",\"result\":\"2.9\"}\n"}));
     for (const LogRecord& record : log.records()) {
         EXPECT_EQ(record.level, "DEBUG");
         EXPECT_EQ(record.logger, communication);

@@ -1,6 +1,6 @@
 #include "Services/LarkspurWindowsCameraHub/CameraHelper.h"
-#include "Tests/Support/LogRecorder.h"
 #include "Tests/Services/LarkspurWindowsCameraHub/FakeSourceInfo.h"
+#include "Tests/Support/LogRecorder.h"
 
 #include <gtest/gtest.h>
 

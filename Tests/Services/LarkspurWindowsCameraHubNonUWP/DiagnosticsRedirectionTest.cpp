@@ -18,9 +18,8 @@ protected:
 
     std::set<std::string> logFilesOf(const std::filesystem::path& run) const {
         std::set<std::string> files;
-        for (const char* const file : {"DEFAULT.log", "DEVICE.log", "PRODUCT.log", "TIMING.log"}) {
+        for (const char* const file : {"DEFAULT.log", "DEVICE.log", "PRODUCT.log", "TIMING.log"})
             files.insert(run / "logs" / file);
-        }
         return files;
     }
 };
@@ -54,9 +53,8 @@ TEST_F(DiagnosticsRedirection, AFailureLeavesNoObjectUntilTheCallerMakesOne) {
 }
 
 TEST_F(DiagnosticsRedirection, PrunesOnTheWayBack) {
-    for (int number = 10; number < 22; ++number) {
+    for (int number = 10; number < 22; ++number)
         makeRunFolder("2020-01-01_00-00-" + std::to_string(number));
-    }
     ASSERT_TRUE(redirectTo(makeRedirectFolder("mine")));
     EXPECT_EQ(runNames().size(), 12U);
     ASSERT_TRUE(initialize());

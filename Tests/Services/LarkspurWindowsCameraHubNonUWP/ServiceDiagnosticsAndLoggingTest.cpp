@@ -23,9 +23,8 @@ protected:
 
     static std::size_t consolesOf(const log4cxx::LoggerPtr& logger) {
         std::size_t consoles = 0;
-        for (const log4cxx::AppenderPtr& appender : logger->getAllAppenders()) {
+        for (const log4cxx::AppenderPtr& appender : logger->getAllAppenders())
             consoles += std::dynamic_pointer_cast<log4cxx::ConsoleAppender>(appender) ? 1 : 0;
-        }
         return consoles;
     }
 };
@@ -49,7 +48,7 @@ TEST_F(ServiceDiagnosticsAndLogging, AStartMakesACrashFolderAndSaysThatTheConsol
 
 TEST_F(ServiceDiagnosticsAndLogging, CrashHandlersAreInPlaceBetweenStartAndEnd) {
     const auto handlerOfSegv = [] {
-        struct sigaction action {};
+        struct sigaction action{};
         sigaction(SIGSEGV, nullptr, &action);
         return action.sa_sigaction;
     };
@@ -147,9 +146,8 @@ TEST_F(ServiceDiagnosticsAndLogging, AStartAfterOneThatWasKilledWorks) {
     for (int kill = 0; kill < 5; ++kill) {
         const int result = runInChild([kill] {
             initialize();
-            for (int line = 0; line < kill * 10; ++line) {
+            for (int line = 0; line < kill * 10; ++line)
                 LOG4CXX_INFO(serviceLogger(), "a line");
-            }
             raise(SIGKILL);
         });
         EXPECT_EQ(result, -SIGKILL);

@@ -29,9 +29,8 @@ AlternateStack::AlternateStack() noexcept {
     const std::size_t guard = pageSize();
     const std::size_t size = guard + stackSize();
     void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
-    if (memory == MAP_FAILED) {
+    if (memory == MAP_FAILED)
         return;
-    }
     stack_t stack{};
     stack.ss_sp = static_cast<char*>(memory) + guard;
     stack.ss_size = size - guard;
@@ -44,13 +43,11 @@ AlternateStack::AlternateStack() noexcept {
 }
 
 AlternateStack::~AlternateStack() {
-    if (_memory == nullptr) {
+    if (_memory == nullptr)
         return;
-    }
     stack_t current{};
-    if (sigaltstack(nullptr, &current) == 0 && current.ss_sp == static_cast<char*>(_memory) + pageSize()) {
+    if (sigaltstack(nullptr, &current) == 0 && current.ss_sp == static_cast<char*>(_memory) + pageSize())
         sigaltstack(&_previous, nullptr);
-    }
     munmap(_memory, _size);
 }
 

@@ -18,10 +18,10 @@ namespace {
 constexpr long waitBeyondHelperInMs = 5000; // for the writing itself
 
 enum class Claim {
-    first,   ///< this thread records
-    again,   ///< this thread is at it already and has crashed in doing so
-    late,    ///< another thread is at it
-    notOurs, ///< not installed (any more), or a forked child
+    First,   ///< this thread records
+    Again,   ///< this thread is at it already and has crashed in doing so
+    Late,    ///< another thread is at it
+    NotOurs, ///< not installed (any more), or a forked child
 };
 
 bool isOurs(const struct sigaction& action) noexcept {
@@ -30,54 +30,50 @@ bool isOurs(const struct sigaction& action) noexcept {
 
 Claim claimCrash(CrashSite& site) noexcept {
     // In a child of vfork() this is the parent's memory: nothing may be written before this test.
-    if (!site.installed || getpid() != site.process) {
-        return Claim::notOurs;
-    }
+    if (!site.installed || getpid() != site.process)
+        return Claim::NotOurs;
     pid_t none = 0;
     const pid_t self = threadId();
-    if (site.crashingThread.compare_exchange_strong(none, self)) {
-        return Claim::first;
-    }
-    return none == self ? Claim::again : Claim::late;
+    if (site.crashingThread.compare_exchange_strong(none, self))
+        return Claim::First;
+    return none == self ? Claim::Again : Claim::Late;
 }
 
 /// The other thread ends the process. Bounded all the same, in case it can't.
 void waitForTheOtherThread(const CrashSite& site) noexcept {
     constexpr long napInMs = 10;
     const std::timespec nap{0, napInMs * 1'000'000};
-    for (long waited = 0; waited < site.helperTimeLimitInMs + waitBeyondHelperInMs; waited += napInMs) {
+    for (long waited = 0; waited < site.helperTimeLimitInMs + waitBeyondHelperInMs; waited += napInMs)
         nanosleep(&nap, nullptr);
-    }
 }
 
 void record(CrashSite& site, const siginfo_t* info, const ExceptionText* exception,
             const ucontext_t& context) noexcept {
     CrashReason reason{info, exception, &context, {}};
     clock_gettime(CLOCK_REALTIME, &reason.time);
-    site.stage = CrashStage::recording;
+    site.stage = CrashStage::Recording;
     site.reserved.release();
     recordCrash(site, reason);
     restorePreviousActions(site);
-    site.stage = CrashStage::recorded;
+    site.stage = CrashStage::Recorded;
 }
 
 /// The signal comes once more as soon as the handler returns, at the very instruction and with the very
 /// information of the first time, and meets the disposition that stood before the install.
 void raiseAgain(int number, siginfo_t* info) noexcept {
-    if (syscall(SYS_rt_tgsigqueueinfo, getpid(), threadId(), number, info) != 0) {
+    if (syscall(SYS_rt_tgsigqueueinfo, getpid(), threadId(), number, info) != 0)
         syscall(SYS_tgkill, getpid(), threadId(), number);
-    }
 }
 
 void endBySignal(int number) noexcept {
-    struct sigaction byDefault {};
+    struct sigaction byDefault{};
     byDefault.sa_handler = SIG_DFL;
     sigaction(number, &byDefault, nullptr);
 }
 
 /// A text may be asked of anybody's code, with any lock held and a heap that may be broken.
 void describeException(CrashSite& site) noexcept {
-    site.stage = CrashStage::describing;
+    site.stage = CrashStage::Describing;
     const HangAlarm alarm(site.helperTimeLimitInMs);
     describeCurrentException(site.exception, site.describeException);
 }
@@ -99,21 +95,20 @@ void onCrashSignal(int number, siginfo_t* info, void* context) noexcept {
     const int savedErrno = errno;
     CrashSite& site = crashSite();
     switch (claimCrash(site)) {
-    case Claim::first:
+    case Claim::First:
         record(site, info, nullptr, *static_cast<const ucontext_t*>(context));
         break;
-    case Claim::again:
-        if (site.stage == CrashStage::describing) {
+    case Claim::Again:
+        if (site.stage == CrashStage::Describing)
             record(site, info, &site.exception, *static_cast<const ucontext_t*>(context));
-        } else {
+        else
             endBySignal(number);
-        }
         break;
-    case Claim::late:
+    case Claim::Late:
         waitForTheOtherThread(site);
         endBySignal(number);
         break;
-    case Claim::notOurs:
+    case Claim::NotOurs:
         restorePreviousActions(site);
         break;
     }
@@ -124,52 +119,46 @@ void onCrashSignal(int number, siginfo_t* info, void* context) noexcept {
 void onTerminate() noexcept {
     CrashSite& site = crashSite();
     switch (claimCrash(site)) {
-    case Claim::first:
+    case Claim::First:
         describeException(site);
         recordException(site);
         break;
-    case Claim::again:
-        if (site.stage == CrashStage::describing) {
+    case Claim::Again:
+        if (site.stage == CrashStage::Describing)
             recordException(site);
-        }
         break;
-    case Claim::late:
+    case Claim::Late:
         waitForTheOtherThread(site);
         break;
-    case Claim::notOurs:
+    case Claim::NotOurs:
         restorePreviousActions(site);
         break;
     }
-    if (site.previousTerminate != nullptr) {
+    if (site.previousTerminate != nullptr)
         site.previousTerminate();
-    }
     std::abort();
 }
 
 bool takeSignals(CrashSite& site) noexcept {
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_sigaction = onCrashSignal;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
     sigfillset(&action.sa_mask);
     bool taken = true;
-    for (std::size_t i = 0; i < crashSignals.size(); ++i) {
+    for (std::size_t i = 0; i < crashSignals.size(); ++i)
         taken = sigaction(crashSignals[i], nullptr, &site.previousActions[i]) == 0 && taken;
-    }
-    for (std::size_t i = 0; taken && i < crashSignals.size(); ++i) {
+    for (std::size_t i = 0; taken && i < crashSignals.size(); ++i)
         taken = sigaction(crashSignals[i], &action, nullptr) == 0;
-    }
-    if (!taken) {
+    if (!taken)
         restorePreviousActions(site);
-    }
     return taken;
 }
 
 void restorePreviousActions(const CrashSite& site) noexcept {
     for (std::size_t i = 0; i < crashSignals.size(); ++i) {
-        struct sigaction current {};
-        if (sigaction(crashSignals[i], nullptr, &current) == 0 && isOurs(current)) {
+        struct sigaction current{};
+        if (sigaction(crashSignals[i], nullptr, &current) == 0 && isOurs(current))
             sigaction(crashSignals[i], &site.previousActions[i], nullptr);
-        }
     }
 }
 

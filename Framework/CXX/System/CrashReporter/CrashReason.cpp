@@ -83,17 +83,16 @@ void addSignal(ReasonText& text, const CrashReason& reason) noexcept {
     const siginfo_t& info = *reason.signal;
     text.text(signalName(info.si_signo)).text(": ");
     const bool sent = info.si_code == SI_USER || info.si_code == SI_TKILL || info.si_code == SI_QUEUE;
-    if (info.si_code == SI_TIMER) {
+    if (info.si_code == SI_TIMER)
         text.text("it took too long");
-    } else if (!sent) {
+    else if (!sent)
         addFault(text, info, *reason.context);
-    } else if (info.si_pid != getpid()) {
+    else if (info.si_pid != getpid())
         text.text("sent by process ").decimal(info.si_pid);
-    } else if (info.si_signo == SIGABRT) {
+    else if (info.si_signo == SIGABRT)
         text.text("abort() was called");
-    } else {
+    else
         text.text("sent by the process itself");
-    }
 }
 
 void addException(ReasonText& text, const ExceptionText& exception) noexcept {
@@ -102,9 +101,8 @@ void addException(ReasonText& text, const ExceptionText& exception) noexcept {
         return;
     }
     text.text("Uncaught exception of type ").text(exception.type.view());
-    if (!exception.text.empty()) {
+    if (!exception.text.empty())
         text.text(": ").text(exception.text.view());
-    }
 }
 
 /// The text of an exception may hold anything; the record's lines must stay lines.
@@ -123,9 +121,8 @@ const ReasonText& inOneLine(const ReasonText& text) noexcept {
 const ReasonText& describeReason(const CrashReason& reason) noexcept {
     static ReasonText text; // an alternate stack is small
     text.clear();
-    if (reason.exception != nullptr) {
+    if (reason.exception != nullptr)
         addException(text, *reason.exception);
-    }
     if (reason.signal != nullptr) {
         text.text(reason.exception != nullptr ? "; while it was being described: " : "");
         addSignal(text, reason);

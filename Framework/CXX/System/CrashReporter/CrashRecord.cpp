@@ -26,9 +26,8 @@ const PathText& recordName(const CrashSite& site, const LocalTime& time) noexcep
 int openRecord(const PathText& path) noexcept {
     constexpr int firstFree = 3;
     const int opened = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0644);
-    if (opened < 0 || opened >= firstFree) {
+    if (opened < 0 || opened >= firstFree)
         return opened;
-    }
     const int moved = fcntl(opened, F_DUPFD_CLOEXEC, firstFree);
     close(opened);
     return moved;
@@ -51,22 +50,19 @@ void writeFirstLines(int file, const CrashSite& site, const CrashReason& reason,
     lines.text("\nVersion:        ").text(site.applicationVersion.view());
     lines.text("\nProcess:        ").decimal(getpid()).text(" ").text(site.executable.view());
     lines.text("\nThread:         ").decimal(threadId()).text(" \"").text(threadName).text("\"\n");
-    if (site.screenshotAsked) {
+    if (site.screenshotAsked)
         lines.text("Screenshot:     none; this process has no windows\n");
-    }
     writeAll(file, lines.view());
 }
 
 void writeRest(int file, const CrashSite& site, const CrashReason& reason, const PathText& name) noexcept {
     static PathText coreFile;
     coreFile.clear();
-    if (site.writeCoreFile) {
+    if (site.writeCoreFile)
         coreFile.text(name.view()).text(".core");
-    }
     const HelperResult result = runHelper(site, file, coreFile, reason);
-    if (result != HelperResult::finished) {
+    if (result != HelperResult::Finished)
         writeShortRecord(file, result, *reason.context);
-    }
 }
 
 } // namespace

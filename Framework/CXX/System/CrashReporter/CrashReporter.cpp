@@ -51,9 +51,8 @@ bool fill(CrashSite& site, const CrashReporterInstallRecord& record) {
 
 bool installCrashReporter(const CrashReporterInstallRecord& record) {
     CrashSite& site = crashSite();
-    if (site.installed || site.stage != CrashStage::none || !fill(site, record)) {
+    if (site.installed || site.stage != CrashStage::None || !fill(site, record))
         return false;
-    }
     keepAlternateStack();
     if (!takeSignals(site)) {
         dropAlternateStack();
@@ -67,26 +66,23 @@ bool installCrashReporter(const CrashReporterInstallRecord& record) {
 
 bool addScreenshotToCrashReports() {
     CrashSite& site = crashSite();
-    if (site.installed) {
+    if (site.installed)
         site.screenshotAsked = true;
-    }
     return site.installed;
 }
 
 void uninstallCrashReporter() {
     CrashSite& site = crashSite();
-    if (!site.installed) {
+    if (!site.installed)
         return;
-    }
     restorePreviousActions(site);
-    if (std::get_terminate() == onTerminate) {
+    if (std::get_terminate() == onTerminate)
         std::set_terminate(site.previousTerminate);
-    }
     site.installed = false;
     dropAlternateStack();
     site.reserved.release();
-    if (site.stage == CrashStage::recorded) { // and a handler from before the install saved the process
-        site.stage = CrashStage::none;
+    if (site.stage == CrashStage::Recorded) { // and a handler from before the install saved the process
+        site.stage = CrashStage::None;
         site.crashingThread = 0;
     }
 }

@@ -23,10 +23,10 @@ inline constexpr std::array<int, 5> crashSignals = {SIGSEGV, SIGBUS, SIGFPE, SIG
 using PathText = RawText<PATH_MAX>;
 
 enum class CrashStage {
-    none,
-    describing, ///< the texts of an uncaught exception are being asked for, which may fail in any way, or hang
-    recording,
-    recorded, ///< what stood before the install is back; the process is about to end
+    None,
+    Describing, ///< the texts of an uncaught exception are being asked for, which may fail in any way, or hang
+    Recording,
+    Recorded, ///< what stood before the install is back; the process is about to end
 };
 
 /// All that the crashing side knows, in static memory. Install fills it in; behind that only the thread
@@ -50,7 +50,7 @@ struct CrashSite {
     std::terminate_handler previousTerminate = nullptr;
 
     std::atomic<pid_t> crashingThread = 0; ///< the one that came first; 0: none
-    std::atomic<CrashStage> stage = CrashStage::none;
+    std::atomic<CrashStage> stage = CrashStage::None;
     ExceptionText exception;
 };
 

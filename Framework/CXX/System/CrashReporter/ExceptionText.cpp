@@ -30,9 +30,8 @@ void addText(Text& text, DescribeException describe, int depth) noexcept;
 
 /// Exceptions that the given one carries inside itself, outermost first.
 void addNested(Text& text, const std::exception& outer, DescribeException describe, int depth) noexcept {
-    if (depth == deepestNesting) {
+    if (depth == deepestNesting)
         return;
-    }
     try {
         std::rethrow_if_nested(outer);
     } catch (...) {
@@ -69,9 +68,8 @@ void addText(Text& text, DescribeException describe, int depth) noexcept {
 
 void describeCurrentException(ExceptionText& result, DescribeException describe) noexcept {
     const std::type_info* type = abi::__cxa_current_exception_type();
-    if (type == nullptr) {
+    if (type == nullptr)
         return;
-    }
     result.type.text(type->name());
     addText(result.text, describe, 0);
     if (const auto name = demangle(type->name())) {

@@ -25,9 +25,8 @@ HangAlarm::HangAlarm(long limitInMs) noexcept {
 }
 
 HangAlarm::~HangAlarm() {
-    if (_timer >= 0) {
+    if (_timer >= 0)
         syscall(SYS_timer_delete, _timer);
-    }
 }
 
 } // namespace Halden::System

@@ -40,9 +40,8 @@ void fill(Arguments& arguments, const CrashSite& site, const PathText& coreFile,
     *next++ = arguments.context.c_str();
     *next++ = arguments.signal.c_str();
     *next++ = arguments.timeLimitInMs.c_str();
-    if (!coreFile.empty()) {
+    if (!coreFile.empty())
         *next++ = coreFile.c_str();
-    }
 }
 
 /// fork() takes the locks of the heap and runs other people's handlers; the bare call does not. The
@@ -76,18 +75,16 @@ HelperResult waitForHelper(pid_t helper, long limitInMs) noexcept {
     for (;;) {
         int status = 0;
         const pid_t ended = waitpid(helper, &status, WNOHANG);
-        if (ended < 0 && errno != EINTR) {
-            return HelperResult::finished; // another thread has waited for it; all we know is that it has ended
-        }
+        if (ended < 0 && errno != EINTR)
+            return HelperResult::Finished; // another thread has waited for it; all we know is that it has ended
         if (ended == helper) {
-            if (WIFEXITED(status) && WEXITSTATUS(status) == couldNotRun) {
-                return HelperResult::notStarted;
-            }
-            return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? HelperResult::finished : HelperResult::failed;
+            if (WIFEXITED(status) && WEXITSTATUS(status) == couldNotRun)
+                return HelperResult::NotStarted;
+            return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? HelperResult::Finished : HelperResult::Failed;
         }
         if (elapsedInMs(start) >= limitInMs) {
             kill(helper, SIGKILL);
-            return HelperResult::timedOut; // not waited for: even a killed process may take its time to end
+            return HelperResult::TimedOut; // not waited for: even a killed process may take its time to end
         }
         const std::timespec nap{0, napInMs * 1'000'000};
         nanosleep(&nap, nullptr);
@@ -96,9 +93,8 @@ HelperResult waitForHelper(pid_t helper, long limitInMs) noexcept {
 
 HelperResult startAndWait(const Arguments& arguments, long limitInMs, int record) noexcept {
     int goSign[2] = {-1, -1};
-    if (pipe2(goSign, O_CLOEXEC) != 0) {
-        return HelperResult::notStarted;
-    }
+    if (pipe2(goSign, O_CLOEXEC) != 0)
+        return HelperResult::NotStarted;
     const pid_t helper = bareFork();
     if (helper == 0) {
         close(goSign[1]);
@@ -111,7 +107,7 @@ HelperResult startAndWait(const Arguments& arguments, long limitInMs, int record
         prctl(PR_SET_PTRACER, static_cast<unsigned long>(helper), 0, 0, 0);
     }
     close(goSign[1]); // go
-    return helper < 0 ? HelperResult::notStarted : waitForHelper(helper, limitInMs);
+    return helper < 0 ? HelperResult::NotStarted : waitForHelper(helper, limitInMs);
 }
 
 } // namespace
@@ -121,9 +117,9 @@ HelperResult runHelper(const CrashSite& site, int record, const PathText& coreFi
     Arguments arguments;
     fill(arguments, site, coreFile, reason);
     // With SIGCHLD ignored, the kernel would throw the helper's result away.
-    struct sigaction byDefault {};
+    struct sigaction byDefault{};
     byDefault.sa_handler = SIG_DFL;
-    struct sigaction before {};
+    struct sigaction before{};
     sigaction(SIGCHLD, &byDefault, &before);
     const HelperResult result = startAndWait(arguments, site.helperTimeLimitInMs, record);
     sigaction(SIGCHLD, &before, nullptr);

@@ -6,10 +6,10 @@
 namespace Halden::System {
 
 enum class HelperResult {
-    finished,
-    notStarted, ///< no process, or no such program
-    failed,     ///< it ended with an error of its own
-    timedOut,   ///< it was killed
+    Finished,
+    NotStarted, ///< no process, or no such program
+    Failed,     ///< it ended with an error of its own
+    TimedOut,   ///< it was killed
 };
 
 /// Runs the helper with `record` as its standard output, and waits for its end or for the time limit.

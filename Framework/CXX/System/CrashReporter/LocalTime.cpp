@@ -40,9 +40,8 @@ void UtcOffsets::learn(std::time_t from) {
 
 LocalTime UtcOffsets::localTime(std::time_t moment) const noexcept {
     long offset = _changes[0].offsetInSeconds;
-    for (std::size_t i = 1; i < _count && _changes[i].since <= moment; ++i) {
+    for (std::size_t i = 1; i < _count && _changes[i].since <= moment; ++i)
         offset = _changes[i].offsetInSeconds;
-    }
     const std::chrono::sys_seconds shifted{std::chrono::seconds{moment + offset}};
     const auto midnight = std::chrono::floor<std::chrono::days>(shifted);
     const std::chrono::year_month_day date{midnight};

@@ -55,20 +55,17 @@ void MemoryMap::readOwn() noexcept {
 }
 
 const Mapping* MemoryMap::find(std::uint64_t address) const noexcept {
-    for (std::size_t i = 0; i < _count; ++i) {
-        if (address >= _mappings[i].begin && address < _mappings[i].end) {
+    for (std::size_t i = 0; i < _count; ++i)
+        if (address >= _mappings[i].begin && address < _mappings[i].end)
             return &_mappings[i];
-        }
-    }
     return nullptr;
 }
 
 void MemoryMap::parse() noexcept {
     _count = 0;
     std::string_view rest = text();
-    while (!rest.empty() && _count < _mappings.size()) {
+    while (!rest.empty() && _count < _mappings.size())
         _mappings[_count++] = parseLine(takeWord(rest, '\n'));
-    }
 }
 
 } // namespace Halden::System

@@ -14,21 +14,18 @@ public:
         std::size_t count = addition.size();
         if (count > Capacity - _size) {
             count = Capacity - _size;
-            while (count > 0 && (static_cast<unsigned char>(addition[count]) & 0xC0) == 0x80) {
+            while (count > 0 && (static_cast<unsigned char>(addition[count]) & 0xC0) == 0x80)
                 --count;
-            }
         }
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < count; ++i)
             _buffer[_size++] = addition[i];
-        }
         _buffer[_size] = '\0';
         return *this;
     }
 
     constexpr RawText& decimal(std::int64_t value, int digitsAtLeast = 1) noexcept {
-        if (value < 0) {
+        if (value < 0)
             text("-");
-        }
         const auto bits = static_cast<std::uint64_t>(value);
         return digits(value < 0 ? 0 - bits : bits, 10, digitsAtLeast);
     }
@@ -56,12 +53,10 @@ private:
             reversed[count++] = "0123456789abcdef"[value % base];
             value /= base;
         } while (value != 0);
-        for (int padding = count; padding < digitsAtLeast; ++padding) {
+        for (int padding = count; padding < digitsAtLeast; ++padding)
             text("0");
-        }
-        while (count > 0) {
+        while (count > 0)
             text({&reversed[--count], 1});
-        }
         return *this;
     }
 

@@ -6,11 +6,9 @@
 namespace Halden::System {
 
 void ReservedDescriptors::take() noexcept {
-    for (int& descriptor : _descriptors) {
-        if (descriptor < 0) {
+    for (int& descriptor : _descriptors)
+        if (descriptor < 0)
             descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
-        }
-    }
 }
 
 void ReservedDescriptors::release() noexcept {

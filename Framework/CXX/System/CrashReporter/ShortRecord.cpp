@@ -23,9 +23,9 @@ using Line = RawText<PATH_MAX + 100>;
 
 const char* explain(HelperResult result) noexcept {
     switch (result) {
-    case HelperResult::notStarted:
+    case HelperResult::NotStarted:
         return "The crash helper could not be started";
-    case HelperResult::timedOut:
+    case HelperResult::TimedOut:
         return "The crash helper took too long and was ended";
     default:
         return "The crash helper failed";
@@ -74,9 +74,8 @@ void writeStack(int file, const MemoryMap& map, const ucontext_t& context) noexc
                 ++found;
             }
         }
-        if (bytes < sizeof(words)) {
+        if (bytes < sizeof(words))
             break; // the end of the stack
-        }
     }
 }
 

@@ -51,9 +51,8 @@ CreateThread nextCreateThread() {
 } // namespace
 
 void keepAlternateStack() {
-    if (!stackOfThisThread()) {
+    if (!stackOfThisThread())
         stackOfThisThread() = std::make_unique<AlternateStack>();
-    }
 }
 
 void dropAlternateStack() noexcept { stackOfThisThread().reset(); }
@@ -65,12 +64,10 @@ extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attribute
     using namespace Halden::System;
     std::unique_ptr<ThreadStart> start(new (std::nothrow) ThreadStart{routine, argument});
     const CreateThread next = nextCreateThread();
-    if (!start || next == nullptr) {
+    if (!start || next == nullptr)
         return EAGAIN;
-    }
     const int result = next(thread, attributes, runWithAlternateStack, start.get());
-    if (result == 0) {
+    if (result == 0)
         static_cast<void>(start.release()); // the new thread's now
-    }
     return result;
 }

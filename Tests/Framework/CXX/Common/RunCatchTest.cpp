@@ -1,4 +1,5 @@
 #include "Framework/CXX/Common/RunCatch.h"
+
 #include "Tests/Support/LogRecorder.h"
 
 #include <gmock/gmock.h>

@@ -38,9 +38,8 @@ TEST(TextConversion, SurrogateWithoutPartnerBecomesEmpty) {
         {char16_t(0xDC00), char16_t(0xD800)},
         {char16_t(0xD800), char16_t(0xD800), char16_t(0xDC00)},
     };
-    for (const std::u16string& text : broken) {
+    for (const std::u16string& text : broken)
         EXPECT_EQ(toUtf8(text), "") << "units: " << text.size();
-    }
 }
 
 TEST(TextConversion, Utf8ThatIsNotWellFormedBecomesEmpty) {
@@ -56,9 +55,8 @@ TEST(TextConversion, Utf8ThatIsNotWellFormedBecomesEmpty) {
         "a\xE2\x82",         // cut off
         "a\xE2(\xA1",        // continuation missing
     };
-    for (const std::string& text : broken) {
+    for (const std::string& text : broken)
         EXPECT_EQ(toUtf16(text), u"") << testing::PrintToString(text);
-    }
 }
 
 TEST(TextConversion, ReplacesSurrogatesWithoutPartnersWhereAsked) {

@@ -42,9 +42,8 @@ TEST_F(DiagnosticsFactories, AStartLeavesTheWholeTree) {
     ASSERT_EQ(runNames().size(), 1U);
     const std::filesystem::path run = allRuns() / *runNames().begin();
     EXPECT_EQ(Halden::toUtf8(diagnostics->getRunFolder()), run.string());
-    for (const char* const log : {"DEFAULT.log", "DEVICE.log", "PRODUCT.log", "TIMING.log"}) {
+    for (const char* const log : {"DEFAULT.log", "DEVICE.log", "PRODUCT.log", "TIMING.log"})
         EXPECT_TRUE(std::filesystem::is_regular_file(run / "logs" / log)) << log;
-    }
     const std::string trace = diagnostics->getDefaultTraceId();
     EXPECT_TRUE(trace.starts_with("_default_")) << trace;
     EXPECT_TRUE(std::filesystem::is_directory(run / "Traces" / trace / "Data"));

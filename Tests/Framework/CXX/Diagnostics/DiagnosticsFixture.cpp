@@ -14,10 +14,9 @@
 namespace {
 
 std::int64_t creationTime(const std::filesystem::path& path) {
-    struct statx attributes {};
-    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BTIME | STATX_MTIME, &attributes) != 0) {
+    struct statx attributes{};
+    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BTIME | STATX_MTIME, &attributes) != 0)
         throw std::runtime_error("no time of " + path.string());
-    }
     return Halden::System::creationTimeOf(attributes);
 }
 
@@ -41,9 +40,8 @@ std::unique_ptr<HaldenDiagnostics> DiagnosticsFixture::makeDiagnostics(int keepC
 
 std::set<std::string> DiagnosticsFixture::runNames() const {
     std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(allRuns())) {
+    for (const auto& entry : std::filesystem::directory_iterator(allRuns()))
         names.insert(entry.path().filename());
-    }
     return names;
 }
 
@@ -72,9 +70,8 @@ std::set<std::string> DiagnosticsFixture::openFiles() const {
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
         std::error_code gone;
         const std::string file = std::filesystem::read_symlink(entry.path(), gone);
-        if (file.starts_with(root().string())) {
+        if (file.starts_with(root().string()))
             files.insert(file);
-        }
     }
     return files;
 }

@@ -17,9 +17,8 @@ namespace {
 constexpr std::size_t diskSize = 1 << 20; // bytes
 
 void logSomeLines(const std::string& text) {
-    for (int line = 0; line < 20; ++line) {
+    for (int line = 0; line < 20; ++line)
         LOG4CXX_INFO(log4cxx::Logger::getRootLogger(), text);
-    }
 }
 
 /// Each test works in a child whose data folder is a small disk of its own.
@@ -85,9 +84,8 @@ TEST_F(FailingDisk, AReadOnlyOneMakesAStartFail) {
         EXPECT_EQ(createDiagnostics("Larkspur Windows Camera Hub", "3.0", 10, nullptr), nullptr);
         // A start within the same second finds the folders of the run before.
         const std::u16string name = Halden::toUtf16(*runNames().begin());
-        while (RunFolderEntry::ofStartTime(std::time(nullptr)).name == name) {
+        while (RunFolderEntry::ofStartTime(std::time(nullptr)).name == name)
             std::this_thread::yield();
-        }
         EXPECT_EQ(makeDiagnostics(), nullptr);
         logSomeLines("nowhere");
     });

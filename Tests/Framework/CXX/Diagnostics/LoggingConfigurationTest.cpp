@@ -23,7 +23,7 @@ class SharedCount {
 public:
     SharedCount()
         : _memory(mmap(nullptr, sizeof(Count), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)),
-          _count(_memory != MAP_FAILED ? new (_memory) Count(0) : throw std::bad_alloc()) {}
+          _count(_memory != MAP_FAILED ? new(_memory) Count(0) : throw std::bad_alloc()) {}
     ~SharedCount() { munmap(_memory, sizeof(Count)); }
     SharedCount(const SharedCount&) = delete;
     SharedCount& operator=(const SharedCount&) = delete;
@@ -67,9 +67,8 @@ protected:
         for (const auto& run : std::filesystem::directory_iterator(root())) {
             if (run.is_directory() && std::filesystem::exists(run.path() / file)) {
                 const std::string text = readFile(run.path() / file);
-                for (std::size_t at = text.find(" - "); at != std::string::npos; at = text.find(" - ", at + 1)) {
+                for (std::size_t at = text.find(" - "); at != std::string::npos; at = text.find(" - ", at + 1))
                     messages.insert(text.substr(at + 3, text.find('\n', at) - at - 3));
-                }
             }
         }
         return messages;
@@ -142,9 +141,8 @@ TEST_F(LoggingConfiguration, AFullDiskCostsLinesOnly) {
     configure("log4j.rootLogger=INFO, FULL, GOOD\n" + fileAppender("FULL", "/dev/full") +
               fileAppender("GOOD", root() / "good.log"));
     testing::internal::CaptureStderr();
-    for (int line = 0; line < 3; ++line) {
+    for (int line = 0; line < 3; ++line)
         EXPECT_NO_THROW(LOG4CXX_INFO(Logger::getRootLogger(), "text"));
-    }
     const std::string told = testing::internal::GetCapturedStderr();
     EXPECT_NE(told.find("Lines of the log are lost, appender FULL"), std::string::npos) << told;
     EXPECT_EQ(told.find("lost"), told.rfind("lost")) << "told once";
@@ -174,20 +172,17 @@ TEST_F(LoggingConfiguration, NoLineIsLostWhenTheProcessDiesDuringTheChanges) {
         configureTwoFiles("start");
         std::thread([&logged] {
             const log4cxx::LoggerPtr logger = Logger::getLogger("Product");
-            for (; *logged < lines; ++*logged) {
+            for (; *logged < lines; ++*logged)
                 LOG4CXX_INFO(logger, "line " << *logged << ".");
-            }
             raise(SIGKILL);
         }).detach();
-        for (int change = 0; change < mostChanges; ++change) {
+        for (int change = 0; change < mostChanges; ++change)
             configureTwoFiles("run" + std::to_string(change));
-        }
     });
     EXPECT_EQ(result, -SIGKILL);
     EXPECT_EQ(*logged, lines);
-    for (const char* const file : {"DEFAULT.log", "PRODUCT.log"}) {
+    for (const char* const file : {"DEFAULT.log", "PRODUCT.log"})
         EXPECT_EQ(messagesIn(file).size(), lines) << file;
-    }
 }
 
 TEST_F(LoggingConfiguration, NoLineOfAnotherThreadIsLostInTwoHundredChanges) {
@@ -206,25 +201,21 @@ TEST_F(LoggingConfiguration, NoLineOfAnotherThreadIsLostInTwoHundredChanges) {
             while (!done || line < fewestLines) {
                 LOG4CXX_INFO(logger, "thread " << thread << " line " << line << ".");
                 ++line;
-                if (line > fewestLines) {
+                if (line > fewestLines)
                     std::this_thread::yield();
-                }
             }
         });
     }
-    for (int change = 0; change < changes; ++change) {
+    for (int change = 0; change < changes; ++change)
         configureTwoFiles("run" + std::to_string(change));
-    }
     done = true;
-    for (std::thread& thread : threads) {
+    for (std::thread& thread : threads)
         thread.join();
-    }
     EXPECT_EQ(openFiles().size(), 2U);
     for (const char* const file : {"DEFAULT.log", "PRODUCT.log"}) {
         std::size_t expected = 0;
-        for (const int lines : written) {
+        for (const int lines : written)
             expected += static_cast<std::size_t>(lines);
-        }
         EXPECT_EQ(messagesIn(file).size(), expected) << file;
     }
 }

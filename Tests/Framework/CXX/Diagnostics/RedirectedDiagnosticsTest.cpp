@@ -92,9 +92,8 @@ TEST_F(RedirectedDiagnostics, AFolderNamedDiagnosticsItselfWillDo) {
 
 TEST_F(RedirectedDiagnostics, PathsBeyondAsciiAndOfAnyLengthAreTaken) {
     std::string name = "K\xC3\xA4se \xF0\x9F\x93\xB7";
-    for (int part = 0; part < 3; ++part) {
+    for (int part = 0; part < 3; ++part)
         name += "/" + std::string(200, 'x');
-    }
     const std::filesystem::path folder = makeRedirectFolder(name);
     const auto diagnostics = redirectTo(folder);
     ASSERT_NE(diagnostics, nullptr);

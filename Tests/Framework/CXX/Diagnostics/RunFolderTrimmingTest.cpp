@@ -17,9 +17,8 @@ protected:
     static std::string nameOfRun(int number) { return "20" + std::to_string(60 - number) + "-01-01_00-00-00"; }
 
     void makeRuns(int count) const {
-        for (int number = 0; number < count; ++number) {
+        for (int number = 0; number < count; ++number)
             makeRunFolder(nameOfRun(number));
-        }
     }
 
     bool has(const std::string& name) const { return std::filesystem::exists(allRuns() / name); }

@@ -62,9 +62,8 @@ TEST(HaldenPlainWriter, EmptyContainersAndEmptyStrings) {
 
 TEST(HaldenPlainWriter, MembersComeInAscendingByteOrder) {
     Json::Value object;
-    for (const char* name : {"b", "a", "", "ab", "B", "\xC3\xA9", "\x7F"}) {
+    for (const char* name : {"b", "a", "", "ab", "B", "\xC3\xA9", "\x7F"})
         object[name] = 0;
-    }
     EXPECT_EQ(written(object), "{\"\":0,\"B\":0,\"a\":0,\"ab\":0,\"b\":0,\"\x7F\":0,\"\xC3\xA9\":0}");
 }
 

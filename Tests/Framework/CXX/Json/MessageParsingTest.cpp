@@ -1,5 +1,6 @@
-#include "Framework/CXX/Json/HaldenPlainWriter.h"
 #include "Framework/CXX/Json/MessageParsing.h"
+
+#include "Framework/CXX/Json/HaldenPlainWriter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -29,9 +30,8 @@ bool parses(const std::string& text) {
 
 std::string repeated(std::string_view text, int count) {
     std::string all;
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i)
         all += text;
-    }
     return all;
 }
 
@@ -108,9 +108,8 @@ TEST(ParseMessage, RandomTextIsReadOrRefusedAndNothingElse) {
     int accepted = 0;
     for (int round = 0; round < 20000; ++round) {
         std::string text;
-        for (int i = length(random); i > 0; --i) {
+        for (int i = length(random); i > 0; --i)
             text += pieces[piece(random)];
-        }
         Json::Value root;
         std::string errors;
         if (parseMessage(text, root, errors)) {

@@ -1,5 +1,6 @@
-#include "Framework/CXX/Json/MessageParsing.h"
 #include "Framework/CXX/Json/ValueReading.h"
+
+#include "Framework/CXX/Json/MessageParsing.h"
 
 #include <gtest/gtest.h>
 
@@ -76,9 +77,8 @@ TEST(ParamsMember, IsReadFromTheParams) {
 }
 
 TEST(ParamsMember, ParamsThatAreNoObjectHaveNoMembers) {
-    for (const std::string params : {"null", "[]", "[\"to\"]", "\"to\"", "1", "2.5", "true"}) {
+    for (const std::string params : {"null", "[]", "[\"to\"]", "\"to\"", "1", "2.5", "true"})
         EXPECT_TRUE(paramsMember(json("{\"params\":" + params + "}"), "to").isNull()) << params;
-    }
     EXPECT_TRUE(paramsMember(json("{}"), "to").isNull());
     EXPECT_TRUE(paramsMember(json("[]"), "to").isNull());
     EXPECT_TRUE(paramsMember(json("null"), "to").isNull());
@@ -97,9 +97,8 @@ TEST(AsString, NullIsEmptyAndBooleansAreTheirWords) {
 }
 
 TEST(AsString, NumbersArraysAndObjectsRaise) {
-    for (const std::string text : {"0", "-1", "18446744073709551615", "1.5", "[]", "[\"a\"]", "{}", "{\"a\":1}"}) {
+    for (const std::string text : {"0", "-1", "18446744073709551615", "1.5", "[]", "[\"a\"]", "{}", "{\"a\":1}"})
         EXPECT_EQ(stringError(text), "Type is not convertible to string") << text;
-    }
 }
 
 TEST(AsInt, NullIsZeroAndBooleansAreOneAndZero) {
@@ -143,9 +142,8 @@ TEST(AsInt, RealsOutside32BitsRaiseTheRealText) {
 }
 
 TEST(AsInt, StringsArraysAndObjectsRaise) {
-    for (const std::string text : {"\"abc\"", "\"1\"", "\"\"", "[]", "[1]", "{}"}) {
+    for (const std::string text : {"\"abc\"", "\"1\"", "\"\"", "[]", "[1]", "{}"})
         EXPECT_EQ(intError(text), "Type is not convertible to int") << text;
-    }
 }
 
 TEST(AsDouble, NumbersOfEveryKindAreKept) {
@@ -163,9 +161,8 @@ TEST(AsDouble, NullIsZeroAndBooleansAreOneAndZero) {
 }
 
 TEST(AsDouble, StringsArraysAndObjectsRaise) {
-    for (const std::string text : {"\"abc\"", "\"1.5\"", "\"\"", "[]", "[1]", "{}"}) {
+    for (const std::string text : {"\"abc\"", "\"1.5\"", "\"\"", "[]", "[1]", "{}"})
         EXPECT_EQ(doubleError(text), "Type is not convertible to double") << text;
-    }
 }
 
 } // namespace

@@ -195,9 +195,8 @@ TEST_F(HttpClientTest, AHalfReadRequestGoesWithItsConnection) {
 
 TEST_F(HttpClientTest, LongHeadsAndManyHeadersAreRead) {
     std::string head = "GET /echo HTTP/1.1\r\nLong: " + std::string(1000000, 'v') + "\r\n";
-    for (int i = 0; i < 10000; ++i) {
+    for (int i = 0; i < 10000; ++i)
         head += "N" + std::to_string(i) + ": v\r\n";
-    }
     const auto headers = headersOf(head + "\r\n");
     EXPECT_EQ(headers.size(), 10001U);
     EXPECT_EQ(headers.at("Long").size(), 1000000U);

@@ -43,9 +43,8 @@ protected:
     void route(const char* pattern, RouteHandler handler) { server.addRoute(pattern, std::move(handler)); }
 
     TestConnection& connect() {
-        if (!connection) {
+        if (!connection)
             connection = std::make_unique<TestConnection>(server.serverPort());
-        }
         return *connection;
     }
 

@@ -108,9 +108,8 @@ TEST(HttpRequest, ADecodedPercentSignIsDecodedAgain) {
 
 TEST(HttpRequest, LongQueriesAreDecodedWhole) {
     std::string query;
-    for (int i = 0; i < 1000000; ++i) {
+    for (int i = 0; i < 1000000; ++i)
         query += "%41";
-    }
     EXPECT_EQ(queryOf(query), std::string(1000000, 'A'));
 }
 

@@ -224,11 +224,9 @@ TEST(HttpResponse, KnowsExactlyTheseUsualTexts) {
         // clang-format on
     };
     std::map<int, std::string> known;
-    for (int code = -1; code < 1000; ++code) {
-        if (const std::string text = HttpResponse::statusTextFor(code); !text.empty()) {
+    for (int code = -1; code < 1000; ++code)
+        if (const std::string text = HttpResponse::statusTextFor(code); !text.empty())
             known[code] = text;
-        }
-    }
     EXPECT_EQ(known, usual);
 }
 

@@ -21,9 +21,8 @@ protected:
     void showMatches(const char* pattern) {
         route(pattern, [](HttpRequest* request, HttpResponse* response) {
             std::string shown;
-            for (const auto& match : request->matches) {
+            for (const auto& match : request->matches)
                 shown += "[" + match.str() + "]";
-            }
             respond(response, shown);
         });
     }

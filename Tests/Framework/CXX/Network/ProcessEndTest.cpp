@@ -50,9 +50,8 @@ public:
         // Behind the name in brackets: the state is field 3, user and system time are fields 14 and 15.
         std::istringstream fields(stat.substr(stat.rfind(')') + 1));
         std::string skipped;
-        for (int field = 3; field < 14; ++field) {
+        for (int field = 3; field < 14; ++field)
             fields >> skipped;
-        }
         long user = 0;
         long system = 0;
         fields >> user >> system;

@@ -67,9 +67,8 @@ std::string randomHead(RandomBytes& random) {
             random.below(4) == 0 ? random.bytes(random.below(8)) : std::string(pieces[random.below(std::size(pieces))]);
     }
     // Nothing within may end the head: the bytes behind would begin a request, perhaps with a line end.
-    for (std::size_t at = head.find("\r\n\r"); at != std::string::npos; at = head.find("\r\n\r")) {
+    for (std::size_t at = head.find("\r\n\r"); at != std::string::npos; at = head.find("\r\n\r"))
         head.erase(at, 1);
-    }
     return head;
 }
 

@@ -34,9 +34,8 @@ inline void settleEventLoop() {
 inline bool turnUntil(const std::function<bool()>& condition, int limitInMs = 60000) {
     const QDeadlineTimer deadline(limitInMs);
     while (!condition()) {
-        if (deadline.hasExpired()) {
+        if (deadline.hasExpired())
             return false;
-        }
         turnEventLoop();
     }
     return true;

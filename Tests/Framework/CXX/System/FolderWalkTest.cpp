@@ -21,18 +21,16 @@ using Halden::System::FolderWalk;
 std::vector<std::string> namesIn(const std::filesystem::path& folder) {
     FolderWalk walk(folder);
     std::vector<std::string> names;
-    while (const std::optional<FolderEntry> entry = walk.next()) {
+    while (const std::optional<FolderEntry> entry = walk.next())
         names.push_back(entry->name);
-    }
     EXPECT_EQ(walk.readError(), 0);
     return names;
 }
 
 TEST(FolderWalk, DeliversTheFolderAndItsParentFirst) {
     const TemporaryFolder folder;
-    for (const char* const name : {"!", "a", "b"}) {
+    for (const char* const name : {"!", "a", "b"})
         std::filesystem::create_directory(folder.path() / name);
-    }
     std::vector<std::string> names = namesIn(folder.path());
     ASSERT_EQ(names.size(), 5U);
     EXPECT_EQ(names[0], ".");
@@ -91,7 +89,7 @@ TEST(FolderWalk, TellsTheTimeOfCreation) {
 }
 
 TEST(CreationTimeOf, IsTheBirthTimeWhereThereIsOne) {
-    struct statx attributes {};
+    struct statx attributes{};
     attributes.stx_mask = STATX_BTIME | STATX_MTIME;
     attributes.stx_btime.tv_sec = 5;
     attributes.stx_btime.tv_nsec = 7;
@@ -100,7 +98,7 @@ TEST(CreationTimeOf, IsTheBirthTimeWhereThereIsOne) {
 }
 
 TEST(CreationTimeOf, IsTheTimeOfTheLastChangeOtherwise) {
-    struct statx attributes {};
+    struct statx attributes{};
     attributes.stx_mask = STATX_MTIME;
     attributes.stx_btime.tv_sec = 5;
     attributes.stx_mtime.tv_sec = 9;

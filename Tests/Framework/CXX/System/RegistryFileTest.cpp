@@ -31,9 +31,8 @@ std::string withoutCarriageReturns(std::string text) {
 
 std::string asUtf16(const std::string& ascii, bool lowByteFirst) {
     std::string bytes = lowByteFirst ? "\xFF\xFE" : "\xFE\xFF";
-    for (const char letter : ascii) {
+    for (const char letter : ascii)
         bytes += lowByteFirst ? std::string{letter, '\0'} : std::string{'\0', letter};
-    }
     return bytes;
 }
 
@@ -41,13 +40,11 @@ std::string asUtf16(const std::string& ascii, bool lowByteFirst) {
 std::int64_t dwordIn(const RegistryFile& file, const std::string& name,
                      const std::string& path = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Hub") {
     const std::shared_ptr<const RegistryKey> key = file.openKey(path);
-    if (!key) {
+    if (!key)
         return -1;
-    }
     std::array<std::uint8_t, 4> bytes{};
-    if (!key->read(name, RegistryType::Dword, bytes.data(), bytes.size())) {
+    if (!key->read(name, RegistryType::Dword, bytes.data(), bytes.size()))
         return -2;
-    }
     return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | std::int64_t{bytes[3]} << 24;
 }
 

@@ -1,8 +1,8 @@
 #include "Platform/Simulated/Scenario/ScenarioReader.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Tests/Support/ScenarioFile.h"
 #include "Tests/Platform/Simulated/SimulatedFixture.h"
+#include "Tests/Support/ScenarioFile.h"
 
 #include <gtest/gtest.h>
 

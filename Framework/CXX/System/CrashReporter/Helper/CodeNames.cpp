@@ -18,9 +18,8 @@ struct FreeMemory {
 };
 
 std::string demangle(const char* name) {
-    if (name == nullptr) {
+    if (name == nullptr)
         return {};
-    }
     int status = 0;
     const std::unique_ptr<char, FreeMemory> plain(abi::__cxa_demangle(name, nullptr, nullptr, &status));
     return plain ? plain.get() : name;
@@ -64,9 +63,8 @@ std::vector<Dwarf_Die> concreteScopes(Dwarf_Die* unit, Dwarf_Addr addressInFile)
     Dwarf_Die* scopes = nullptr;
     const int count = dwarf_getscopes(unit, addressInFile, &scopes);
     const std::unique_ptr<Dwarf_Die, FreeMemory> owner(scopes);
-    if (count <= 0) {
+    if (count <= 0)
         return {};
-    }
     Dwarf_Die* around = nullptr;
     const int aroundCount = dwarf_getscopes_die(&scopes[0], &around);
     const std::unique_ptr<Dwarf_Die, FreeMemory> aroundOwner(around);
@@ -77,9 +75,8 @@ std::vector<Dwarf_Die> concreteScopes(Dwarf_Die* unit, Dwarf_Addr addressInFile)
 
 std::vector<CodePlace> codePlaces(Dwfl* dwfl, std::uint64_t address) {
     Dwfl_Module* module = dwfl_addrmodule(dwfl, address);
-    if (module == nullptr) {
+    if (module == nullptr)
         return {CodePlace{}};
-    }
     std::vector<CodePlace> places;
     std::string source;
     // Functions of unnamed namespaces have their full name in the symbol table only.
@@ -104,9 +101,8 @@ std::vector<CodePlace> codePlaces(Dwfl* dwfl, std::uint64_t address) {
 
 std::string modulePlace(Dwfl* dwfl, std::uint64_t address) {
     Dwfl_Module* module = dwfl_addrmodule(dwfl, address);
-    if (module == nullptr) {
+    if (module == nullptr)
         return {};
-    }
     Dwarf_Addr start = 0;
     const char* name = dwfl_module_info(module, nullptr, &start, nullptr, nullptr, nullptr, nullptr, nullptr);
     char offset[20];

@@ -27,9 +27,8 @@ public:
     explicit Descriptor(const std::string& path)
         : _value(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)) {}
     ~Descriptor() {
-        if (_value >= 0) {
+        if (_value >= 0)
             close(_value);
-        }
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
@@ -49,9 +48,8 @@ std::uint64_t keptBytes(const ProcessMapping& mapping) {
         mapping.name == "[vsyscall]") {
         return 0;
     }
-    if (mapping.changed || mapping.inode == 0) {
+    if (mapping.changed || mapping.inode == 0)
         return size;
-    }
     // It can be read in the file itself; its first page identifies it.
     return mapping.fileOffset == 0 ? std::min(size, pageSize) : 0;
 }
@@ -112,9 +110,8 @@ bool copySegment(const ProcessMemory& memory, int file, const Elf64_Phdr& segmen
         }
         const bool empty = !known || std::all_of(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(size),
                                                  [](unsigned char value) { return value == 0; });
-        if (!empty && !writeAt(file, buffer.data(), size, segment.p_offset + done)) {
+        if (!empty && !writeAt(file, buffer.data(), size, segment.p_offset + done))
             return false;
-        }
         done += size;
     }
     return true;

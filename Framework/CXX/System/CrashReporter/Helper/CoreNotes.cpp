@@ -113,11 +113,9 @@ std::string coreNotes(const CrashedProcess& process, int signal, const std::vect
     appendProcess(notes, process);
     appendAuxiliaryVector(notes, process.process());
     appendFiles(notes, maps);
-    for (const auto& [thread, state] : process.otherThreads()) {
-        if (state.registers) {
+    for (const auto& [thread, state] : process.otherThreads())
+        if (state.registers)
             appendThread(notes, thread, 0, *state.registers);
-        }
-    }
     return notes;
 }
 

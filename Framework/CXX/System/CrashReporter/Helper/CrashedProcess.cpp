@@ -17,9 +17,8 @@ using DwarfRegisters = std::array<Dwarf_Word, dwarfRegisters.size()>;
 
 DwarfRegisters inDwarfOrder(const ucontext_t& context) {
     DwarfRegisters values{};
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    for (std::size_t i = 0; i < values.size(); ++i)
         values[i] = registerValue(context, dwarfRegisters[i]);
-    }
     return values;
 }
 
@@ -72,9 +71,8 @@ void CrashedProcess::openModules() {
 void CrashedProcess::leaveBadJump() {
     _walkFrom = _context;
     const std::uint64_t address = instructionPointer(_context);
-    if (dwfl_addrmodule(_dwfl.get(), address) != nullptr) {
+    if (dwfl_addrmodule(_dwfl.get(), address) != nullptr)
         return;
-    }
     const auto caller = _memory.word(stackPointer(_context));
     if (caller && dwfl_addrmodule(_dwfl.get(), *caller) != nullptr) {
         _badJump = address;
@@ -90,9 +88,8 @@ bool CrashedProcess::setInitialRegisters(Dwfl_Thread* thread) {
         values = inDwarfOrder(_walkFrom);
     } else {
         const auto state = otherThreads().find(id);
-        if (state == otherThreads().end() || !state->second.registers) {
+        if (state == otherThreads().end() || !state->second.registers)
             return false;
-        }
         values = inDwarfOrder(*state->second.registers);
     }
     return dwfl_thread_state_registers(thread, 0, values.size(), values.data());
@@ -127,15 +124,13 @@ std::string CrashedProcess::walkStack(pid_t thread, const OnFrame& onFrame) {
     const auto callback = [](Dwfl_Frame* frame, void* argument) -> int {
         Dwarf_Addr address = 0;
         bool isExact = false;
-        if (!dwfl_frame_pc(frame, &address, &isExact)) {
+        if (!dwfl_frame_pc(frame, &address, &isExact))
             return DWARF_CB_ABORT;
-        }
         return (*static_cast<const OnFrame*>(argument))(address, isExact) ? DWARF_CB_OK : stoppedByCaller;
     };
     const int result = dwfl_getthread_frames(_dwfl.get(), thread, callback, const_cast<OnFrame*>(&onFrame));
-    if (result == 0 || result == stoppedByCaller) {
+    if (result == 0 || result == stoppedByCaller)
         return {};
-    }
     const char* reason = dwfl_errmsg(-1);
     return reason != nullptr ? reason : "no reason given";
 }

@@ -33,9 +33,8 @@ void writeFrame(std::FILE* file, Dwfl* dwfl, const Frame& frame) {
         const CodePlace& place = places[i];
         std::fprintf(file, "  #%-3zu 0x%016" PRIx64 " %s", frame.number, frame.address,
                      place.function.empty() ? "(unknown)" : place.function.c_str());
-        if (!place.source.empty()) {
+        if (!place.source.empty())
             std::fprintf(file, " at %s", place.source.c_str());
-        }
         const bool inlined = i + 1 < places.size();
         std::fprintf(file, " (%s%s)\n", module.empty() ? "no module" : module.c_str(), inlined ? ", inlined" : "");
     }
@@ -51,29 +50,24 @@ void writeStack(std::FILE* file, CrashedProcess& process, pid_t thread) {
             return true;
         }
         outermost.push_back(frame);
-        if (outermost.size() > outermostFrames) {
+        if (outermost.size() > outermostFrames)
             outermost.pop_front();
-        }
         return count < mostFrames;
     };
     const std::string problem = process.walkStack(thread, onFrame);
-    if (count > innermostFrames + outermost.size()) {
+    if (count > innermostFrames + outermost.size())
         std::fprintf(file, "  ... %zu frames ...\n", count - innermostFrames - outermost.size());
-    }
-    for (const Frame& frame : outermost) {
+    for (const Frame& frame : outermost)
         writeFrame(file, process.dwfl(), frame);
-    }
-    if (!problem.empty()) {
+    if (!problem.empty())
         std::fprintf(file, "  (the stack could not be followed further: %s)\n", problem.c_str());
-    }
     std::fflush(file);
 }
 
 void writeAbortMessage(std::FILE* file, CrashedProcess& process) {
     const std::string message = abortMessage(process.dwfl(), process.memory());
-    if (!message.empty()) {
+    if (!message.empty())
         std::fprintf(file, "\nThe C library said: %s\n", message.c_str());
-    }
 }
 
 void writeCrashingThread(std::FILE* file, CrashedProcess& process) {
@@ -89,19 +83,17 @@ void writeCrashingThread(std::FILE* file, CrashedProcess& process) {
 void writeOtherThreads(std::FILE* file, CrashedProcess& process) {
     for (const auto& [thread, state] : process.otherThreads()) {
         std::fprintf(file, "\nThread %d \"%s\":\n", thread, state.name.c_str());
-        if (state.registers) {
+        if (state.registers)
             writeStack(file, process, thread);
-        } else {
+        else
             std::fprintf(file, "  (no stack: %s)\n", state.problem.c_str());
-        }
     }
 }
 
 void writeRegisters(std::FILE* file, const CrashedProcess& process) {
     std::fprintf(file, "\nRegisters of thread %d:\n", process.crashingThread());
-    for (const Register& each : dwarfRegisters) {
+    for (const Register& each : dwarfRegisters)
         std::fprintf(file, "  %-4s 0x%016" PRIx64 "\n", each.name, registerValue(process.context(), each));
-    }
     std::fflush(file);
 }
 
@@ -122,9 +114,8 @@ void writeModules(std::FILE* file, const CrashedProcess& process) {
     std::fprintf(file, "\nModules (addresses, build id, file):\n");
     const auto callback = [](Dwfl_Module* module, void**, const char* name, Dwarf_Addr start, void* argument) -> int {
         GElf_Addr bias = 0;
-        if (dwfl_module_getelf(module, &bias) == nullptr) {
+        if (dwfl_module_getelf(module, &bias) == nullptr)
             return DWARF_CB_OK; // a mapped file of data
-        }
         Dwarf_Addr end = 0;
         dwfl_module_info(module, nullptr, nullptr, &end, nullptr, nullptr, nullptr, nullptr);
         std::fprintf(static_cast<std::FILE*>(argument), "  0x%016" PRIx64 "-0x%016" PRIx64 " %s %s\n", start, end,

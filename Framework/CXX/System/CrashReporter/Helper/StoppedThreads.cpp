@@ -30,9 +30,8 @@ std::string reasonOf(int error) { return std::error_code(error, std::generic_cat
 std::optional<user_regs_struct> readRegisters(pid_t thread) {
     user_regs_struct registers{};
     iovec place{&registers, sizeof(registers)};
-    if (ptrace(PTRACE_GETREGSET, thread, NT_PRSTATUS, &place) != 0) {
+    if (ptrace(PTRACE_GETREGSET, thread, NT_PRSTATUS, &place) != 0)
         return std::nullopt;
-    }
     return registers;
 }
 
@@ -49,18 +48,15 @@ StoppedThreads::StoppedThreads(pid_t process, pid_t leftOut) : _process(process)
     const auto deadline = std::chrono::steady_clock::now() + stopTimeLimit;
     // A thread that runs may start another one behind our back, so look until nothing is new.
     while (seizeNewThreads() && std::chrono::steady_clock::now() < deadline) {
-        for (auto& [thread, state] : _threads) {
-            if (!state.registers && state.problem.empty()) {
+        for (auto& [thread, state] : _threads)
+            if (!state.registers && state.problem.empty())
                 waitUntilStopped(thread, deadline);
-            }
-        }
     }
 }
 
 StoppedThreads::~StoppedThreads() {
-    for (const auto& [thread, state] : _threads) {
+    for (const auto& [thread, state] : _threads)
         ptrace(PTRACE_DETACH, thread, nullptr, nullptr); // fails harmlessly for what was never held
-    }
 }
 
 bool StoppedThreads::seizeNewThreads() {
@@ -70,9 +66,8 @@ bool StoppedThreads::seizeNewThreads() {
         const std::string text = entry.path().filename().string();
         pid_t thread = 0;
         std::from_chars(text.data(), text.data() + text.size(), thread);
-        if (thread == _leftOut || thread == 0 || _threads.contains(thread)) {
+        if (thread == _leftOut || thread == 0 || _threads.contains(thread))
             continue;
-        }
         found = true;
         ThreadState& state = _threads[thread];
         state.name = threadName(_process, thread);

@@ -62,7 +62,7 @@ TEST(CoreFile, HoldsTheStacksOfAllThreads) {
     ASSERT_EQ(cores.size(), 1u) << run.record;
     EXPECT_EQ(cores.front().stem(), std::filesystem::path(run.recordName).stem());
     EXPECT_NE(run.record.find("\nCore file: " + cores.front().string() + "\n"), std::string::npos) << run.record;
-    struct stat status {};
+    struct stat status{};
     stat(cores.front().c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777, 0600u) << "it holds all the memory";
     const auto names = functionsIn(cores.front());

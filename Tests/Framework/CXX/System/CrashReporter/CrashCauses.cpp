@@ -127,9 +127,8 @@ NEVER_INLINED void manyThreads() {
         std::thread([i] {
             pthread_setname_np(pthread_self(), i < busy ? "busy" : "sleepy");
             started.count_down();
-            while (i < busy) {
+            while (i < busy)
                 turns.fetch_add(1, std::memory_order_relaxed);
-            }
             pause();
         }).detach();
     }
@@ -151,9 +150,8 @@ NEVER_INLINED void crashWhenFolderIsGone() {
 
 /// A child made by fork() is on its own.
 NEVER_INLINED void crashInForkedChild() {
-    if (fork() == 0) {
+    if (fork() == 0)
         writeToNull();
-    }
 }
 
 NEVER_INLINED void useUpDescriptors() {
@@ -163,17 +161,15 @@ NEVER_INLINED void useUpDescriptors() {
 }
 
 NEVER_INLINED void closeStandardDescriptors() {
-    for (int descriptor = 0; descriptor < 3; ++descriptor) {
+    for (int descriptor = 0; descriptor < 3; ++descriptor)
         close(descriptor);
-    }
     writeToNull();
 }
 
 /// As at the limit of processes, which the superuser does not have.
 NEVER_INLINED void crashWithoutRoomForProcesses() {
-    if (letSystemCallFail(SYS_clone, EAGAIN)) {
+    if (letSystemCallFail(SYS_clone, EAGAIN))
         writeToNull();
-    }
 }
 
 NEVER_INLINED void ignoreChildren() {

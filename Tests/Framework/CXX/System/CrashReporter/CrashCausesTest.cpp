@@ -152,9 +152,8 @@ protected:
         EXPECT_EQ(with.status, without.status);
         // A sanitizer's report holds addresses. And if the text of an exception can't be asked for, we die of
         // that instead of the library's own handler, which prints the type first.
-        if (!underSanitizer && with.record.find("while it was being described") == std::string::npos) {
+        if (!underSanitizer && with.record.find("while it was being described") == std::string::npos)
             EXPECT_EQ(with.errorText, without.errorText);
-        }
     }
 
     /// Which request finds the damage, and whether the C library notices it or faults, depends on what stood in the
@@ -180,21 +179,18 @@ TEST_P(CrashCauses, RecordTellsCauseThreadAndFunction) { check(GetParam()); }
 TEST_P(CrashCauses, ProcessEndsAsItWouldHave) { checkEnd(GetParam()); }
 
 TEST_P(CrashCausesOfPlainBuilds, RecordTellsCauseThreadAndFunction) {
-    if (underSanitizer) {
+    if (underSanitizer)
         GTEST_SKIP() << "A sanitizer has a heap of its own and needs descriptors itself";
-    }
     check(GetParam());
 }
 
 TEST_P(CrashCausesOfPlainBuilds, ProcessEndsAsItWouldHave) {
-    if (underSanitizer) {
+    if (underSanitizer)
         GTEST_SKIP() << "A sanitizer has a heap of its own and needs descriptors itself";
-    }
-    if (std::string(GetParam().cause) == "breakHeapWhileUnwinding") {
+    if (std::string(GetParam().cause) == "breakHeapWhileUnwinding")
         checkEndOfBrokenHeap(GetParam());
-    } else {
+    else
         checkEnd(GetParam());
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CrashCauses, testing::ValuesIn(expectations), nameOf);

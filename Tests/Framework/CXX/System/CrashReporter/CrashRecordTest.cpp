@@ -36,9 +36,8 @@ void checkShortRecord(const CrashRun& run, const std::string& why) {
 
 int countOf(const std::string& text, const std::string& part) {
     int count = 0;
-    for (std::size_t place = text.find(part); place != std::string::npos; place = text.find(part, place + 1)) {
+    for (std::size_t place = text.find(part); place != std::string::npos; place = text.find(part, place + 1))
         ++count;
-    }
     return count;
 }
 
@@ -84,9 +83,8 @@ TEST(CrashRecord, HoldsTheStacksOfAllThreads) {
 }
 
 TEST(CrashRecord, HoldsTheLastWordsOfTheCLibrary) {
-    if (underSanitizer) {
+    if (underSanitizer)
         GTEST_SKIP() << "A sanitizer replaces the heap";
-    }
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"freeTwice", "main"});
     EXPECT_NE(run.record.find("\nThe C library said: double free or corruption"), std::string::npos) << run.record;
@@ -154,9 +152,8 @@ TEST(CrashRecord, ExceptionWhoseTextHangsIsRecordedInTime) {
 }
 
 TEST(CrashRecord, ShortRecordComesOutWhileTheHeapIsLocked) {
-    if (underSanitizer) {
+    if (underSanitizer)
         GTEST_SKIP() << "A sanitizer replaces the heap";
-    }
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"crashInsideMalloc", "thread", "helper=/nonexistent"});
     EXPECT_NE(run.record.find(shortRecordNote), std::string::npos) << run.record;
@@ -164,9 +161,8 @@ TEST(CrashRecord, ShortRecordComesOutWhileTheHeapIsLocked) {
 }
 
 TEST(CrashRecord, ProcessThatMustNotBeLookedIntoLeavesAShortRecord) {
-    if (geteuid() != 0) {
+    if (geteuid() != 0)
         GTEST_SKIP() << "Only root can become the ordinary user whom the kernel refuses";
-    }
     constexpr uid_t nobody = 65534;
     const ScratchFolder folder;
     ASSERT_EQ(chmod(folder.path().c_str(), 0777), 0);
@@ -220,17 +216,14 @@ TEST(CrashRecord, OrdinaryEndLeavesNone) {
 }
 
 TEST(CrashRecord, SystemsOwnCoreDumpStillHappens) {
-    if (underSanitizer) {
+    if (underSanitizer)
         GTEST_SKIP() << "A sanitizer ends the process itself, and switches core files off";
-    }
-    if (readFile("/proc/sys/kernel/core_pattern") != "core\n") {
+    if (readFile("/proc/sys/kernel/core_pattern") != "core\n")
         GTEST_SKIP() << "The system's core files go elsewhere";
-    }
     rlimit before{};
     getrlimit(RLIMIT_CORE, &before);
-    if (before.rlim_max == 0) {
+    if (before.rlim_max == 0)
         GTEST_SKIP() << "Core files are forbidden here";
-    }
     const rlimit wanted{before.rlim_max, before.rlim_max};
     setrlimit(RLIMIT_CORE, &wanted);
     const ScratchFolder folder;

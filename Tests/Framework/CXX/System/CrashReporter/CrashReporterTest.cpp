@@ -33,9 +33,8 @@ struct Surroundings {
     std::ptrdiff_t descriptors = 0;
 
     Surroundings() {
-        for (std::size_t i = 0; i < signals.size(); ++i) {
+        for (std::size_t i = 0; i < signals.size(); ++i)
             sigaction(signals[i], nullptr, &actions[i]);
-        }
         sigaltstack(nullptr, &stack);
         descriptors = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     }
@@ -44,9 +43,8 @@ struct Surroundings {
         for (std::size_t i = 0; i < signals.size(); ++i) {
             EXPECT_EQ(actions[i].sa_sigaction, other.actions[i].sa_sigaction) << signals[i];
             EXPECT_EQ(actions[i].sa_flags & ~restorer, other.actions[i].sa_flags & ~restorer) << signals[i];
-            for (int blocked = 1; blocked < NSIG && !underThreadSanitizer; ++blocked) { // it changes masks itself
+            for (int blocked = 1; blocked < NSIG && !underThreadSanitizer; ++blocked) // it changes masks itself
                 EXPECT_EQ(sigismember(&actions[i].sa_mask, blocked), sigismember(&other.actions[i].sa_mask, blocked));
-            }
         }
         EXPECT_EQ(terminate, other.terminate);
         EXPECT_EQ(stack.ss_sp, other.stack.ss_sp);
@@ -74,8 +72,8 @@ protected:
 };
 
 TEST_F(CrashReporter, UninstallPutsBackAllThatStoodBefore) {
-    struct sigaction earlier {};
-    struct sigaction original {};
+    struct sigaction earlier{};
+    struct sigaction original{};
     earlier.sa_handler = someHandler;
     earlier.sa_flags = SA_RESTART;
     sigaddset(&earlier.sa_mask, SIGUSR1);
@@ -135,7 +133,7 @@ TEST_F(CrashReporter, UninstallKeepsWhatSomebodySetLater) {
     ASSERT_TRUE(installCrashReporter(record));
     std::signal(SIGFPE, someHandler);
     uninstallCrashReporter();
-    struct sigaction now {};
+    struct sigaction now{};
     sigaction(SIGFPE, &before.actions[2], &now);
     EXPECT_EQ(now.sa_handler, someHandler);
     before.expectSame(Surroundings());

@@ -20,16 +20,14 @@ constexpr std::chrono::minutes patience{1};
 [[noreturn]] void becomeCrashProgram(const std::vector<std::string>& arguments, const std::filesystem::path& folder,
                                      int output) {
     std::vector<char*> pointers;
-    for (const std::string& argument : arguments) {
+    for (const std::string& argument : arguments)
         pointers.push_back(const_cast<char*>(argument.c_str()));
-    }
     pointers.push_back(nullptr);
     const int errors = open((folder / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     dup2(output, STDOUT_FILENO);
     dup2(errors, STDERR_FILENO);
-    if (chdir(folder.c_str()) == 0) {
+    if (chdir(folder.c_str()) == 0)
         execv(pointers[0], pointers.data());
-    }
     _exit(126);
 }
 
@@ -65,11 +63,9 @@ ScratchFolder::~ScratchFolder() {
 
 std::vector<std::filesystem::path> ScratchFolder::files(const std::string& extension) const {
     std::vector<std::filesystem::path> found;
-    for (const auto& entry : std::filesystem::directory_iterator(_path)) {
-        if (entry.path().extension() == extension) {
+    for (const auto& entry : std::filesystem::directory_iterator(_path))
+        if (entry.path().extension() == extension)
             found.push_back(entry.path());
-        }
-    }
     std::sort(found.begin(), found.end());
     return found;
 }
@@ -78,19 +74,16 @@ CrashRun runCrashProgram(const ScratchFolder& folder, std::vector<std::string> a
     arguments.insert(arguments.begin(), programFolder() + "/CrashProgram");
     arguments.insert(arguments.begin() + 3, "reportFolder=" + folder.path().string());
     int output[2];
-    if (pipe2(output, O_CLOEXEC) != 0) {
+    if (pipe2(output, O_CLOEXEC) != 0)
         throw std::runtime_error("no pipe");
-    }
     const auto start = std::chrono::steady_clock::now();
     const pid_t process = fork();
-    if (process == 0) {
+    if (process == 0)
         becomeCrashProgram(arguments, folder.path(), output[1]);
-    }
     close(output[1]);
     waitUntilReady(output[0]);
-    if (interrupt != 0) {
+    if (interrupt != 0)
         kill(process, interrupt);
-    }
     CrashRun run{};
     run.process = process;
     run.status = waitForEnd(process);
@@ -115,9 +108,8 @@ std::string readFile(const std::filesystem::path& path) {
 
 std::string section(const std::string& record, const std::string& heading) {
     const std::size_t begin = record.find("\n" + heading);
-    if (begin == std::string::npos) {
+    if (begin == std::string::npos)
         return {};
-    }
     return record.substr(begin + 1, record.find("\n\n", begin) - begin);
 }
 

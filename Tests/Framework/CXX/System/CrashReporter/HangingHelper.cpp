@@ -8,17 +8,14 @@
 #include <cstdlib>
 
 int main(int argc, char* argv[]) {
-    if (argc < 3) {
+    if (argc < 3)
         return 2;
-    }
     const Halden::System::StoppedThreads held(std::atoi(argv[1]), std::atoi(argv[2]));
     std::size_t count = 0;
-    for (const auto& [thread, state] : held.threads()) {
+    for (const auto& [thread, state] : held.threads())
         count += state.registers ? 1 : 0;
-    }
     std::printf("\nHolding %zu threads.\n", count);
     std::fflush(stdout);
-    for (;;) {
+    for (;;)
         pause();
-    }
 }

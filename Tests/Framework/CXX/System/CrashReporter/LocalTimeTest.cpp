@@ -13,18 +13,16 @@ namespace {
 class TimeZone {
 public:
     explicit TimeZone(const char* zone) {
-        if (const char* before = std::getenv("TZ")) {
+        if (const char* before = std::getenv("TZ"))
             _before = before;
-        }
         setenv("TZ", zone, 1);
         tzset();
     }
     ~TimeZone() {
-        if (_before) {
+        if (_before)
             setenv("TZ", _before->c_str(), 1);
-        } else {
+        else
             unsetenv("TZ");
-        }
         tzset();
     }
     TimeZone(const TimeZone&) = delete;
@@ -84,9 +82,8 @@ TEST(UtcOffsets, AgreeWithTheCLibraryForFiveYears) {
         const TimeZone zone(name);
         UtcOffsets offsets;
         offsets.learn(winterNoon2026);
-        for (std::time_t moment = winterNoon2026; moment < winterNoon2026 + 5 * 365 * day; moment += 7207) {
+        for (std::time_t moment = winterNoon2026; moment < winterNoon2026 + 5 * 365 * day; moment += 7207)
             expectAgreement(offsets, moment);
-        }
     }
 }
 

@@ -30,9 +30,8 @@ public:
 class HangingText : public std::exception {
 public:
     const char* what() const noexcept override {
-        for (;;) {
+        for (;;)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
     }
 };
 
@@ -41,9 +40,8 @@ inline std::string describeOwnException() {
     try {
         throw;
     } catch (const OwnException& error) {
-        if (error.text == "throw while describing") {
+        if (error.text == "throw while describing")
             throw std::logic_error("the describing function fails");
-        }
         return "own: " + error.text;
     } catch (...) {
         return {};
