@@ -7,7 +7,7 @@ namespace {
 TEST(ExecutablePath, IsThisTestProgram) {
     const std::filesystem::path path = Halden::System::executablePath();
     EXPECT_TRUE(path.is_absolute());
-    EXPECT_EQ(path.filename(), "PlatformLinuxTests");
+    EXPECT_EQ(path.filename(), "FrameworkSystemTests");
     EXPECT_TRUE(std::filesystem::is_regular_file(path));
 }
 
