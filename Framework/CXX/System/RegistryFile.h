@@ -38,7 +38,7 @@ public:
 
     static RegistryFile parse(std::string_view bytes);
 
-    /// By its full path, for instance HKEY_LOCAL_MACHINE\SYSTEM, without regard to case; null if there is none.
+    /// By its full path, for instance `HKEY_LOCAL_MACHINE\SYSTEM`, without regard to case; null if there is none.
     std::shared_ptr<const RegistryKey> openKey(std::string_view path) const;
 
 private:

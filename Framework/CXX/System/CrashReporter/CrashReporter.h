@@ -29,7 +29,7 @@ namespace Halden::System {
 struct CrashReporterInstallRecord {
     std::string applicationName;        ///< UTF-8, at most 200 bytes
     std::string applicationVersion;     ///< UTF-8, at most 200 bytes
-    std::filesystem::path reportFolder; ///< must exist; records are named crash-<local time>-<process id>.txt
+    std::filesystem::path reportFolder; ///< must exist; records are named `crash-<local time>-<process id>.txt`
     bool writeCoreFile = false;         ///< the helper also writes an ELF core file beside the record
     DescribeException describeException = nullptr; ///< for exceptions that are neither std::exception, text nor int
     std::filesystem::path helper; ///< the helper program; empty: LarkspurCrashHelper beside the executable

@@ -8,7 +8,7 @@
 
 namespace Halden::System {
 
-/// One piece of /proc/<process>/smaps.
+/// One piece of /proc/PROCESS/smaps.
 struct ProcessMapping {
     std::uint64_t begin = 0;
     std::uint64_t end = 0; ///< the first address behind it
