@@ -1,11 +1,13 @@
 """What the documents show is what happens."""
 
+import io
 import json
 import re
 
 import pytest
 from harness.hub import ROOT
 from harness.scenario import scenario
+from PIL import Image
 
 GUID = "[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12}"
 CONTROL_PICTURES = str.maketrans({"␀": "\0", "␍": "\r", "␊": "\n"})
@@ -93,7 +95,54 @@ def test_every_operation_of_the_fault_table_is_accepted_where_it_stands(start_hu
     start_hub(complete).wait_for_cameras("cam")
 
 
-def test_no_document_links_to_a_file_that_is_not_there():
-    for document in [ROOT / "README.md", *(ROOT / "Docs").glob("*.md")]:
-        for target in re.findall(r"\]\(([^)#]+)(?:#[^)]*)?\)", document.read_text(encoding="utf-8")):
-            assert (document.parent / target).exists(), f"{document.name}: {target}"
+DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("Docs/**/*.md"), *ROOT.glob(".github/**/*.md")])
+
+# What looks like a path of the tree, but is made by a build, by a run of the hub or by a client.
+MADE_ELSEWHERE = ("build/", "build-", ".../", "P/")
+
+
+def dead_links(document):
+    """The targets of its links that lead to no file; those that leave the tree are not followed."""
+    targets = re.findall(r"\]\(([^)#]+)(?:#[^)]*)?\)", document.read_text(encoding="utf-8"))
+    return [target for target in targets if "://" not in target and not (document.parent / target).exists()]
+
+
+def is_in_tree(path):
+    """From the root; a header with its source also without their ending, a bare name wherever it lies."""
+    if "/" in path:
+        return (ROOT / path).exists() or (ROOT / f"{path}.h").exists()
+    return (ROOT / path).exists() or any(ROOT.glob(f"[A-Z]*/**/{path}"))  # not in a build
+
+
+def missing_paths(document):
+    """What stands in backticks outside of blocks, is made of the characters of a path, and either has a slash that it
+    does not begin with or ends like a source of ours, is a path of the tree."""
+    text = re.sub(r"^```.*?^```$", "", document.read_text(encoding="utf-8"), flags=re.MULTILINE | re.DOTALL)
+    named = re.findall(r"`([\w.-]+(?:/[\w.-]*)+|[\w.-]+\.(?:h|cpp|py|sh|md|cmake))`", text)
+    return [path for path in named if not path.startswith(MADE_ELSEWHERE) and not is_in_tree(path)]
+
+
+@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda document: document.relative_to(ROOT).as_posix())
+def test_the_links_and_paths_of_a_document_lead_to_what_is_there(document):
+    assert (dead_links(document), missing_paths(document)) == ([], [])
+
+
+def test_a_link_or_path_that_leads_nowhere_is_found(tmp_path):
+    document = tmp_path / "page.md"
+    document.write_text("""[here](page.md#top), [there](https://there.example/), [gone](gone.md), ![gone](gone.png)
+`README.md`, `Docs`, `Docs/`, `conftest.py`, `Framework/CXX/Common/Clock`, `/res/`, `build/bin`, `GET /res/`, `a.png`
+`Docs/gone`, `Gone/`, `gone.py`, `Framework/CXX/Common/Gone`
+""", encoding="utf-8")
+    assert dead_links(document) == ["gone.md", "gone.png"]
+    assert missing_paths(document) == ["Docs/gone", "Gone/", "gone.py", "Framework/CXX/Common/Gone"]
+
+
+def test_the_picture_of_the_readme_is_what_the_hub_takes(start_hub):
+    hub = start_hub(environment={"CAMERA_HUB_SIMULATION": None}).wait_for_cameras("simulated-camera")
+    exposure = int(re.search(r"--exposure-us (\d+)", (ROOT / "README.md").read_text(encoding="utf-8"))[1])
+    resid = hub.rpc().capture("simulated-camera", exposureInUs=exposure)["resid"]
+    taken = Image.open(io.BytesIO(hub.image(resid))).reduce(3)
+    with Image.open(ROOT / "Docs/images/first-picture.png") as shown:
+        above_the_caption = (0, 0, 640, 330)  # which tells the time
+        assert shown.size == taken.size
+        assert shown.crop(above_the_caption).tobytes() == taken.crop(above_the_caption).tobytes()
