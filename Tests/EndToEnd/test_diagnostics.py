@@ -34,6 +34,12 @@ def test_a_start_without_a_debugger_says_so_and_nothing_else(start_hub):
     assert hub.stderr() == ""
 
 
+def test_the_start_is_logged_before_the_listeners_are_made(start_hub):
+    hub = start_hub(scenario(faults={"DeviceInformation.CreateWatcher": {"message": "No devices today."}}))
+    failure = LogEntry("ERROR", SERVICE_LOGGER, "CameraEnumeration: could not create watcher - No devices today.")
+    assert hub.log() == [STARTED, failure]  # the listener on the RPC port looks for cameras while it is made
+
+
 def test_the_lines_reach_the_files_of_their_loggers(start_hub):
     hub = start_hub(scenario("cam")).wait_for_cameras("cam")
     assert "resid" in hub.rpc().capture("cam", exposureInUs=1000)

@@ -1,11 +1,12 @@
 """What ends the hub on purpose, and what must not: there is no guard against the former anywhere."""
 
+import resource
 import signal
 import socket
 import time
 
 import pytest
-from harness.hub import DEVICE_LOGGER, HTTP_PORT, RPC_PORT
+from harness.hub import DEVICE_LOGGER, HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER
 from harness.scenario import EXPOSURE, camera_group, scenario
 from harness.wait import wait_until
 
@@ -111,6 +112,21 @@ def test_a_port_that_is_taken_leaves_a_hub_without_it(start_hub, network, taken,
             assert hub.get("/res/x").status == 404
         assert hub.is_running()
         assert "ERROR" not in [entry.level for entry in hub.log()]
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="the sanitizers' own memory is where such a stack would be")
+def test_listeners_that_cannot_be_made_leave_a_hub_that_serves_nothing(start_hub, network):
+    limits = resource.getrlimit(resource.RLIMIT_STACK)
+    resource.setrlimit(resource.RLIMIT_STACK, (1 << 46, limits[1]))  # bytes; no thread gets a stack of this size
+    try:
+        hub = start_hub(scenario(), wait_for_ports=False, network=network)
+    finally:
+        resource.setrlimit(resource.RLIMIT_STACK, limits)
+    hub.wait_for_log("ERROR", SERVICE_LOGGER, "CameraHub encountered an error: Resource temporarily unavailable")
+    time.sleep(1)
+    assert hub.is_running()
+    assert not is_open(network, RPC_PORT)
+    assert not is_open(network, HTTP_PORT)
 
 
 def is_open(network, port):

@@ -1,6 +1,9 @@
 #include "Services/LarkspurWindowsCameraHub/ConnectedCameraMap.h"
 
 #include "Tests/Services/LarkspurWindowsCameraHub/OneCamera.h"
+#include "Tests/Support/WaitUntil.h"
+
+#include <future>
 
 namespace {
 
@@ -42,6 +45,19 @@ TEST_F(ConnectedCameraMapTest, CamerasHaveEntriesOfTheirOwn) {
     EXPECT_NE(first, second);
     EXPECT_EQ(map.find("D"), first);
     EXPECT_EQ(map.find("E"), second);
+}
+
+TEST_F(ConnectedCameraMapTest, WhoeverAsksWhileACameraIsBeingOpenedWaitsForItAndGetsIt) {
+    for (const bool asksToOpen : {false, true}) {
+        ConnectedCameraMap empty;
+        useScenario(oneCamera(withFaults("{}", R"("MediaCapture.InitializeAsync": {"fails": false, "delayMs": 300})")));
+        auto opening = std::async(std::launch::async, [&] { return empty.getOrCreate("D", found()); });
+        ASSERT_TRUE(waitUntil([&] { return timesCalled("MediaCapture.InitializeAsync") == 1; }));
+        const auto camera = asksToOpen ? empty.getOrCreate("D", found()) : empty.find("D");
+        EXPECT_NE(camera, nullptr);
+        EXPECT_EQ(camera, opening.get());
+        EXPECT_EQ(timesCalled("MediaCapture.InitializeAsync"), 1u);
+    }
 }
 
 TEST_F(ConnectedCameraMapTest, AFailureToOpenLeavesNoEntryAndNoLock) {

@@ -178,6 +178,15 @@ TEST_F(CreateMediaCapture, AFailureOfAnyStepIsLoggedAndTheCaptureClosed) {
     }
 }
 
+TEST_F(CreateMediaCapture, AfterAFailureTheCaptureIsClosedBeforeAnythingIsLogged) {
+    useScenario(groups(group("G", source("S"))) + R"(, "cameras": {"cam": {"faults": {
+        "MediaFrameSource.SetFormatAsync": {"message": "Opening", "code": -7},
+        "MediaCapture.Close": {"message": "Closing", "code": -8}}}})");
+    EXPECT_EQ(errorOf([] { open(); }).code(), -8) << "nothing guards the closing";
+    EXPECT_EQ(calls().back(), "MediaCapture.Close");
+    EXPECT_TRUE(lines().empty()) << "the closing comes first";
+}
+
 TEST_F(CreateMediaCapture, AFailedEnumerationOfTheGroupsIsLoggedAndTheCaptureClosed) {
     useScenario(groups(group("G", source("S"))) +
                 R"(, "faults": {"MediaFrameSourceGroup.FindAllAsync": {"message": "", "code": 7}})");

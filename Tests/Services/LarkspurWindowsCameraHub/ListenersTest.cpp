@@ -1,13 +1,34 @@
 #include "Services/LarkspurWindowsCameraHub/Listeners.h"
 
 #include "Platform/Interface/CameraPlatform.h"
+#include "Services/LarkspurWindowsCameraHubNonUWP/ServiceDiagnosticsAndLogging.h"
 #include "Tests/Support/SimulatedHub.h"
 
+#include <log4cxx/appenderskeleton.h>
+
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
 using Texts = std::vector<std::string>;
+
+/// Answers the first line that the service logs with a platform error, before anybody else sees the line. The search
+/// for cameras handles every such error but one that comes while it reports another.
+class RaisingAppender final : public log4cxx::AppenderSkeleton {
+public:
+    void close() override {}
+    bool requiresLayout() const override { return false; }
+
+protected:
+    void append(const log4cxx::spi::LoggingEventPtr&, log4cxx::helpers::Pool&) override {
+        if (!std::exchange(_hasRaised, true))
+            throw winrt::hresult_error(winrt::result::fail, u"Gerät lost.");
+    }
+
+private:
+    bool _hasRaised = false;
+};
 
 class ListenersTest : public SimulatedHub {
 protected:
@@ -25,6 +46,16 @@ TEST_F(ListenersTest, BothListenAndNothingIsLogged) {
     EXPECT_TRUE(listeners.rpcServer->isListening());
     EXPECT_TRUE(listeners.httpServer->isListening());
     EXPECT_EQ(linesOf("ERROR"), Texts{});
+}
+
+TEST_F(ListenersTest, APlatformErrorIsLoggedWithItsTextInUtf8AndLeavesNeither) {
+    const auto raising = std::make_shared<RaisingAppender>();
+    serviceLogger()->addAppender(raising);
+    const Listeners listeners = listenersAfter(winrt::hresult_error(winrt::result::fail, u"No cameras."));
+    serviceLogger()->removeAppender(raising);
+    EXPECT_EQ(listeners.rpcServer, nullptr);
+    EXPECT_EQ(listeners.httpServer, nullptr);
+    EXPECT_EQ(linesOf("ERROR"), (Texts{"CameraHub encountered an error: Gerät lost."}));
 }
 
 TEST_F(ListenersTest, AStandardExceptionIsLoggedAndLeavesNeither) {
