@@ -22,6 +22,3 @@ AutoSwitchOutcome switchAutoFocus(const Platform::MediaCapture& capture, bool on
 
 /// As switchAutoFocus.
 AutoSwitchOutcome switchAutoWhiteBalance(const Platform::MediaCapture& capture, bool on);
-
-/// How people are told that an automatic is on or off, blanks included.
-constexpr const char* onOrOff(bool on) { return on ? " on " : " off "; }

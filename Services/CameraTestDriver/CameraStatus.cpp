@@ -1,8 +1,8 @@
 #include "Services/CameraTestDriver/CameraStatus.h"
 
-#include "Services/CameraAccess/AutoSwitching.h"
-
 namespace {
+
+constexpr const char* onOrOff(bool on) { return on ? " on " : " off "; }
 
 void printExposure(Console& console, Platform::IVideoDeviceController& controller) {
     const auto newer = controller.ExposureControl();

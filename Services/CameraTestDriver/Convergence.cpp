@@ -1,78 +1,68 @@
 #include "Services/CameraTestDriver/Convergence.h"
 
-#include "Framework/CXX/Common/Clock.h"
 #include "Services/CameraAccess/AutoSwitching.h"
+#include "Services/CameraAccess/Convergence.h"
 
-#include <chrono>
+#include <map>
+#include <string_view>
 
 namespace {
 
-/// The time is fixed: nothing asks whether the controls have settled.
-constexpr std::chrono::milliseconds convergenceTime{2000};
+struct Line {
+    std::string_view on;
+    std::string_view off;
+};
+
+using Lines = std::map<AutoSwitchOutcome, Line>;
+
+void write(Console& console, const Lines& lines, AutoSwitchOutcome outcome, bool on) {
+    const Line& line = lines.at(outcome);
+    console.writeLine(on ? line.on : line.off);
+}
 
 void autoExposure(Console& console, const Platform::MediaCapture& capture, bool on) {
-    switch (switchAutoExposure(capture, on)) {
-    case AutoSwitchOutcome::SwitchedNewer:
-        return console.writeLine("Auto ExposureControl: ", onOrOff(on));
-    case AutoSwitchOutcome::SwitchedOlder:
-        return console.writeLine("Auto Exposure: ", onOrOff(on));
-    case AutoSwitchOutcome::Refused:
-        return console.writeLine("Can't set auto exposure: ", onOrOff(on));
-    case AutoSwitchOutcome::NoAutoMode:
-    case AutoSwitchOutcome::NoControl:
-        return console.writeLine("No exposure control supported");
-    }
+    using enum AutoSwitchOutcome;
+    static const Lines lines{
+        {SwitchedNewer, {"Auto ExposureControl:  on ", "Auto ExposureControl:  off "}},
+        {SwitchedOlder, {"Auto Exposure:  on ", "Auto Exposure:  off "}},
+        {Refused, {"Can't set auto exposure:  on ", "Can't set auto exposure:  off "}},
+        {NoControl, {"No exposure control supported", "No exposure control supported"}},
+    };
+    write(console, lines, switchAutoExposure(capture, on), on);
 }
 
 void autoFocus(Console& console, const Platform::MediaCapture& capture, bool on) {
-    switch (switchAutoFocus(capture, on)) {
-    case AutoSwitchOutcome::SwitchedNewer:
-    case AutoSwitchOutcome::SwitchedOlder:
-        return console.writeLine("Auto Focus: ", onOrOff(on));
-    case AutoSwitchOutcome::Refused:
-        return console.writeLine("Can't set auto focus: ", onOrOff(on));
-    case AutoSwitchOutcome::NoAutoMode:
-        return console.writeLine(on ? "Auto Focus not supported" : "Auto Focus is off");
-    case AutoSwitchOutcome::NoControl:
-        return console.writeLine("No focus control supported");
-    }
+    using enum AutoSwitchOutcome;
+    static const Lines lines{
+        {SwitchedNewer, {"Auto Focus:  on ", "Auto Focus:  off "}},
+        {SwitchedOlder, {"Auto Focus:  on ", "Auto Focus:  off "}},
+        {Refused, {"Can't set auto focus:  on ", "Can't set auto focus:  off "}},
+        {NoAutoMode, {"Auto Focus not supported", "Auto Focus is off"}},
+        {NoControl, {"No focus control supported", "No focus control supported"}},
+    };
+    write(console, lines, switchAutoFocus(capture, on), on);
 }
 
 void autoWhiteBalance(Console& console, const Platform::MediaCapture& capture, bool on) {
-    switch (switchAutoWhiteBalance(capture, on)) {
-    case AutoSwitchOutcome::SwitchedNewer:
-    case AutoSwitchOutcome::SwitchedOlder:
-        return console.writeLine("Auto WB: ", onOrOff(on));
-    case AutoSwitchOutcome::Refused:
-        return console.writeLine("Can't set auto WB: ", onOrOff(on));
-    case AutoSwitchOutcome::NoAutoMode:
-        return console.writeLine(on ? "Auto White Balance not supported" : "Auto White Balance is off");
-    case AutoSwitchOutcome::NoControl:
-        return console.writeLine("No white balance supported");
-    }
+    using enum AutoSwitchOutcome;
+    static const Lines lines{
+        {SwitchedNewer, {"Auto WB:  on ", "Auto WB:  off "}},
+        {SwitchedOlder, {"Auto WB:  on ", "Auto WB:  off "}},
+        {Refused, {"Can't set auto WB:  on ", "Can't set auto WB:  off "}},
+        {NoAutoMode, {"Auto White Balance not supported", "Auto White Balance is off"}},
+        {NoControl, {"No white balance supported", "No white balance supported"}},
+    };
+    write(console, lines, switchAutoWhiteBalance(capture, on), on);
 }
 
 } // namespace
 
 void converge(Console& console, const DriverConnection& connection, bool exposure, bool focus, bool wb) {
-    if (!exposure && !focus && !wb)
-        return;
     const auto& capture = connection.mediaCapture;
-    console.writeLine("Turning on a preview stream to converge: ", exposure ? "[exposure] " : "",
-                      focus ? "[focus] " : "", wb ? "[WB] " : "");
-    console.writeLine("Turn auto settings on or off..");
-    autoExposure(console, capture, exposure);
-    autoFocus(console, capture, focus);
-    autoWhiteBalance(console, capture, wb);
-
-    console.writeLine("Converging..");
-    Halden::currentClock()->sleepFor(convergenceTime);
-
-    console.writeLine("Done... turn off auto settings for future captures..");
-    if (exposure)
-        autoExposure(console, capture, false);
-    if (focus)
-        autoFocus(console, capture, false);
-    if (wb)
-        autoWhiteBalance(console, capture, false);
+    converge(exposure, focus, wb,
+             {.autoExposure = [&](bool on) { autoExposure(console, capture, on); },
+              .autoFocus = [&](bool on) { autoFocus(console, capture, on); },
+              .autoWhiteBalance = [&](bool on) { autoWhiteBalance(console, capture, on); },
+              .tell = [&](const std::string& line) { console.writeLine(line); },
+              .firstLineEnd = ""});
 }

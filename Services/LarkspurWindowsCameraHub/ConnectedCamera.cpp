@@ -4,6 +4,7 @@
 #include "Platform/Interface/AsyncWait.h"
 #include "Platform/Interface/DataReader.h"
 #include "Platform/Interface/InMemoryRandomAccessStream.h"
+#include "Services/CameraAccess/Convergence.h"
 #include "Services/LarkspurWindowsCameraHub/AutoControls.h"
 #include "Services/LarkspurWindowsCameraHub/CameraHelper.h"
 #include "Services/LarkspurWindowsCameraHub/ExposureRange.h"
@@ -21,7 +22,6 @@ using std::chrono::milliseconds;
 namespace {
 
 constexpr milliseconds captureTimeout{10000};
-constexpr milliseconds convergenceTime{2000};
 
 } // namespace
 
@@ -81,26 +81,12 @@ std::vector<unsigned char> ConnectedCamera::capturePhotoAsRawPNG() {
 }
 
 void ConnectedCamera::enableAndConvergeAuto(bool exposure, bool focus, bool wb) {
-    if (!exposure && !focus && !wb)
-        return;
-    LOG4CXX_DEBUG(deviceLogger(), "Turning on a preview stream to converge: "
-                                      << (exposure ? "[exposure] " : "") << (focus ? "[focus] " : "")
-                                      << (wb ? "[WB] " : "") << cameraNameSuffix());
-    LOG4CXX_DEBUG(deviceLogger(), "Turn auto settings on or off..");
-    autoExposure(mediaCapture, exposure);
-    autoFocus(mediaCapture, focus);
-    autoWhiteBalance(mediaCapture, wb);
-
-    LOG4CXX_DEBUG(deviceLogger(), "Converging..");
-    Halden::currentClock()->sleepFor(convergenceTime);
-
-    LOG4CXX_DEBUG(deviceLogger(), "Done... turn off auto settings for future captures..");
-    if (exposure)
-        autoExposure(mediaCapture, false);
-    if (focus)
-        autoFocus(mediaCapture, false);
-    if (wb)
-        autoWhiteBalance(mediaCapture, false);
+    converge(exposure, focus, wb,
+             {.autoExposure = [this](bool on) { autoExposure(mediaCapture, on); },
+              .autoFocus = [this](bool on) { autoFocus(mediaCapture, on); },
+              .autoWhiteBalance = [this](bool on) { autoWhiteBalance(mediaCapture, on); },
+              .tell = [](const std::string& line) { LOG4CXX_DEBUG(deviceLogger(), line); },
+              .firstLineEnd = cameraNameSuffix()});
 }
 
 microseconds ConnectedCamera::setExposure(microseconds exposure, milliseconds delay) {
