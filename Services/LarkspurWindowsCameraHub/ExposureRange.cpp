@@ -1,18 +1,16 @@
 #include "Services/LarkspurWindowsCameraHub/ExposureRange.h"
 
 #include <cmath>
-#include <limits>
 
 namespace {
 
 constexpr std::int32_t microsecondsPerSecond = 1000000;
 
-/// The low five bits of the magnitude, as a 32-bit shift takes them; 0 for what no integer can hold.
+/// The low five bits of the magnitude, as a 32-bit shift takes them; 0 for what is no number.
 std::uint32_t shiftOf(double exponent) {
-    const double magnitude = std::fabs(std::round(exponent));
-    if (!(magnitude <= std::numeric_limits<std::int32_t>::max()))
+    if (!std::isfinite(exponent))
         return 0;
-    return static_cast<std::uint32_t>(magnitude) & 31U;
+    return static_cast<std::uint32_t>(std::fmod(std::fabs(std::round(exponent)), 32.0));
 }
 
 } // namespace

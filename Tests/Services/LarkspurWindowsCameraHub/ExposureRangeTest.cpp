@@ -57,6 +57,17 @@ TEST(ExponentToMicroseconds, OnlyTheLowFiveBitsOfTheMagnitudeShift) {
     EXPECT_EQ(exponentToMicroseconds(-31), microseconds(0));
 }
 
+TEST(ExponentToMicroseconds, OnlyTheLowFiveBitsShiftBeyond32BitsToo) {
+    EXPECT_EQ(exponentToMicroseconds(2147483647.0), microseconds(0)); // 31
+    EXPECT_EQ(exponentToMicroseconds(2147483649.0), microseconds(2000000));
+    EXPECT_EQ(exponentToMicroseconds(-2147483649.0), microseconds(500000));
+    EXPECT_EQ(exponentToMicroseconds(4294967298.0), microseconds(4000000));
+    EXPECT_EQ(exponentToMicroseconds(-4503599627370499.0), microseconds(125000)); // 2^52 + 3
+    EXPECT_EQ(exponentToMicroseconds(9223372036854775808.0), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(std::numeric_limits<double>::max()), microseconds(1000000));
+    EXPECT_EQ(exponentToMicroseconds(std::numeric_limits<double>::lowest()), microseconds(1000000));
+}
+
 TEST(ExponentToMicroseconds, ValuesThatNoIntegerHoldsDoNotShift) {
     EXPECT_EQ(exponentToMicroseconds(std::numeric_limits<double>::infinity()), microseconds(1000000));
     EXPECT_EQ(exponentToMicroseconds(-std::numeric_limits<double>::infinity()), microseconds(1000000));
