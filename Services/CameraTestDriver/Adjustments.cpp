@@ -40,8 +40,7 @@ void report(Console& console, std::string_view range, std::string_view set, cons
 
 void stepOlder(Console& console, Platform::IMediaDeviceControl& control, bool up, AfterRefusal afterRefusal,
                const StepTexts& texts) {
-    const auto capabilities = control.Capabilities();
-    if (!capabilities.Supported)
+    if (!control.Capabilities().Supported)
         return console.writeLine(texts.unsupported);
 
     const auto isTheEnd = [&](bool isDone, std::string_view refusal) {
@@ -51,6 +50,7 @@ void stepOlder(Console& console, Platform::IMediaDeviceControl& control, bool up
     };
     if (isTheEnd(control.TrySetAuto(false), texts.autoRefused))
         return;
+    const auto capabilities = control.Capabilities(); // with the automatic off they may be others
     double value = 0.0;
     if (isTheEnd(control.TryGetValue(value), texts.readRefused))
         return;

@@ -78,6 +78,14 @@ TEST_F(Adjustments, BrightnessThatCannotBeSetIsReportedWithWhatTheCameraHas) {
         "Brightness set to: 4.000000. Latched to: 7.000000\n");
 }
 
+TEST_F(Adjustments, TheStepAndTheRangeAreReadOnceTheAutomaticIsOff) {
+    useCamera(R"({"brightness": {"supported": true, "max": 10, "step": 1},
+                  "faults": {"MediaDeviceControl.Capabilities": {"code": -7, "after": 1}}})");
+    TypedConsole console;
+    EXPECT_EQ(errorOf([&] { adjustBrightness(console, openCamera(), up); }).code(), -7);
+    EXPECT_EQ(changes(), Texts{"MediaDeviceControl.TrySetAuto Brightness[false]"});
+}
+
 TEST_F(Adjustments, ContrastIsSteppedLikeBrightness) {
     EXPECT_EQ(
         run(adjustContrast, down, R"({"contrast": {"supported": true, "min": 0, "max": 10, "step": 0.5, "value": 2}})"),
