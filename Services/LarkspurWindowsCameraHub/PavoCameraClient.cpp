@@ -12,7 +12,6 @@
 #include <limits>
 #include <utility>
 
-using Halden::paramsMember;
 using Halden::RunCatch;
 using Halden::LarkspurWindowsCameraHub::Exceptions::MethodNotSupported;
 using Halden::LarkspurWindowsCameraHub::Exceptions::ServiceException;
@@ -31,6 +30,10 @@ Json::Value captureFailure(CaptureFailure code, const char* message) {
     return result;
 }
 
+const Json::Value& parameter(const Json::Value& request, const char* name) {
+    return Halden::member(request, ProtocolNames::params, name);
+}
+
 /// Toward zero; beyond the range of an int its nearer end.
 int truncated(double value) {
     return static_cast<int>(
@@ -40,18 +43,17 @@ int truncated(double value) {
 // A member that is missing reads as 0. The default stands in only for one that cannot be converted.
 
 int readExposureInUs(int defaultValue, const Json::Value& request) {
-    return RunCatch(defaultValue, [&] { return Halden::asInt(paramsMember(request, ProtocolNames::exposureInUs)); });
+    return RunCatch(defaultValue, [&] { return Halden::asInt(parameter(request, ProtocolNames::exposureInUs)); });
 }
 
 int readExposureChangeDelay(int defaultValue, const Json::Value& request) {
     return RunCatch(defaultValue,
-                    [&] { return Halden::asInt(paramsMember(request, ProtocolNames::exposureChangeDelayInMs)); });
+                    [&] { return Halden::asInt(parameter(request, ProtocolNames::exposureChangeDelayInMs)); });
 }
 
 int readExposureInPercent(int defaultValue, const Json::Value& request) {
-    return RunCatch(defaultValue, [&] {
-        return truncated(Halden::asDouble(paramsMember(request, ProtocolNames::exposureInPercent)));
-    });
+    return RunCatch(defaultValue,
+                    [&] { return truncated(Halden::asDouble(parameter(request, ProtocolNames::exposureInPercent))); });
 }
 
 } // namespace
@@ -124,10 +126,10 @@ Json::Value PavoCameraClient::discoverHandler(const Json::Value&) {
 }
 
 Json::Value PavoCameraClient::captureHandler(const Json::Value& request) {
-    const std::string uid = Halden::asString(paramsMember(request, ProtocolNames::to));
+    const std::string uid = Halden::asString(parameter(request, ProtocolNames::to));
     const int exposureInUs = readExposureInUs(0, request);
     const double exposureInPercent = readExposureInPercent(0, request);
-    const double gain = Halden::asDouble(paramsMember(request, ProtocolNames::gainInPercent));
+    const double gain = Halden::asDouble(parameter(request, ProtocolNames::gainInPercent));
     const int delay = readExposureChangeDelay(500, request);
 
     if (uid.empty())
@@ -146,7 +148,7 @@ Json::Value PavoCameraClient::captureHandler(const Json::Value& request) {
 }
 
 Json::Value PavoCameraClient::redirectDiagnosticsHandler(const Json::Value& request) {
-    const std::string path = Halden::asString(paramsMember(request, ProtocolNames::path));
+    const std::string path = Halden::asString(parameter(request, ProtocolNames::path));
     cameraServer->redirectDiagnostics(static_cast<int>(socketDescriptor), path);
     return 0;
 }

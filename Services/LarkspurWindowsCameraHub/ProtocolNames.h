@@ -24,6 +24,7 @@ inline constexpr const char* make = "make";
 inline constexpr const char* message = "message";
 inline constexpr const char* method = "method";
 inline constexpr const char* model = "model";
+inline constexpr const char* params = "params";
 inline constexpr const char* path = "path";
 inline constexpr const char* resid = "resid";
 inline constexpr const char* resolutionX = "resolutionX";

@@ -27,9 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     mayRaise([&] { Halden::asString(Halden::member(message, "method")); });
-    mayRaise([&] { Halden::asString(Halden::paramsMember(message, "to")); });
-    mayRaise([&] { Halden::asInt(Halden::paramsMember(message, "exposureInUs")); });
-    mayRaise([&] { Halden::asDouble(Halden::paramsMember(message, "exposureInPercent")); });
+    mayRaise([&] { Halden::asString(Halden::member(message, "params", "to")); });
+    mayRaise([&] { Halden::asInt(Halden::member(message, "params", "exposureInUs")); });
+    mayRaise([&] { Halden::asDouble(Halden::member(message, "params", "exposureInPercent")); });
 
     const std::string written = Json::HaldenPlainWriter().write(message);
     require(written.find('\n') == std::string::npos, "a written message is one line");

@@ -41,9 +41,9 @@ const Json::Value& member(const Json::Value& request, const std::string& name) {
     }
 }
 
-const Json::Value& paramsMember(const Json::Value& request, const std::string& name) {
-    const Json::Value& params = member(request, "params");
-    return params.isObject() ? memberOfObject(params, name) : Json::Value::nullSingleton();
+const Json::Value& member(const Json::Value& request, const std::string& object, const std::string& name) {
+    const Json::Value& inner = member(request, object);
+    return inner.isObject() ? memberOfObject(inner, name) : Json::Value::nullSingleton();
 }
 
 std::string asString(const Json::Value& value) {

@@ -12,9 +12,9 @@ namespace Halden {
 /// members; a number, string or boolean there raises.
 const Json::Value& member(const Json::Value& request, const std::string& name);
 
-/// A member of the request's "params"; the null value if there is none. "params" of another type than
-/// object has no members. Raises as member() does.
-const Json::Value& paramsMember(const Json::Value& request, const std::string& name);
+/// A member of a member of the request; the null value if there is none. What is no object has no members, but
+/// the request itself raises as in member().
+const Json::Value& member(const Json::Value& request, const std::string& object, const std::string& name);
 
 /// null is empty, booleans become their words; everything but these and strings raises.
 std::string asString(const Json::Value& value);

@@ -13,7 +13,6 @@ using Halden::asDouble;
 using Halden::asInt;
 using Halden::asString;
 using Halden::member;
-using Halden::paramsMember;
 
 namespace {
 
@@ -22,6 +21,10 @@ Json::Value json(const std::string& text) {
     std::string errors;
     EXPECT_TRUE(Halden::parseMessage(text, root, errors)) << text << ": " << errors;
     return root;
+}
+
+const Json::Value& paramsMember(const Json::Value& request, const std::string& name) {
+    return member(request, "params", name);
 }
 
 /// The text of the std::runtime_error that the operation throws.
