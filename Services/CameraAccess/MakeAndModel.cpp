@@ -8,11 +8,19 @@
 
 namespace {
 
-const std::u16string deviceInstanceIdKey = u"System.Devices.DeviceInstanceId";
-const std::u16string deviceManufacturerKey = u"System.Devices.DeviceManufacturer";
-const std::u16string containerIdKey = u"System.Devices.ContainerId";
-const std::u16string modelNameKey = u"System.Devices.ModelName";
-const std::u16string manufacturerKey = u"System.Devices.Manufacturer";
+struct PropertyKeys {
+    std::u16string deviceInstanceId = u"System.Devices.DeviceInstanceId";
+    std::u16string deviceManufacturer = u"System.Devices.DeviceManufacturer";
+    std::u16string containerId = u"System.Devices.ContainerId";
+    std::u16string modelName = u"System.Devices.ModelName";
+    std::u16string manufacturer = u"System.Devices.Manufacturer";
+};
+
+/// Built on first use, by whichever of the platform's threads comes first.
+const PropertyKeys& propertyKeys() {
+    static const PropertyKeys keys;
+    return keys;
+}
 
 Platform::PropertyMap propertiesOf(const std::u16string& id, const std::vector<std::u16string>& names,
                                    Platform::DeviceInformationKind kind) {
@@ -30,21 +38,22 @@ bool assignText(std::string& text, const Platform::PropertyMap& properties, cons
 } // namespace
 
 void getMakeAndModel(const Platform::DeviceInformation& device, std::string& model, std::string& make) {
+    const PropertyKeys& keys = propertyKeys();
     bool isMakeFound = false;
     const Platform::PropertyMap properties = device->Properties();
 
-    if (properties.HasKey(deviceInstanceIdKey)) {
-        const std::u16string& nodeId = Platform::unboxString(properties.Lookup(deviceInstanceIdKey));
-        const auto node = propertiesOf(nodeId, {deviceManufacturerKey}, Platform::DeviceInformationKind::Device);
-        isMakeFound = assignText(make, node, deviceManufacturerKey);
+    if (properties.HasKey(keys.deviceInstanceId)) {
+        const std::u16string& nodeId = Platform::unboxString(properties.Lookup(keys.deviceInstanceId));
+        const auto node = propertiesOf(nodeId, {keys.deviceManufacturer}, Platform::DeviceInformationKind::Device);
+        isMakeFound = assignText(make, node, keys.deviceManufacturer);
     }
-    if (properties.HasKey(containerIdKey)) {
-        const Platform::Guid& guid = Platform::unboxGuid(properties.Lookup(containerIdKey));
+    if (properties.HasKey(keys.containerId)) {
+        const Platform::Guid& guid = Platform::unboxGuid(properties.Lookup(keys.containerId));
         const auto container =
-            propertiesOf(Halden::toUtf16(Platform::guidToText(guid)), {modelNameKey, manufacturerKey},
+            propertiesOf(Halden::toUtf16(Platform::guidToText(guid)), {keys.modelName, keys.manufacturer},
                          Platform::DeviceInformationKind::DeviceContainer);
-        assignText(model, container, modelNameKey);
+        assignText(model, container, keys.modelName);
         if (!isMakeFound)
-            assignText(make, container, manufacturerKey);
+            assignText(make, container, keys.manufacturer);
     }
 }
