@@ -59,6 +59,19 @@ def test_a_data_folder_that_does_not_exist_ends_the_start(start_hub, tmp_path):
     assert not (tmp_path / "missing").exists()
 
 
+def test_a_configuration_of_the_logging_library_where_the_hub_is_started_is_not_read(start_hub):
+    hub = start_hub(scenario(), start=False)
+    (hub.folder / "log4j.properties").write_text(
+        "log4j.rootLogger=DEBUG, Stray\n"
+        "log4j.appender.Stray=org.apache.log4j.FileAppender\n"
+        "log4j.appender.Stray.File=stray.log\n"
+        "log4j.appender.Stray.layout=org.apache.log4j.SimpleLayout\n"
+    )
+    hub.start()
+    assert STARTED in hub.log()
+    assert not (hub.folder / "stray.log").exists()
+
+
 def test_an_edited_configuration_is_kept_and_obeyed(start_hub):
     hub = start_hub(scenario())
     file = hub.data_folder / "logging.properties"

@@ -13,6 +13,8 @@ namespace {
 // The name of this source as the log gives it: the same wherever the tree was built.
 constexpr const char* sourceName = "Framework/CXX/Common/RunCatch";
 
+/// On first use, not when the program starts: the first logger that log4cxx is asked for before it has been given
+/// its configuration makes it read one of its own from the folder in which the program was started.
 const log4cxx::LoggerPtr& runCatchLogger() {
     static const log4cxx::LoggerPtr logger = log4cxx::Logger::getLogger("Common.RunCatch");
     return logger;
@@ -27,6 +29,8 @@ void logCaughtException(const std::string& description) {
                                               static_cast<const char*>(__PRETTY_FUNCTION__), __LINE__);
     logger->forcedLog(log4cxx::Level::getError(), buffer.str(buffer << "Caught exception: " << description), location);
 }
+
+std::vector<CatchHandler> handlers{logCaughtException};
 
 } // namespace
 
@@ -48,10 +52,7 @@ std::string HaldenExceptionBase::getDescriptionUtf8() const { return toUtf8(getD
 
 HaldenException::HaldenException(std::u16string text) : HaldenExceptionBase(std::move(text), {}, unknownLine) {}
 
-std::vector<CatchHandler>& catchHandlers() {
-    static std::vector<CatchHandler> handlers{logCaughtException};
-    return handlers;
-}
+std::vector<CatchHandler>& catchHandlers() { return handlers; }
 
 std::string describeException(std::exception_ptr exception) {
     if (!exception)
