@@ -69,32 +69,39 @@ void printImageIds(Console& console) {
         console.writeLine(i + 1, ": ", imageIdToText(imageIds()[i]));
 }
 
+/// False for a number that is no command from 2 to 9: the even ones step up, the odd ones down.
+bool adjust(std::int32_t choice, Console& console, const Platform::MediaCapture& capture) {
+    switch (choice) {
+    case 2:
+    case 3:
+        adjustExposure(console, capture, choice == 2);
+        return true;
+    case 4:
+    case 5:
+        adjustBrightness(console, capture, choice == 4);
+        return true;
+    case 6:
+    case 7:
+        adjustContrast(console, capture, choice == 6);
+        return true;
+    case 8:
+    case 9:
+        adjustIso(console, capture, choice == 8);
+        return true;
+    default:
+        return false;
+    }
+}
+
 /// False for a number that is no command from 0 to 13.
 bool carryOut(std::int32_t choice, Console& console, DriverConnection& connection,
               const Platform::StorageFolder& folder) {
-    const auto& capture = connection.mediaCapture;
     switch (choice) {
     case 0:
         printHelp(console);
         break;
     case 1:
         convergeAsAsked(console, connection);
-        break;
-    case 2:
-    case 3:
-        adjustExposure(console, capture, choice == 2);
-        break;
-    case 4:
-    case 5:
-        adjustBrightness(console, capture, choice == 4);
-        break;
-    case 6:
-    case 7:
-        adjustContrast(console, capture, choice == 6);
-        break;
-    case 8:
-    case 9:
-        adjustIso(console, capture, choice == 8);
         break;
     case 10:
         takePicture(console, connection);
@@ -109,7 +116,7 @@ bool carryOut(std::int32_t choice, Console& console, DriverConnection& connectio
         console.writeLine("ERROR: PC LOAD LETTER (0x80A4FFE7)"); // the driver has no printing
         break;
     default:
-        return false;
+        return adjust(choice, console, connection.mediaCapture);
     }
     return true;
 }
