@@ -37,7 +37,7 @@ bool assignText(std::string& text, const Platform::PropertyMap& properties, cons
 
 } // namespace
 
-void getMakeAndModel(const Platform::DeviceInformation& device, std::string& model, std::string& make) {
+void getMakeAndModel(Platform::DeviceInformation device, std::string& model, std::string& make) {
     const PropertyKeys& keys = propertyKeys();
     bool isMakeFound = false;
     const Platform::PropertyMap properties = device->Properties();

@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds settlingTime{500};
 
 /// What the watcher calls for an event: nothing once this object has gone. No exception reaches the
 /// platform's thread; a failure becomes the result code.
-template <typename... Args> auto CameraEnumeration::delegate(void (CameraEnumeration::*handler)(const Args&...)) {
+template <typename... Args> auto CameraEnumeration::delegate(void (CameraEnumeration::*handler)(Args...)) {
     return [weak = weak_from_this(), handler](const Args&... args) -> winrt::hresult {
         const auto self = weak.lock();
         if (!self)
@@ -53,7 +53,7 @@ std::map<std::string, FoundCamera> CameraEnumeration::getCameras() const {
     return cameras;
 }
 
-void CameraEnumeration::Watcher_DeviceAdded(const Platform::DeviceWatcher&, const Platform::DeviceInformation& device) {
+void CameraEnumeration::Watcher_DeviceAdded(Platform::DeviceWatcher, Platform::DeviceInformation device) {
     Halden::currentClock()->sleepFor(settlingTime);
     const auto found = CameraHelper::processDeviceInfo(device);
 
@@ -64,22 +64,20 @@ void CameraEnumeration::Watcher_DeviceAdded(const Platform::DeviceWatcher&, cons
         LOG4CXX_INFO(serviceLogger(), "Device added: " << toUtf8(device->Id()));
 }
 
-void CameraEnumeration::Watcher_DeviceUpdated(const Platform::DeviceWatcher&,
-                                              const Platform::DeviceInformationUpdate& update) {
+void CameraEnumeration::Watcher_DeviceUpdated(Platform::DeviceWatcher, Platform::DeviceInformationUpdate update) {
     std::lock_guard lock(camerasMutex);
     const auto known = cameras.find(toUtf8(update->Id()));
     if (known != cameras.end())
         known->second.deviceInformation->Update(update);
 }
 
-void CameraEnumeration::Watcher_DeviceRemoved(const Platform::DeviceWatcher&,
-                                              const Platform::DeviceInformationUpdate& update) {
+void CameraEnumeration::Watcher_DeviceRemoved(Platform::DeviceWatcher, Platform::DeviceInformationUpdate update) {
     std::lock_guard lock(camerasMutex);
     const std::string id = toUtf8(update->Id());
     cameras.erase(id);
     LOG4CXX_INFO(serviceLogger(), "Device removed: " << id);
 }
 
-void CameraEnumeration::Watcher_EnumerationCompleted(const Platform::DeviceWatcher&) {}
+void CameraEnumeration::Watcher_EnumerationCompleted(Platform::DeviceWatcher) {}
 
-void CameraEnumeration::Watcher_Stopped(const Platform::DeviceWatcher&) {}
+void CameraEnumeration::Watcher_Stopped(Platform::DeviceWatcher) {}

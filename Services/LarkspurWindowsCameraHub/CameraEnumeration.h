@@ -23,13 +23,13 @@ public:
     bool isWatcherStarted() const { return watcherStarted; }
 
 private:
-    void Watcher_DeviceAdded(const Platform::DeviceWatcher& sender, const Platform::DeviceInformation& device);
-    void Watcher_DeviceUpdated(const Platform::DeviceWatcher& sender, const Platform::DeviceInformationUpdate& update);
-    void Watcher_DeviceRemoved(const Platform::DeviceWatcher& sender, const Platform::DeviceInformationUpdate& update);
-    void Watcher_EnumerationCompleted(const Platform::DeviceWatcher& sender);
-    void Watcher_Stopped(const Platform::DeviceWatcher& sender);
+    void Watcher_DeviceAdded(Platform::DeviceWatcher sender, Platform::DeviceInformation device);
+    void Watcher_DeviceUpdated(Platform::DeviceWatcher sender, Platform::DeviceInformationUpdate update);
+    void Watcher_DeviceRemoved(Platform::DeviceWatcher sender, Platform::DeviceInformationUpdate update);
+    void Watcher_EnumerationCompleted(Platform::DeviceWatcher sender);
+    void Watcher_Stopped(Platform::DeviceWatcher sender);
 
-    template <typename... Args> auto delegate(void (CameraEnumeration::*handler)(const Args&...));
+    template <typename... Args> auto delegate(void (CameraEnumeration::*handler)(Args...));
 
     mutable std::mutex camerasMutex; // guards cameras
     Platform::DeviceWatcher watcher;

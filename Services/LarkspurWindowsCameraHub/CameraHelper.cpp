@@ -68,7 +68,7 @@ FoundCamera describeSource(const Platform::MediaFrameSourceInfo& source,
 
 } // namespace
 
-std::vector<FoundCamera> CameraHelper::processDeviceInfo(const Platform::DeviceInformation& device) {
+std::vector<FoundCamera> CameraHelper::processDeviceInfo(Platform::DeviceInformation device) {
     std::vector<FoundCamera> cameras;
     try {
         const auto group = blockingWait(Platform::cameraPlatform()->FromIdAsync(device->Id()));
@@ -92,7 +92,7 @@ std::vector<FoundCamera> CameraHelper::processDeviceInfo(const Platform::DeviceI
     return cameras;
 }
 
-std::int32_t CameraHelper::PickBestVideoProfile(const Platform::MediaFrameSourceInfo& source, double minimumFrameRate) {
+std::int32_t CameraHelper::PickBestVideoProfile(Platform::MediaFrameSourceInfo source, double minimumFrameRate) {
     const auto profiles = videoProfilesOf(source);
     const std::int32_t best = bestVideoProfile(profiles, minimumFrameRate);
     const auto& profile = profiles.GetAt(static_cast<std::uint32_t>(best));
@@ -117,7 +117,7 @@ Platform::MediaCapture CameraHelper::CreateMediaCapture(FoundCamera camera) {
     return capture;
 }
 
-void printMediaDesc(const Platform::MediaCaptureVideoProfileMediaDescription& description) {
+void printMediaDesc(Platform::MediaCaptureVideoProfileMediaDescription description) {
     std::ostringstream line;
     line << toUtf8(description.Subtype) << ": " << description.Width << "x" << description.Height << " @ "
          << static_cast<std::int64_t>(description.FrameRate) << "."

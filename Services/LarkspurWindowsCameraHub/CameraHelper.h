@@ -13,12 +13,12 @@ namespace CameraHelper {
 /// The records of the colour sources in the group of a device that the watcher reported, in the group's
 /// order. Opens each camera briefly to learn its exposure range. Never raises a platform failure: it logs
 /// it and returns the records made before it.
-std::vector<FoundCamera> processDeviceInfo(const Platform::DeviceInformation& device);
+std::vector<FoundCamera> processDeviceInfo(Platform::DeviceInformation device);
 
 /// The position of the source's best video profile: the largest picture, among those the highest frame
 /// rate, among those the last. A profile has to exceed the frame rate to count as an improvement. Raises
 /// outOfBounds for a source without such a profile, noInterface for one that describes none.
-std::int32_t PickBestVideoProfile(const Platform::MediaFrameSourceInfo& source, double minimumFrameRate);
+std::int32_t PickBestVideoProfile(Platform::MediaFrameSourceInfo source, double minimumFrameRate);
 
 /// Opens the camera for video, in the format of its record. Does not raise: after a failure, which it
 /// logs, the capture is closed; for a camera that the platform does not have it is uninitialised. Its
@@ -28,4 +28,4 @@ Platform::MediaCapture CreateMediaCapture(FoundCamera camera);
 } // namespace CameraHelper
 
 /// Logs a video profile as one line, "NV12: 1920x1080 @ 29.97 fps". The hundredths have no leading zero.
-void printMediaDesc(const Platform::MediaCaptureVideoProfileMediaDescription& description);
+void printMediaDesc(Platform::MediaCaptureVideoProfileMediaDescription description);

@@ -36,7 +36,7 @@ public:
 
     std::vector<CameraDescription> discover() const;
     std::shared_ptr<ConnectedCamera> getCamera(const std::string& uid);
-    CaptureResult captureImage(const std::shared_ptr<ConnectedCamera>& camera, int exposureInUs, int percentSelector,
+    CaptureResult captureImage(std::shared_ptr<ConnectedCamera> camera, int exposureInUs, int percentSelector,
                                double percent, int exposureChangeDelayInMs);
     std::vector<unsigned char> getImage(const std::string& id) const;
     void redirectDiagnostics(int client, const std::string& path);
@@ -76,8 +76,8 @@ std::shared_ptr<ConnectedCamera> CameraServer::impl::getCamera(const std::string
     return camera;
 }
 
-CameraServer::CaptureResult CameraServer::impl::captureImage(const std::shared_ptr<ConnectedCamera>& camera,
-                                                             int exposureInUs, int percentSelector, double percent,
+CameraServer::CaptureResult CameraServer::impl::captureImage(std::shared_ptr<ConnectedCamera> camera, int exposureInUs,
+                                                             int percentSelector, double percent,
                                                              int exposureChangeDelayInMs) {
     try {
         CaptureResult result;
@@ -151,7 +151,7 @@ CameraServer::~CameraServer() = default;
 
 std::vector<CameraDescription> CameraServer::discover() const { return pimpl->discover(); }
 
-std::shared_ptr<ConnectedCamera> CameraServer::getCamera(const std::string& uid) { return pimpl->getCamera(uid); }
+std::shared_ptr<ConnectedCamera> CameraServer::getCamera(std::string uid) { return pimpl->getCamera(uid); }
 
 CameraServer::CaptureResult CameraServer::captureImage(std::shared_ptr<ConnectedCamera> camera, int exposureInUs,
                                                        double exposureInPercent, int gainInPercent,
@@ -162,10 +162,10 @@ CameraServer::CaptureResult CameraServer::captureImage(std::shared_ptr<Connected
     // gainInPercent the amount. Clients rely on it.
     const int percentSelector = static_cast<int>(exposureInPercent);
     const double percent = gainInPercent;
-    return pimpl->captureImage(camera, exposureInUs, percentSelector, percent, exposureChangeDelayInMs);
+    return pimpl->captureImage(std::move(camera), exposureInUs, percentSelector, percent, exposureChangeDelayInMs);
 }
 
-std::vector<unsigned char> CameraServer::getImage(const std::string& id) const { return pimpl->getImage(id); }
+std::vector<unsigned char> CameraServer::getImage(std::string id) const { return pimpl->getImage(id); }
 
 void CameraServer::redirectDiagnostics(int client, const std::string& path) {
     pimpl->redirectDiagnostics(client, path);

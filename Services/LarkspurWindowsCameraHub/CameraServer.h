@@ -26,7 +26,7 @@ public:
     /// The camera of that uid, opened and converged if nobody has it open, which takes more than 2 s; null
     /// if no such camera is known. The camera stays open for as long as somebody holds it. Raises the
     /// platform's errors.
-    std::shared_ptr<ConnectedCamera> getCamera(const std::string& uid);
+    std::shared_ptr<ConnectedCamera> getCamera(std::string uid);
 
     /// Sets the exposure, takes a still and stores it in place of the one before. An exposure in
     /// microseconds beats one in per cent. `exposureInPercent` only says, by being a whole number other
@@ -36,7 +36,7 @@ public:
                                int gainInPercent, int exposureChangeDelayInMs);
 
     /// A copy of the stored image's bytes; empty if that is not its id.
-    std::vector<unsigned char> getImage(const std::string& id) const;
+    std::vector<unsigned char> getImage(std::string id) const;
 
     /// Moves the process's diagnostics to a folder, on behalf of a client, until that client goes or another
     /// one takes over. UTF-8. Throws RedirectDiagnosticsFailed when the ordinary diagnostics are back.
