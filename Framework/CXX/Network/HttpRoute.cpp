@@ -8,8 +8,12 @@ namespace {
 // sanitizer build; far below this length it can't exhaust the 8 MB of the main thread.
 constexpr std::size_t longPathSize = 1024;
 
-/// The library's other matcher, which goes through the text once and keeps its state on the heap. It decides
-/// alike; only a group within a repeated group that matched nothing may be reported differently.
+/// The library's other matcher, which goes through the text once and keeps what it has under way on the heap. It
+/// decides alike; only a group within a repeated group that matched nothing may be reported differently.
+///
+/// The standard has no name for this choice. `__polynomial` is libstdc++'s own: its headers document it as an
+/// extension, for matching in polynomial time, and it changes nothing but how this one pattern is matched. With another
+/// standard library the build stops here, and whoever brings it has to find out how much stack its matcher needs.
 std::optional<std::regex> withoutRecursion(const std::string& patternText) {
     try {
         return std::regex(patternText, std::regex::ECMAScript | std::regex_constants::__polynomial);
