@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// The person's side of the test driver: two streams of UTF-8. Narrow text is written as it is, wide text
-/// (UTF-16) is converted; both go to the one output, in the order in which they are written. One thread.
+/// (UTF-16) is converted; both go to the one output, in the order in which they are written. One thread at a time.
 class Console {
 public:
     /// Both streams have to outlive the console.

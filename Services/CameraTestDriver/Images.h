@@ -8,7 +8,7 @@
 #include <vector>
 
 /// The pictures taken and not yet saved, of all cameras together, in the order of taking. Stays for the
-/// life of the process. Used by the driver's thread alone.
+/// life of the process. Main thread.
 std::vector<Platform::Guid>& imageIds();
 
 /// The id as people see it, and as it names a picture in its connection: 38 characters with the braces.

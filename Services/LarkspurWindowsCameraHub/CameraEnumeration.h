@@ -8,13 +8,13 @@
 #include <mutex>
 #include <string>
 
-/// Keeps the usable cameras of the machine, by uid, for as long as it lives. Made and initialised on one
-/// thread, read on any; the event handlers run on threads of the platform. They hold the object only while
-/// they run, and the last of them destroys it if its owner has let go meanwhile.
+/// Keeps the usable cameras of the machine, by uid, for as long as it lives. Any thread. The event handlers run on
+/// threads of the platform. They hold the object only while they run, and the last of them destroys it if its owner has
+/// let go meanwhile.
 class CameraEnumeration : public std::enable_shared_from_this<CameraEnumeration> {
 public:
-    /// Creates and starts the device watcher. A platform failure is logged, and the map then stays empty
-    /// for good.
+    /// Creates and starts the device watcher; to be called once. A platform failure is logged, and the map then stays
+    /// empty for good.
     void initialize();
 
     /// A copy of the map, ascending by the bytes of the uid.

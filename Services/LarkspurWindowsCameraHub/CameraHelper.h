@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-/// What turns a device of the platform into camera records, and a record into an open camera. All of it
-/// runs on the calling thread, blocks there for as long as the platform takes, and may overlap.
+/// What turns a device of the platform into camera records, and a record into an open camera.
+/// Any thread. All of it blocks its caller for as long as the platform takes, and may overlap.
 namespace CameraHelper {
 
 /// The records of the colour sources in the group of a device that the watcher reported, in the group's

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// The one object through which requests reach cameras: it finds them, opens them, takes stills and keeps
-/// the latest image. Used by the thread that serves requests; a capture blocks it to its end.
+/// the latest image. Main thread. A capture blocks it to its end.
 class CameraServer {
 public:
     struct CaptureResult {

@@ -10,8 +10,8 @@
 #include <vector>
 
 /// A camera held open, its stream running from construction to destruction so that its automatic controls
-/// have something to converge on. No frame is read from the stream; stills go another way. Used by the
-/// thread that serves requests, one operation at a time.
+/// have something to converge on. No frame is read from the stream; stills go another way.
+/// One thread at a time.
 class ConnectedCamera {
 public:
     /// Opens the camera and starts its stream. Raises the platform's errors.

@@ -18,7 +18,7 @@ struct CameraDescription {
 };
 
 /// One usable camera source: what it takes to describe it and to open it again. A plain value; copies
-/// share the platform's handle, which is safe on any thread.
+/// share the platform's handle, which is for any thread.
 struct FoundCamera {
     Platform::DeviceInformation deviceInformation;
 

@@ -12,7 +12,7 @@
 #include <string>
 
 /// One connection on the RPC port: takes complete messages, dispatches them by method name and writes one
-/// reply for each. Keeps the camera of its latest capture open. Lives on the main thread.
+/// reply for each. Keeps the camera of its latest capture open. Main thread.
 class PavoCameraClient : public TCPClient {
 public:
     PavoCameraClient(qintptr socketDescriptor, std::shared_ptr<CameraServer> cameraServer);

@@ -39,6 +39,7 @@ void PavoCameraServer::handleImageRequest(HttpRequest* request, HttpResponse* re
 
 void PavoCameraServer::incomingConnection(qintptr socketDescriptor) {
     auto* client = new PavoCameraClient(socketDescriptor, cameraServer); // deletes itself when it disconnects
+    // By text, as the slot is TCPClient's own.
     connect(this, SIGNAL(notificationAvailable(QByteArray)), client, SLOT(incomingNotification(QByteArray)));
     connect(client, &TCPClient::clientDisconnecting, this, &PavoCameraServer::onClientDisconnecting);
 }

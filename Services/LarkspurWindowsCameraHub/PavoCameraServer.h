@@ -8,7 +8,7 @@
 #include <memory>
 
 /// The listener of the RPC port; owner of the one camera service, of which each connection has a share.
-/// Lives on the main thread, as all of its connections do.
+/// Main thread.
 class PavoCameraServer : public TCPServer {
 public:
     /// Listens, and starts the search for cameras. A port that is taken is not reported.

@@ -16,7 +16,7 @@ class HttpServer;
 /// One HTTP connection: reads requests byte by byte, has the server answer each as soon as its head is
 /// there, and collects the body, if any, afterwards. Requests are served one after the other; the connection
 /// stays open until the peer ends it. Has no parent: it deletes itself when its socket disconnects.
-/// Main thread only. Whatever a handler throws leaves the event loop.
+/// Main thread. Whatever a handler throws leaves the event loop.
 ///
 ///     Reset -> LineStart -> InLine <-> CrInLine -> LineComplete -> LineStart
 ///              LineStart -> CrAtLineStart -> InLine

@@ -9,7 +9,7 @@
 class HttpClient;
 
 /// A small HTTP/1.1 server on every interface: gives each connection an HttpClient and dispatches requests
-/// by their path. Main thread only. A port that can't be had is not reported: nothing is accepted then.
+/// by their path. Main thread. A port that can't be had is not reported: nothing is accepted then.
 class HttpServer : public QTcpServer {
     Q_OBJECT
 

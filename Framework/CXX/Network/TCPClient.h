@@ -12,7 +12,7 @@ using MessageHandler = std::function<std::string(std::string)>;
 
 /// One accepted connection: cuts the bytes into messages at a delimiter, has each answered before it looks
 /// at the next byte, and ends every reply in CR LF NUL. Has no parent: it deletes itself when its socket
-/// disconnects. Main thread only. Whatever the handler throws leaves the event loop.
+/// disconnects. Main thread. Whatever the handler throws leaves the event loop.
 class TCPClient : public QObject {
     Q_OBJECT
 

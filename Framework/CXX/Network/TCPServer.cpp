@@ -17,5 +17,6 @@ void TCPServer::incomingNotification(QByteArray notification) { emit notificatio
 
 void TCPServer::incomingConnection(qintptr socketDescriptor) {
     auto* const client = new TCPClient(socketDescriptor, messageHandler, delimiter);
+    // By text, as the slot is the client's own.
     connect(this, SIGNAL(notificationAvailable(QByteArray)), client, SLOT(incomingNotification(QByteArray)));
 } // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the client deletes itself

@@ -6,7 +6,7 @@
 #include <QTcpServer>
 
 /// Listens on a port of every interface and gives each connection a TCPClient, which answers messages
-/// with the handler. Main thread only. A port that can't be had is not reported: nothing is accepted then.
+/// with the handler. Main thread. A port that can't be had is not reported: nothing is accepted then.
 class TCPServer : public QTcpServer {
     Q_OBJECT
 
