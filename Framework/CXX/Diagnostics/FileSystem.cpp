@@ -12,8 +12,10 @@ namespace {
 
 constexpr mode_t everyPermission = 0777; // the process's mask takes off what it must not have
 
-[[noreturn]] void throwError(const char* operation, int error, const std::string& path) {
-    throw std::filesystem::filesystem_error(operation, path, std::error_code(error, std::generic_category()));
+// The library's text has the path in brackets: the quotes come with the operation.
+[[noreturn]] void throwError(const std::string& operation, int error, const std::string& path) {
+    throw std::filesystem::filesystem_error(operation + " \"" + path + '"', path,
+                                            std::error_code(error, std::generic_category()));
 }
 
 } // namespace
