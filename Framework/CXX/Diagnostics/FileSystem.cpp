@@ -1,48 +1,44 @@
 #include "Framework/CXX/Diagnostics/FileSystem.h"
 
-#include "Framework/CXX/Common/TextConversion.h"
+#include "Framework/CXX/Diagnostics/PathText.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <tuple>
 
 namespace {
 
-constexpr mode_t everyPermission = 0777; // the process's mask takes off what it must not have
+namespace fs = std::filesystem;
 
 // The library's text has the path in brackets: the quotes come with the operation.
-[[noreturn]] void throwError(const std::string& operation, int error, const std::string& path) {
-    throw std::filesystem::filesystem_error(operation + " \"" + path + '"', path,
-                                            std::error_code(error, std::generic_category()));
+[[noreturn]] void throwError(const std::string& operation, const fs::path& path, std::error_code error) {
+    throw fs::filesystem_error(operation + " \"" + path.native() + '"', path, error);
 }
 
 } // namespace
 
 bool FileSystem::create_directory(const std::u16string& path) const {
-    constexpr const char* operation = "create_directory";
-    const std::string name = Halden::toUtf8(path);
-    if (mkdir(name.c_str(), everyPermission) == 0)
-        return true;
-    if (errno != EEXIST)
-        throwError(operation, errno, name);
-    struct stat attributes{};
-    if (stat(name.c_str(), &attributes) != 0)
-        throwError(operation, errno, name);
-    if (!S_ISDIR(attributes.st_mode))
-        throwError(operation, EEXIST, name);
-    return false;
+    const fs::path folder = Halden::toPath(path);
+    std::error_code error;
+    const bool made = fs::create_directory(folder, error);
+    if (error == std::errc::file_exists) { // no folder; if that can't be told, the reason is the error
+        std::error_code unreadable;
+        std::ignore = fs::status(folder, unreadable);
+        if (unreadable)
+            error = unreadable;
+    }
+    if (error)
+        throwError("create_directory", folder, error);
+    return made;
 }
 
 bool FileSystem::exists(const std::u16string& path) const {
-    const std::string name = Halden::toUtf8(path);
-    struct stat attributes{};
-    if (lstat(name.c_str(), &attributes) == 0)
-        return true;
-    if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG)
-        return false;
-    throwError("exists", errno, name);
+    const fs::path name = Halden::toPath(path);
+    std::error_code error;
+    const fs::file_status status = fs::symlink_status(name, error);
+    if (!fs::status_known(status) && error != std::errc::filename_too_long)
+        throwError("exists", name, error);
+    return fs::exists(status);
 }
 
 const FileSystem& defaultFileSystem() {

@@ -88,9 +88,9 @@ void HaldenDiagnostics::configureLogging(const std::u16string& commonFolder) con
     // The configuration names the log folder through this variable, so that one file serves every run. Other threads
     // may read the environment meanwhile: the first call comes before they exist, later ones only exchange the value.
     setenv(Halden::toUtf8(_logDirVariable).c_str(), Halden::toUtf8(_folders.logFolder).c_str(), 1);
-    const std::string propertiesFile = Halden::toUtf8(commonFolder) + "/logging.properties";
+    const std::u16string propertiesFile = Halden::joinPaths(commonFolder, propertiesFileName);
     if (Halden::pathExists(propertiesFile))
-        Halden::configureLogging(propertiesFile);
+        Halden::configureLogging(Halden::toUtf8(propertiesFile));
     else
         Halden::configureBasicLogging();
 }
@@ -113,7 +113,7 @@ void HaldenDiagnostics::generateLoggingProperties(const std::string& appName, co
 }
 
 void HaldenDiagnostics::writeLoggingProperties(const std::string& text, const std::u16string& folder) {
-    std::ofstream file(Halden::toUtf8(Halden::joinPaths(folder, propertiesFileName)), std::ios::trunc);
+    std::ofstream file(Halden::toPath(folder) / propertiesFileName, std::ios::trunc);
     if (file)
         file << text;
     file.flush();

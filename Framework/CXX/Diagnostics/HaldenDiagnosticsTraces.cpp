@@ -61,7 +61,7 @@ std::filesystem::path HaldenDiagnostics::getDataFolder(const std::string& traceI
     if (!_fileSystem->exists(tracesFolder))
         throw Halden::HaldenException(u"Invalid diagnostics");
     const std::u16string traceFolder = Halden::joinPaths(tracesFolder, Halden::toUtf16(traceId));
-    return Halden::toUtf8(Halden::joinPaths(traceFolder, dataFolderName));
+    return Halden::toPath(traceFolder) / dataFolderName;
 }
 
 std::string HaldenDiagnostics::getDefaultTraceId() { return _folders.defaultTraceId; }

@@ -2,39 +2,34 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include <system_error>
 
 namespace Halden {
 
+std::filesystem::path toPath(std::u16string_view text) { return toUtf8(text); }
+
 std::u16string joinPaths(std::u16string_view left, std::u16string_view right) {
-    std::u16string path(left);
-    if (right.starts_with(u'/'))
-        path.clear();
-    else if (!path.empty() && !path.ends_with(u'/'))
-        path += u'/';
-    return path.append(right);
+    return toUtf16((toPath(left) / toPath(right)).native());
 }
 
-bool isFolder(const std::u16string& path) {
-    struct stat attributes{};
-    return stat(toUtf8(path).c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
+bool isFolder(std::u16string_view path) {
+    std::error_code ignored;
+    return std::filesystem::is_directory(toPath(path), ignored);
 }
 
-bool pathExists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
-
-bool pathExists(const std::u16string& path) { return pathExists(toUtf8(path)); }
-
-std::u16string withoutBlanks(std::u16string_view text) {
-    std::u16string rest(text);
-    std::erase(rest, u' ');
-    return rest;
+bool pathExists(std::u16string_view path) {
+    std::error_code ignored;
+    return std::filesystem::exists(toPath(path), ignored);
 }
 
-std::string withoutBlanks(std::string_view text) {
-    std::string rest(text);
-    std::erase(rest, ' ');
-    return rest;
+std::u16string withoutBlanks(std::u16string text) {
+    std::erase(text, u' ');
+    return text;
+}
+
+std::string withoutBlanks(std::string text) {
+    std::erase(text, ' ');
+    return text;
 }
 
 } // namespace Halden

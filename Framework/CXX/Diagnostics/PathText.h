@@ -1,23 +1,25 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
-// Paths as UTF-16 text, with "/" between their parts.
+// Paths as UTF-16 text. One that is not well-formed counts as empty.
 namespace Halden {
 
-/// With one separator between the two; a right side that begins with one replaces the left side.
+std::filesystem::path toPath(std::u16string_view text);
+
+/// With one separator between the two; an absolute right side replaces the left side.
 std::u16string joinPaths(std::u16string_view left, std::u16string_view right);
 
-/// Whether the path leads to a folder, through links.
-bool isFolder(const std::u16string& path);
+/// Whether the path leads to a folder, through links. False if that can't be told.
+bool isFolder(std::u16string_view path);
 
-/// Whether the path leads to anything, through links.
-bool pathExists(const std::string& path);
-bool pathExists(const std::u16string& path);
+/// Whether the path leads to anything, through links. False if that can't be told.
+bool pathExists(std::u16string_view path);
 
 /// The text without any blank.
-std::u16string withoutBlanks(std::u16string_view text);
-std::string withoutBlanks(std::string_view text);
+std::u16string withoutBlanks(std::u16string text);
+std::string withoutBlanks(std::string text);
 
 } // namespace Halden

@@ -42,7 +42,7 @@ void HaldenDiagnostics::trimRunFolders(int keepCount) {
     const auto keep = static_cast<std::size_t>(std::max(keepCount, 1));
     while (runs.size() > keep) {
         std::error_code ignored;
-        std::filesystem::remove_all(Halden::toUtf8(Halden::joinPaths(all, runs.front().name)), ignored);
+        std::filesystem::remove_all(Halden::toPath(all) / Halden::toPath(runs.front().name), ignored);
         runs.pop_front();
     }
 }
