@@ -4,48 +4,56 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/FileSystem.h"
 
-#include <utility>
-
 namespace {
 
-bool isValidWithoutThrowing(const HaldenDiagnostics& diagnostics) {
+using DiagnosticsPtr = std::unique_ptr<HaldenDiagnostics>;
+
+// What goes wrong is dropped: the caller sees whether the object became usable, and reports it.
+template <typename Work> void dropErrorsOf(const Work& work) {
     try {
-        return diagnostics.isValid();
+        work();
     } catch (...) {
-        return false;
     }
 }
 
-// What goes wrong is dropped: the caller sees whether the object became usable, and reports it.
-template <typename Steps>
-std::unique_ptr<HaldenDiagnostics> runSteps(std::unique_ptr<HaldenDiagnostics> diagnostics, const Steps& steps) {
-    try {
-        steps(*diagnostics);
-    } catch (...) {
-    }
-    return isValidWithoutThrowing(*diagnostics) ? std::move(diagnostics) : nullptr;
+DiagnosticsPtr make(const std::string& appName, const std::string& version, const std::string& redirectFolder,
+                    const IFileSystem* fileSystem) {
+    return std::make_unique<HaldenDiagnostics>(Halden::toUtf16(appName), Halden::toUtf16(version),
+                                               Halden::toUtf16(redirectFolder), fileSystem);
+}
+
+void dropUnlessValid(DiagnosticsPtr& diagnostics) {
+    bool valid = false;
+    dropErrorsOf([&] { valid = diagnostics && diagnostics->isValid(); });
+    if (!valid)
+        diagnostics.reset();
 }
 
 } // namespace
 
-std::unique_ptr<HaldenDiagnostics> createDiagnostics(const std::string& appName, const std::string& version,
-                                                     int keepCount, const IFileSystem* fileSystem) noexcept {
-    auto diagnostics = std::make_unique<HaldenDiagnostics>(Halden::toUtf16(appName), Halden::toUtf16(version),
-                                                           std::u16string(), fileSystem);
-    return runSteps(std::move(diagnostics), [&](HaldenDiagnostics& made) {
-        made.initializeLogging();
-        if (!made.isConfigured())
+DiagnosticsPtr createDiagnostics(const std::string& appName, const std::string& version, int keepCount,
+                                 const IFileSystem* fileSystem) noexcept {
+    DiagnosticsPtr diagnostics;
+    dropErrorsOf([&] {
+        diagnostics = make(appName, version, "", fileSystem);
+        diagnostics->initializeLogging();
+        if (!diagnostics->isConfigured())
             throw Halden::HaldenException(u"Need to call initializeLogging() first");
-        made.createFolders(defaultFileSystem());
-        made.createDefaultTrace();
-        made.trimRunFolders(keepCount);
+        diagnostics->createFolders(defaultFileSystem());
+        diagnostics->createDefaultTrace();
+        diagnostics->trimRunFolders(keepCount);
     });
+    dropUnlessValid(diagnostics);
+    return diagnostics;
 }
 
-std::unique_ptr<HaldenDiagnostics> createRedirectedDiagnostics(const std::string& appName, const std::string& version,
-                                                               const std::string& redirectFolder,
-                                                               const IFileSystem* fileSystem) noexcept {
-    auto diagnostics = std::make_unique<HaldenDiagnostics>(Halden::toUtf16(appName), Halden::toUtf16(version),
-                                                           Halden::toUtf16(redirectFolder), fileSystem);
-    return runSteps(std::move(diagnostics), [](HaldenDiagnostics& made) { made.initializeLogging(); });
+DiagnosticsPtr createRedirectedDiagnostics(const std::string& appName, const std::string& version,
+                                           const std::string& redirectFolder, const IFileSystem* fileSystem) noexcept {
+    DiagnosticsPtr diagnostics;
+    dropErrorsOf([&] {
+        diagnostics = make(appName, version, redirectFolder, fileSystem);
+        diagnostics->initializeLogging();
+    });
+    dropUnlessValid(diagnostics);
+    return diagnostics;
 }

@@ -2,6 +2,8 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Tests/Framework/CXX/Diagnostics/DiagnosticsFixture.h"
+#include "Tests/Framework/CXX/Diagnostics/FailingAllocations.h"
+#include "Tests/Support/ChildProcess.h"
 
 #include <log4cxx/logger.h>
 #include <sys/stat.h>
@@ -9,6 +11,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 
 namespace {
 
@@ -34,6 +37,24 @@ private:
 };
 
 class DiagnosticsFactories : public DiagnosticsFixture {};
+
+// In a child, which a throw would end.
+void expectNoThrowWhereverMemoryRunsOut(const std::function<std::unique_ptr<HaldenDiagnostics>()>& create) {
+    const int result = runInChild([&] {
+        bool ranOut = true;
+        for (int allocations = 0; ranOut; ++allocations) {
+            std::unique_ptr<HaldenDiagnostics> diagnostics;
+            {
+                const FailingAllocations failures(allocations);
+                diagnostics = create();
+                ranOut = failures.haveHappened();
+            }
+            EXPECT_TRUE(diagnostics == nullptr || diagnostics->isValid()) << allocations;
+            EXPECT_TRUE(diagnostics != nullptr || ranOut);
+        }
+    });
+    EXPECT_EQ(result, 0);
+}
 
 TEST_F(DiagnosticsFactories, AStartLeavesTheWholeTree) {
     const auto diagnostics = makeDiagnostics();
@@ -133,6 +154,13 @@ TEST_F(DiagnosticsFactories, TheRunsFoldersAreMadeThroughTheDefaultFileSystem) {
 TEST_F(DiagnosticsFactories, AFailureOfTheGivenFileSystemInTheCommonFolderIsAFailure) {
     const FileSystemWithFault fileSystem(u"Halden Imaging Group");
     EXPECT_EQ(createDiagnostics(testAppName, testVersion, 10, &fileSystem), nullptr);
+}
+
+TEST_F(DiagnosticsFactories, DoNotThrowWhereverMemoryRunsOut) {
+    expectNoThrowWhereverMemoryRunsOut([] { return createDiagnostics(testAppName, testVersion, 10, nullptr); });
+    const std::string folder = makeRedirectFolder("mine");
+    expectNoThrowWhereverMemoryRunsOut(
+        [&] { return createRedirectedDiagnostics(testAppName, testVersion, folder, nullptr); });
 }
 
 TEST_F(DiagnosticsFactories, TextThatIsNotUtf8BecomesEmpty) {
