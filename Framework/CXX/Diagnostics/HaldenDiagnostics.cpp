@@ -7,6 +7,7 @@
 #include "Framework/CXX/Diagnostics/LoggingProperties.h"
 #include "Framework/CXX/Diagnostics/PathText.h"
 #include "Framework/CXX/Diagnostics/RunFolderEntry.h"
+#include "Framework/CXX/Diagnostics/RunFolderTrimming.h"
 #include "Framework/CXX/System/DataFolders.h"
 
 #include <cstdlib>
@@ -37,9 +38,8 @@ HaldenDiagnostics::HaldenDiagnostics(std::u16string appName, std::u16string vers
                                      const IFileSystem* fileSystem)
     : _startTime(std::time(nullptr)), _logDirVariable(logDirVariableOf(appName)), _appName(std::move(appName)),
       _version(std::move(version)), _redirectFolder(std::move(redirectFolder)),
-      _fileSystem(fileSystem != nullptr ? fileSystem : &defaultFileSystem()) {}
-
-HaldenDiagnostics::~HaldenDiagnostics() { uninstallCrashRecording(); }
+      _fileSystem(fileSystem != nullptr ? *fileSystem : defaultFileSystem()), _traces(_folders, _fileSystem),
+      _crashRecording(_folders, _fileSystem) {}
 
 void HaldenDiagnostics::initializeLogging() {
     const std::u16string appFolderName = _version.empty() ? _appName : _appName + u" " + _version;
@@ -69,9 +69,9 @@ void HaldenDiagnostics::initializeLogging() {
 std::u16string HaldenDiagnostics::createCommonFolder(const std::u16string& appFolderName) const {
     const std::u16string maker =
         Halden::joinPaths(Halden::toUtf16(Halden::System::commonDataFolder()), makerFolderName);
-    _fileSystem->create_directory(maker);
+    _fileSystem.create_directory(maker);
     std::u16string folder = Halden::joinPaths(maker, appFolderName);
-    _fileSystem->create_directory(folder);
+    _fileSystem.create_directory(folder);
     return folder;
 }
 
@@ -96,20 +96,7 @@ void HaldenDiagnostics::configureLogging(const std::u16string& commonFolder) con
 }
 
 void HaldenDiagnostics::generateLoggingProperties(const std::string& appName, const std::u16string& folder) {
-    const std::string level = "INFO";
-    LoggingProperties properties(Halden::toUtf8(_logDirVariable));
-    properties.writeLoggerHeader();
-    properties.writeDefaultLoggers(level);
-    for (const char* const product :
-         {"Ormond", "Tessera", "Lattice", "Quarry", "OrmondSE", "FenwickBaseLib", "Fenwick"}) {
-        properties.writeLogger(product, "PRODUCT", level);
-    }
-    properties.writeLogger("Instrumentation", "TIMING", level);
-    properties.writeLogger(Halden::withoutBlanks(appName), "PRODUCT", level);
-    properties.writeAppenderHeader();
-    for (const char* const appender : {"DEFAULT", "DEVICE", "PRODUCT", "TIMING"})
-        properties.writeAppender(appender);
-    writeLoggingProperties(properties.text(), folder);
+    writeLoggingProperties(loggingPropertiesOf(appName, Halden::toUtf8(_logDirVariable)), folder);
 }
 
 void HaldenDiagnostics::writeLoggingProperties(const std::string& text, const std::u16string& folder) {
@@ -121,9 +108,8 @@ void HaldenDiagnostics::writeLoggingProperties(const std::string& text, const st
 }
 
 bool HaldenDiagnostics::isValid() const {
-    return isConfigured() && _fileSystem->exists(_folders.diagnosticsFolder) &&
-           _fileSystem->exists(_folders.runFolder) && _fileSystem->exists(_folders.logFolder) &&
-           _fileSystem->exists(_folders.tracesFolder);
+    return isConfigured() && _fileSystem.exists(_folders.diagnosticsFolder) && _fileSystem.exists(_folders.runFolder) &&
+           _fileSystem.exists(_folders.logFolder) && _fileSystem.exists(_folders.tracesFolder);
 }
 
 void HaldenDiagnostics::requireValid() const {
@@ -167,3 +153,60 @@ std::u16string HaldenDiagnostics::getTracesFolder() const {
     requireValid();
     return _folders.tracesFolder;
 }
+
+void HaldenDiagnostics::trimRunFolders(int keepCount) {
+    requireValid();
+    Halden::trimRunFolders(_folders.baseFolder, keepCount);
+}
+
+std::filesystem::path HaldenDiagnostics::getDataFolder(const std::string& traceId) {
+    return _traces.dataFolder(traceId);
+}
+
+std::u16string HaldenDiagnostics::getCurrentDataFolder() {
+    requireValid();
+    return _traces.currentDataFolder();
+}
+
+std::string HaldenDiagnostics::getDefaultTraceId() { return _traces.defaultId(); }
+
+std::string HaldenDiagnostics::getCurrentTraceId() {
+    requireValid();
+    return _traces.currentId();
+}
+
+void HaldenDiagnostics::setCurrentTrace(const std::string& traceId) { _traces.setCurrent(traceId); }
+
+std::string HaldenDiagnostics::createTrace(const std::string& name) { return _traces.create(name); }
+
+void HaldenDiagnostics::createDefaultTrace() { _traces.createDefault(); }
+
+std::u16string HaldenDiagnostics::getTraceFolder(const std::string& traceId) const {
+    requireValid();
+    return _traces.folder(traceId);
+}
+
+std::u16string HaldenDiagnostics::getCurrentTraceFolder() const {
+    requireValid();
+    return _traces.currentFolder();
+}
+
+std::u16string HaldenDiagnostics::createCurrentDataSubfolder(const std::u16string& relativePath) {
+    return _traces.createCurrentDataSubfolder(relativePath);
+}
+
+std::u16string HaldenDiagnostics::createTraceSubfolder(const std::string& traceId, const std::u16string& relativePath) {
+    return _traces.createSubfolder(traceId, relativePath);
+}
+
+void HaldenDiagnostics::describeUncaughtExceptionsWith(Halden::System::DescribeException describe) {
+    _crashRecording.describeExceptionsWith(describe);
+}
+
+bool HaldenDiagnostics::installCrashRecording(bool silent, std::uint32_t /* miniDumpType */) {
+    return _crashRecording.install(_appName, _version, silent);
+}
+
+void HaldenDiagnostics::uninstallCrashRecording() { _crashRecording.uninstall(); }
+
+bool HaldenDiagnostics::isCrashRecordingInstalled() const { return _crashRecording.isInstalled(); }

@@ -1,25 +1,22 @@
 #pragma once
 
+#include "Framework/CXX/Diagnostics/CrashRecording.h"
 #include "Framework/CXX/Diagnostics/DiagnosticsFolders.h"
 #include "Framework/CXX/Diagnostics/IDiagnostics.h"
 #include "Framework/CXX/Diagnostics/IFileSystem.h"
+#include "Framework/CXX/Diagnostics/Traces.h"
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 /// Owns everything that a run leaves on disk: its folders, logs, traces and crash records. Made by the factories in
-/// DiagnosticsFactories.h. The folders never change once logging is initialised; what changes afterwards is guarded,
-/// so that traces may be used on any thread. Crash recording and logging are for the thread that owns the object.
+/// DiagnosticsFactories.h. Any thread. Crash recording, and what only the factories call: One thread at a time.
 class HaldenDiagnostics : public Halden::IDiagnostics {
 public:
     /// Touches nothing on disk. A redirect folder makes the run go there; empty for an ordinary run. A null file
     /// system stands for the default one.
     HaldenDiagnostics(std::u16string appName, std::u16string version, std::u16string redirectFolder,
                       const IFileSystem* fileSystem);
-    ~HaldenDiagnostics() override;
-    HaldenDiagnostics(const HaldenDiagnostics&) = delete;
-    HaldenDiagnostics& operator=(const HaldenDiagnostics&) = delete;
 
     std::u16string getDiagnosticsFolder() override;
     std::u16string getRunFolder() override;
@@ -67,10 +64,9 @@ public:
     std::u16string createCurrentDataSubfolder(const std::u16string& relativePath);
     std::u16string createTraceSubfolder(const std::string& traceId, const std::u16string& relativePath);
 
-    /// What turns an exception that nothing caught into the text of its crash record: UTF-8, called while the exception
-    /// is handled, empty for one that it does not know. To be named before crash recording is installed.
-    using DescribeException = std::string (*)();
-    void describeUncaughtExceptionsWith(DescribeException describe);
+    /// What gives the text of an uncaught exception to its crash record. To be named before crash recording is
+    /// installed.
+    void describeUncaughtExceptionsWith(Halden::System::DescribeException describe);
 
     /// From now on a crash leaves a record in the run's Crash folder. False if that can't be had, or is so already.
     /// Throws the file system's errors.
@@ -90,10 +86,7 @@ private:
     const std::u16string _appName;
     const std::u16string _version;
     std::u16string _redirectFolder;
-    DescribeException _describeException = nullptr;
-    mutable std::mutex _mutex; // guards the current trace
-    const IFileSystem* const _fileSystem;
+    const IFileSystem& _fileSystem;
+    Traces _traces;
+    CrashRecording _crashRecording; // ends before all else
 };
-
-/// The id as texts show it.
-std::string formatTraceId(const std::string& id);

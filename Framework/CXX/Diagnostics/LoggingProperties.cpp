@@ -1,5 +1,7 @@
 #include "Framework/CXX/Diagnostics/LoggingProperties.h"
 
+#include "Framework/CXX/Diagnostics/PathText.h"
+
 #include <utility>
 
 LoggingProperties::LoggingProperties(std::string logDirVariable) : _logDirVariable(std::move(logDirVariable)) {}
@@ -77,3 +79,19 @@ void LoggingProperties::writeAppender(const std::string& name) {
 }
 
 std::string LoggingProperties::text() const { return _text.str(); }
+
+std::string loggingPropertiesOf(const std::string& appName, const std::string& logDirVariable) {
+    const std::string level = "INFO";
+    LoggingProperties properties(logDirVariable);
+    properties.writeLoggerHeader();
+    properties.writeDefaultLoggers(level);
+    for (const char* const product :
+         {"Ormond", "Tessera", "Lattice", "Quarry", "OrmondSE", "FenwickBaseLib", "Fenwick"})
+        properties.writeLogger(product, "PRODUCT", level);
+    properties.writeLogger("Instrumentation", "TIMING", level);
+    properties.writeLogger(Halden::withoutBlanks(appName), "PRODUCT", level);
+    properties.writeAppenderHeader();
+    for (const char* const appender : {"DEFAULT", "DEVICE", "PRODUCT", "TIMING"})
+        properties.writeAppender(appender);
+    return properties.text();
+}

@@ -28,3 +28,6 @@ private:
     std::set<std::string> _writtenLoggers;
     std::ostringstream _text;
 };
+
+/// The whole text, for an application of that name.
+std::string loggingPropertiesOf(const std::string& appName, const std::string& logDirVariable);

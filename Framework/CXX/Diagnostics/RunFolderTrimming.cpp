@@ -1,5 +1,7 @@
+#include "Framework/CXX/Diagnostics/RunFolderTrimming.h"
+
 #include "Framework/CXX/Common/TextConversion.h"
-#include "Framework/CXX/Diagnostics/HaldenDiagnostics.h"
+#include "Framework/CXX/Diagnostics/DiagnosticsFolders.h"
 #include "Framework/CXX/Diagnostics/PathText.h"
 #include "Framework/CXX/Diagnostics/RunFolderEntry.h"
 #include "Framework/CXX/System/FolderWalk.h"
@@ -7,16 +9,19 @@
 #include <algorithm>
 #include <cstdio>
 #include <deque>
+#include <filesystem>
 #include <optional>
 #include <system_error>
 
+namespace Halden {
+
 namespace {
 
-std::deque<RunFolderEntry> findRunFolders(Halden::System::FolderWalk& walk) {
+std::deque<RunFolderEntry> findRunFolders(System::FolderWalk& walk) {
     std::deque<RunFolderEntry> found;
     walk.next(); // the folder itself comes first
-    while (const std::optional<Halden::System::FolderEntry> entry = walk.next()) {
-        RunFolderEntry folder = RunFolderEntry::ofName(Halden::toUtf16(entry->name));
+    while (const std::optional<System::FolderEntry> entry = walk.next()) {
+        RunFolderEntry folder = RunFolderEntry::ofName(toUtf16(entry->name));
         if (folder.hasTime) {
             folder.creationTime = entry->creationTime;
             found.push_back(folder);
@@ -28,10 +33,9 @@ std::deque<RunFolderEntry> findRunFolders(Halden::System::FolderWalk& walk) {
 
 } // namespace
 
-void HaldenDiagnostics::trimRunFolders(int keepCount) {
-    requireValid();
-    const std::u16string all = Halden::joinPaths(_folders.baseFolder, diagnosticsFolderName);
-    Halden::System::FolderWalk walk(Halden::toUtf8(all));
+void trimRunFolders(const std::u16string& baseFolder, int keepCount) {
+    const std::u16string all = joinPaths(baseFolder, diagnosticsFolderName);
+    System::FolderWalk walk(toUtf8(all));
     if (walk.openError() != 0) {
         std::printf("FindFirstFile failed (%d)\n", walk.openError());
         return;
@@ -42,7 +46,9 @@ void HaldenDiagnostics::trimRunFolders(int keepCount) {
     const auto keep = static_cast<std::size_t>(std::max(keepCount, 1));
     while (runs.size() > keep) {
         std::error_code ignored;
-        std::filesystem::remove_all(Halden::toPath(all) / Halden::toPath(runs.front().name), ignored);
+        std::filesystem::remove_all(toPath(all) / toPath(runs.front().name), ignored);
         runs.pop_front();
     }
 }
+
+} // namespace Halden
