@@ -58,7 +58,21 @@ def test_a_reply_before_the_end_is_not_promised_but_the_end_is(start_hub):
     assert hub.wait_for_end() == signal.SIGABRT
 
 
+def assert_ended_by_a_platform_error(hub, client, error):
+    """Standard error tells the type alone, the crash record also the text and the code."""
+    assert_ended_without_a_reply(hub, client, "winrt::hresult_error")
+    (record,) = hub.crash_records()
+    assert error in record, record
+
+
+def assert_opening_ends_the_hub(hub, error):
+    client = hub.rpc()
+    client.send('{"id":1,"method":"camera:capture","params":{"to":"cam","exposureInUs":1000}}')
+    assert_ended_by_a_platform_error(hub, client, error)
+
+
 FAULT = {"message": "It broke.", "code": -2147467259}
+FAULT_IN_RECORD = "It broke. -2147467259 (0x80004005)"
 
 
 @pytest.mark.parametrize(
@@ -66,7 +80,6 @@ FAULT = {"message": "It broke.", "code": -2147467259}
     [
         {"faults": {"MediaCapture.CreateFrameReaderAsync": FAULT}},
         {"faults": {"MediaFrameReader.StartAsync": FAULT}},
-        {"faults": {"MediaCapture.InitializeAsync": FAULT | {"after": 1}}},
         {"exposureControl": {"supported": True}, "faults": {"ExposureControl.SetAutoAsync": FAULT}},
         {"focusControl": {"supported": True}, "faults": {"FocusControl.SetPresetAsync": FAULT}},
         {"whiteBalanceControl": {"supported": True}, "faults": {"WhiteBalanceControl.SetPresetAsync": FAULT}},
@@ -75,18 +88,20 @@ FAULT = {"message": "It broke.", "code": -2147467259}
 )
 def test_a_platform_failure_while_a_camera_is_opened_ends_the_hub(start_hub, camera):
     hub = start_hub(scenario("cam", camera={"exposure": EXPOSURE} | camera)).wait_for_cameras("cam")
-    client = hub.rpc()
-    client.send('{"id":1,"method":"camera:capture","params":{"to":"cam","exposureInUs":1000}}')
-    assert_ended_without_a_reply(hub, client, "winrt::hresult_error")
+    assert_opening_ends_the_hub(hub, FAULT_IN_RECORD)
+
+
+def test_a_camera_that_fails_to_initialise_a_second_time_ends_the_hub_when_it_is_used(start_hub):
+    camera = {"exposure": EXPOSURE, "faults": {"MediaCapture.InitializeAsync": FAULT | {"after": 1}}}
+    hub = start_hub(scenario("cam", camera=camera)).wait_for_cameras("cam")
+    assert_opening_ends_the_hub(hub, "The capture has been closed. -2147483629 (0x80000013)")
 
 
 def test_a_camera_with_photo_sources_only_ends_the_hub_when_it_is_opened(start_hub):
     group = camera_group("cam")
     group["sources"][0]["streamType"] = "Photo"
     hub = start_hub({"groups": [group], "cameras": {"cam": {"exposure": EXPOSURE}}}).wait_for_cameras("cam")
-    client = hub.rpc()
-    client.send('{"id":1,"method":"camera:capture","params":{"to":"cam","exposureInUs":1000}}')
-    assert_ended_without_a_reply(hub, client, "winrt::hresult_error")
+    assert_opening_ends_the_hub(hub, "The capture has no such source. -2147024809 (0x80070057)")
 
 
 @pytest.mark.parametrize("operation", ["MediaFrameReader.StopAsync", "MediaCapture.Close"])
@@ -97,8 +112,7 @@ def test_a_platform_failure_while_a_camera_is_closed_ends_the_hub(start_hub, ope
     assert "resid" in client.capture("cam", exposureInUs=1000)
     assert bystander.discover() != []
     client.close()
-    assert_ended_without_a_reply(hub, bystander, "winrt::hresult_error")
-    assert "It broke." in hub.crash_records()[0]
+    assert_ended_by_a_platform_error(hub, bystander, FAULT_IN_RECORD)
 
 
 @pytest.mark.parametrize("taken, free", [(RPC_PORT, HTTP_PORT), (HTTP_PORT, RPC_PORT)])
