@@ -9,13 +9,13 @@
 const std::string& applicationName();
 const std::string& applicationVersion();
 
-/// The hub's loggers. Safe to ask for on any thread, the first time included.
+/// The hub's loggers. Any thread.
 log4cxx::LoggerPtr serviceLogger();
 log4cxx::LoggerPtr deviceLogger();
 log4cxx::LoggerPtr communicationLogger();
 
-// The one diagnostics object of the process. The operations below are for one thread; lines that other threads log
-// while the object is replaced reach the old log files or the new ones. All text is UTF-8.
+// The one diagnostics object of the process. Lines that are logged while the object is replaced reach the old log files
+// or the new ones. All text is UTF-8. Main thread.
 
 /// Replaces the object by one for an ordinary run, with a new run folder, and arms crash recording. False on failure;
 /// there may be an object all the same if crash recording alone failed. Throws if the Crash folder can't be made.

@@ -2,9 +2,8 @@
 
 #include <string>
 
-// What the process's loggers write to. Other threads may log meanwhile: each of their lines reaches the old
-// destination or the new one, or both at the moment of the change. Destinations of the configuration before are
-// closed.
+// What the process's loggers write to. A line that is logged meanwhile reaches the old destination or the new one, or
+// both at the moment of the change. Destinations of the configuration before are closed. One thread at a time.
 namespace Halden {
 
 /// Configures from a file in the syntax of log4cxx::PropertyConfigurator. UTF-8.

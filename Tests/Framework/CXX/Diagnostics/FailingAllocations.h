@@ -1,7 +1,6 @@
 #pragma once
 
-/// While it lives, the first so many allocations of the thread that made it succeed, and all others fail with
-/// std::bad_alloc. One at a time.
+/// While it lives, the first so many allocations of its thread succeed, and all others fail with std::bad_alloc.
 class FailingAllocations {
 public:
     explicit FailingAllocations(int succeeding);
