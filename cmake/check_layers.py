@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Holds the includes of the source tree to the layers, and units (a header with its source) to an order: prints
-file:line of each breach and each circle, exit code 1 if there is one. Usage: check_layers.py [root of the source tree]"""
+file:line of each breach and each circle, exit code 1 if there is one.
+Usage: check_layers.py [root of the source tree]"""
 
 import re
 import sys

@@ -75,7 +75,8 @@ def test_a_configuration_of_the_logging_library_where_the_hub_is_started_is_not_
 def test_an_edited_configuration_is_kept_and_obeyed(start_hub):
     hub = start_hub(scenario())
     file = hub.data_folder / "logging.properties"
-    edited = file.read_text().replace("log4j.logger.LarkspurWindowsCameraHub=INFO", "log4j.logger.LarkspurWindowsCameraHub=DEBUG")
+    logger = "log4j.logger.LarkspurWindowsCameraHub"
+    edited = file.read_text().replace(f"{logger}=INFO", f"{logger}=DEBUG")
     file.write_text(edited)
     hub.restart()
     hub.rpc().request("camera:version")
@@ -156,7 +157,8 @@ def test_the_crash_switch_waits_logs_and_leaves_a_record_without_opening_a_port(
         r"Version:        2\.9\n",
         record,
     )
-    assert re.search(r", which crashed:\n(  .*\n)*  #\d+ +0x[0-9a-f]+ main(\.cold)? at .*/main\.cpp:\d+ ", record), record
+    frame = r"  #\d+ +0x[0-9a-f]+ main(\.cold)? at .*/main\.cpp:\d+ "
+    assert re.search(rf", which crashed:\n(  .*\n)*{frame}", record), record
 
 
 def test_a_crash_switch_of_another_type_is_no_switch(start_hub):

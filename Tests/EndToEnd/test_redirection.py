@@ -73,9 +73,9 @@ def test_a_folder_that_cannot_be_used_is_an_error_and_the_ordinary_place_is_back
     missing = tmp_path / "missing"
     client = hub.rpc()
     hub.wait_for_the_next_run_name()
-    assert client.exchange(
-        f'{{"id":5,"method":"camera:redirectDiagnostics","params":{{"path":"{missing}"}}}}'
-    ) == f'{{"error":{{"message":"Failed redirecting diagnostics to: {missing}"}},"id":5,"jsonrpc":"2.0"}}\n\r\n\0'.encode()
+    reply = client.exchange(f'{{"id":5,"method":"camera:redirectDiagnostics","params":{{"path":"{missing}"}}}}')
+    error = f'{{"message":"Failed redirecting diagnostics to: {missing}"}}'
+    assert reply == f'{{"error":{error},"id":5,"jsonrpc":"2.0"}}\n\r\n\0'.encode()
     before, after = hub.run_folders()
     assert product_log(before)[-2:] == [
         service(f"About to redirect diagnostics to: {missing}"),

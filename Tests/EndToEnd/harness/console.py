@@ -48,7 +48,7 @@ class ConsoleHub(Hub):
         return sorted((self.program_folder / camera).iterdir())
 
     def plain(self, output):
-        """The console's part, with FOLDER for the program's, and {1}, {2} for the ids of pictures in the order of their coming."""
+        """The console's part, with FOLDER for the program's, and {1}, {2} for the ids of pictures as they came."""
         text = output.decode().replace("\r\n", "\n").replace(str(self.program_folder), "FOLDER")
         assert text.endswith(HUB_LINE), text
         text = text.removesuffix(HUB_LINE)
