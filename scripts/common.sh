@@ -1,4 +1,4 @@
-# Shared by the scripts of this folder, which source it: the Debian packages and the building.
+# Shared by the scripts of this folder, which source it: the Debian packages, the building, and --help.
 # shellcheck shell=bash
 # The lists are used by the scripts that source this file.
 # shellcheck disable=SC2034
@@ -19,6 +19,18 @@ build_packages=(
 # What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, umockdev for a
 # /sys of their own, the sources of locales.
 test_packages=(python3-pytest python3-pytest-xdist python3-pil umockdev libumockdev-dev locales)
+
+# What scripts/check.sh takes besides: all but clang-tidy look at the sources alone.
+check_packages=(git clang-format-19 shellcheck flake8)
+tidy_packages=(clang-tidy-19)
+
+# The second compiler, of the preset clang.
+clang_packages=(clang-19)
+
+# show_help: the head of the script, to its first line that is no comment.
+show_help() {
+  sed -n '2,/^[^#]/{/^# shellcheck/d; s/^# \{0,1\}//p}' "$0"
+}
 
 is_installed() {
   [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
