@@ -39,12 +39,20 @@ function(hub_library name)
   target_link_libraries(${name} PUBLIC HubFlags ${HUB_DEPENDS})
 endfunction()
 
-# hub_test(Name SOURCES file... DEPENDS target...): a program of unit tests, each its own CTest test.
+# hub_test(Name SOURCES file... DEPENDS target... [SLOW pattern...]): a program of unit tests, each its own CTest test.
+# Those that SLOW names, as --gtest_filter does, take over a second and get the label "slow".
 function(hub_test name)
-  cmake_parse_arguments(HUB "" "" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(HUB "" "" "SOURCES;DEPENDS;SLOW" ${ARGN})
   add_executable(${name} ${HUB_SOURCES})
   # Not optimised: the tests of all presets together take most of a build.
   target_compile_options(${name} PRIVATE -O0 -g1)
   target_link_libraries(${name} PRIVATE HubFlags ${HUB_DEPENDS} GTest::gmock GTest::gtest GTest::gtest_main)
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+  set(quick *)
+  if(HUB_SLOW)
+    list(JOIN HUB_SLOW : slow)
+    set(quick *-${slow})
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_FILTER ${slow} TEST_LIST ${name}Slow
+      PROPERTIES TIMEOUT 120 LABELS slow)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_FILTER ${quick} PROPERTIES TIMEOUT 120)
 endfunction()

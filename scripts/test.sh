@@ -48,6 +48,7 @@ for preset in "${presets[@]}"; do
   build "$preset" all || { failed=1; continue; }
   "${launcher[@]}" ctest --test-dir "$folder" --parallel "$(nproc)" --output-on-failure \
     --no-tests=error --output-junit "$unit" || failed=1
+  [[ $preset != release ]] || "$python" "$root/scripts/slow_tests.py" "$folder" || failed=1
   HUB_EXECUTABLE=$folder/bin/LarkspurWindowsCameraHub HUB_PRESET=$preset \
     "${launcher[@]}" "${isolation[@]}" "$python" -m pytest -p no:cacheprovider --quiet -r fEs \
     --numprocesses $((2 * $(nproc))) --dist loadfile \

@@ -102,3 +102,15 @@ def test_a_report_that_is_missing_or_empty_counts_as_a_failure(tmp_path, content
         (tmp_path / "bad.xml").write_text(content)
     counted = count_tests(tmp_path / "good.xml", tmp_path / "bad.xml")
     assert counted == (1, "Tests: 1 passed, 1 failed, 0 skipped")
+
+
+def test_a_test_above_a_second_that_is_not_labelled_slow_is_told(tmp_path):
+    names = {"quick": 0.2, "long": 1.5, "longer": 2.5}
+    tests = "".join(f"add_test({name} true)\n" for name in names)
+    (tmp_path / "CTestTestfile.cmake").write_text(f"{tests}set_tests_properties(longer PROPERTIES LABELS slow)\n")
+    (tmp_path / "test-results").mkdir()
+    cases = "".join(f'<testcase name="{name}" time="{seconds}"/>' for name, seconds in names.items())
+    (tmp_path / "test-results/unit.xml").write_text(f"<testsuite>{cases}</testsuite>")
+    command = [sys.executable, str(ROOT / "scripts/slow_tests.py"), str(tmp_path)]
+    result = subprocess.run(command, capture_output=True, text=True, check=False)
+    assert (result.returncode, result.stdout) == (0, "Not labelled slow: long (1.5 s)\n")
