@@ -67,12 +67,12 @@ build_folder() {
   if [[ $1 == release ]]; then echo "$root/build"; else echo "$root/build-$1"; fi
 }
 
-# build PRESET TARGET: configures where that has not been done since packages were installed, and builds
-# what is not up to date.
+# build PRESET TARGET: configures where that has not been done since packages were installed or the presets changed,
+# and builds what is not up to date.
 build() {
   local folder
   folder=$(build_folder "$1")
-  if [[ ! -e $folder/build.ninja || -n $packages_changed ]]; then
+  if [[ $root/CMakePresets.json -nt $folder/build.ninja || -n $packages_changed ]]; then
     (cd "$root" && cmake --preset "$1")
   fi
   if [[ $(ninja -C "$folder" -n "$2") != *"no work to do"* ]]; then
