@@ -1,5 +1,6 @@
 #!/bin/bash
-# Builds everything and runs every test. The last line counts them; the exit code is 0 if none failed.
+# Builds everything, a warning being an error, and runs every test. The last line counts them; the exit code is 0 if
+# none failed. asan and tsan have assertions on, as debug has.
 # Usage: scripts/test.sh [release|debug|asan|tsan ...]
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -8,8 +9,12 @@ presets=("${@:-release}")
 for preset in "${presets[@]}"; do
   case $preset in
     release | debug | asan | tsan) ;;
+    --help)
+      show_help
+      exit
+      ;;
     *)
-      echo "Usage: ${0##*/} [release|debug|asan|tsan ...]" >&2
+      show_help >&2
       exit 2
       ;;
   esac

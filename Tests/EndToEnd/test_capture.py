@@ -4,14 +4,14 @@ import re
 import time
 
 import pytest
-from harness.hub import DEVICE_LOGGER, PRESET, SERVICE_LOGGER, LogEntry
+from harness.hub import ASSERTS, DEVICE_LOGGER, SERVICE_LOGGER, LogEntry
 from harness.scenario import EXPOSURE, scenario
 
 EXPOSURE_UNSET = -9223372036854775808
 RESID = "[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}"
 
 # A capture without any exposure stops a hub whose assertions are on.
-asserts = pytest.mark.skipif(PRESET == "debug", reason="assertions are on")
+asserts = pytest.mark.skipif(ASSERTS, reason="assertions are on")
 
 LOST = {"message": "Device lost", "code": -2147024891, "times": 1}
 

@@ -6,7 +6,7 @@ import socket
 import time
 
 import pytest
-from harness.hub import DEVICE_LOGGER, HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER
+from harness.hub import ASSERTS, DEVICE_LOGGER, HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER
 from harness.scenario import EXPOSURE, camera_group, scenario
 from harness.wait import wait_until
 
@@ -171,3 +171,13 @@ def test_the_throttle_sets_how_long_the_simulated_crash_waits(start_hub):
     begin = time.monotonic()
     assert hub.start(wait_for_ports=False).wait_for_end() == signal.SIGABRT
     assert time.monotonic() - begin >= 3  # half of 6000 ms; without the value it would be 2.5 s
+
+
+@pytest.mark.skipif(not ASSERTS, reason="assertions are off")
+def test_a_capture_without_any_exposure_ends_a_hub_whose_assertions_are_on(start_hub):
+    hub = start_hub(scenario("D", cameras={"D": {"exposure": EXPOSURE}})).wait_for_cameras("D")
+    client = hub.rpc()
+    client.send('{"id":1,"method":"camera:capture","params":{"to":"D"}}')
+    assert client.rest() == b""
+    assert hub.wait_for_end() == signal.SIGABRT
+    assert "Assertion `0' failed" in hub.stderr()

@@ -19,6 +19,7 @@ ROOT = Path(__file__).resolve().parents[3]
 EXECUTABLE = Path(os.environ.get("HUB_EXECUTABLE", ROOT / "build/bin/LarkspurWindowsCameraHub")).absolute()
 PRESET = os.environ.get("HUB_PRESET", "release")
 IS_SANITIZED = PRESET in ("asan", "tsan")
+ASSERTS = IS_SANITIZED or PRESET == "debug"
 RPC_PORT, HTTP_PORT = 3141, 3142
 
 SERVICE_LOGGER = "LarkspurWindowsCameraHub.Service"
