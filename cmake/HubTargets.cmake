@@ -37,6 +37,13 @@ if(HUB_SANITIZE)
   target_link_options(HubFlags INTERFACE ${sanitizerFlags})
 endif()
 
+# HUB_COVERAGE: whether programs count which of their lines run.
+option(HUB_COVERAGE "Count which lines run" OFF)
+if(HUB_COVERAGE)
+  target_compile_options(HubFlags INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(HubFlags INTERFACE --coverage)
+endif()
+
 # hub_library(Name SOURCES file... DEPENDS target...): the library of the calling folder. DEPENDS names
 # all that the folder may use; cmake/check_layers.py holds the includes to the same rule.
 function(hub_library name)

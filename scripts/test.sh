@@ -1,14 +1,14 @@
 #!/bin/bash
 # Builds everything, a warning being an error, and runs every test. The last line counts them; the exit code is 0 if
 # none failed. asan and tsan have assertions on, as debug has.
-# Usage: scripts/test.sh [release|debug|asan|tsan ...]
+# Usage: scripts/test.sh [release|debug|asan|tsan|coverage ...]
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 presets=("${@:-release}")
 for preset in "${presets[@]}"; do
   case $preset in
-    release | debug | asan | tsan) ;;
+    release | debug | asan | tsan | coverage) ;;
     --help)
       show_help
       exit
@@ -37,7 +37,7 @@ fi
 isolation=()
 ((EUID == 0)) || isolation=(unshare --user --map-root-user --net)
 
-install_packages "${build_packages[@]}" "${test_packages[@]}"
+install_packages "${build_packages[@]}" "${test_packages[@]}" "${check_packages[@]}"
 
 failed=0
 reports=()
