@@ -3,7 +3,7 @@
 #include "Platform/Interface/CameraPlatform.h"
 #include "Platform/V4l2/Kernel/DeviceLister.h"
 #include "Platform/V4l2/Kernel/SystemCalls.h"
-#include "Platform/V4l2/Session/CameraSession.h"
+#include "Platform/V4l2/Session/CameraLimits.h"
 
 #include <memory>
 

@@ -20,7 +20,8 @@ std::string sizeText(std::uint32_t width, std::uint32_t height) {
 
 CameraSession::CameraSession(Surroundings surroundings, CameraSource source)
     : _surroundings(std::move(surroundings)), _source(std::move(source)),
-      _rule(freshnessRuleFor(_source.description.bus)), _node(_surroundings.calls, _source.node.devicePath) {
+      _node(_surroundings.calls, _source.node.devicePath), _stream(_node, _source.description, _surroundings.limits),
+      _stills(freshnessRuleFor(_source.description.bus), _surroundings.limits.still) {
     // The number of a node may have gone to another camera since.
     v4l2_capability capability{};
     _node.control("VIDIOC_QUERYCAP", VIDIOC_QUERYCAP, capability);
@@ -47,14 +48,14 @@ void CameraSession::setFormat(std::uint32_t index) {
     if (index >= formats.size())
         throw Shared::platformError("VIDIOC_S_FMT", _node.path(), winrt::result::invalidArgument,
                                     "the camera has no format " + std::to_string(index));
-    _stream.reset(); // a format cannot be set while buffers are reserved
+    _stream.stop(); // a format cannot be set while buffers are reserved
     try {
         applyFormat(formats[index]);
         if (isStreamWanted())
             startStream();
     } catch (const winrt::hresult_error&) {
         if (isStreamWanted() && !_node.isGone())
-            _restartAt = std::chrono::steady_clock::now(); // in the format that is left
+            _stream.restartSoon(); // in the format that is left
         throw;
     }
 }
@@ -90,7 +91,7 @@ void CameraSession::applyInterval(const v4l2_fract& interval) {
 
 void CameraSession::startReader() {
     assertOwnThread();
-    if (!_stream)
+    if (!_stream.isRunning())
         startStream();
     ++_readers;
 }
@@ -102,174 +103,89 @@ void CameraSession::stopReader() {
     stopUnwantedStream();
 }
 
-void CameraSession::startStream() {
-    _stream.reset();
-    _stream = std::make_unique<Stream>(_node, _source.description);
-    _restartAt.reset(); // not before: where this attempt fails the one that was due stays so
-    _lastSign = std::chrono::steady_clock::now();
-    countFrom(_lastSign);
-}
-
-void CameraSession::countFrom(TimePoint moment) {
-    // What the camera's mechanics were told before may still move.
-    _sinceSetting = FramesSince(std::max(moment, _sinceSetting.moment()));
-}
+void CameraSession::startStream() { _stills.settingChanged(_stream.start()); }
 
 void CameraSession::stopUnwantedStream() {
-    if (isStreamWanted())
-        return;
-    _stream.reset();
-    _restartAt.reset();
-}
-
-void CameraSession::streamFailed() {
-    _stream.reset();
-    _hasComplained = false;
-    _restartAt = std::chrono::steady_clock::now() + _surroundings.limits.restart;
+    if (!isStreamWanted())
+        _stream.stop();
 }
 
 void CameraSession::settingChanged(std::chrono::milliseconds movement) {
     assertOwnThread();
     emptyDriver();
-    countFrom(std::chrono::steady_clock::now() + movement);
+    _stills.settingChanged(std::chrono::steady_clock::now() + movement);
 }
 
 void CameraSession::takeStill(StillRequest request) {
     assertOwnThread();
     emptyDriver();
-    const TimePoint asked = request.asked;
-    if (_pending.empty())
-        _patience = _surroundings.limits.silence;
-    if (!_stream && !_restartAt)
+    if (!_stills.isWaiting())
+        _stream.renewPatience();
+    if (_stream.state() == StreamKeeper::State::Stopped)
         startStream();
-    _pending.push_back({std::move(request), FramesSince(asked)});
+    _stills.add(std::move(request));
 }
 
 void CameraSession::retakeStill(StillRequest request) {
     assertOwnThread();
-    --_inWork;
-    _pending.push_back({std::move(request), std::nullopt});
+    _stills.addAgain(std::move(request));
 }
 
 void CameraSession::stillEnded() {
     assertOwnThread();
-    --_inWork;
+    _stills.ended();
     stopUnwantedStream();
 }
 
 void CameraSession::framesWait(bool failed) {
     assertOwnThread();
-    if (!_stream) {
-        v4l2_capability capability{};
-        _node.tryControl(VIDIOC_QUERYCAP, capability); // finds out whether the camera is gone
-        _hasComplained = true;                         // an older driver would go on while nothing streams
-        return;
-    }
-    passFullBuffers(true);
-    // A failure without a frame to explain it would be reported again and again.
-    if (failed && _stream)
-        streamFailed();
+    _stream.descriptorReady(failed, [this](const Stream& stream, const Frame& frame) {
+        _stills.count(frame.time);
+        take(stream, frame);
+    });
     stopUnwantedStream();
 }
 
 /// What is full is from before the event that is about to be noted.
 void CameraSession::emptyDriver() {
     if (!wantsFrames())
-        _lastSign = std::chrono::steady_clock::now(); // nobody has looked for one since the last
-    passFullBuffers(false);
+        _stream.expectFrames();
+    _stream.passFrames([this](const Stream&, const Frame& frame) { _stills.count(frame.time); });
 }
 
-/// Takes what is full from the driver, and gives it back. More than the driver has buffers there cannot be.
-void CameraSession::passFullBuffers(bool mayTake) {
-    try {
-        for (int passed = 0; _stream && passed < VIDEO_MAX_FRAME; ++passed) {
-            const auto frame = _stream->dequeue();
-            if (!frame)
-                return;
-            if (frame->isEmpty)
-                return streamFailed(); // that is how a stalled endpoint shows; nothing comes behind it
-            _lastSign = std::chrono::steady_clock::now();
-            count(*frame);
-            if (mayTake)
-                take(*frame);
-            _stream->giveBack(*frame);
-        }
-    } catch (const winrt::hresult_error&) {
-        // Whoever waits for a still goes on waiting: the stream may come back.
-        streamFailed();
-    }
-}
-
-void CameraSession::count(const Frame& frame) {
-    _sinceSetting.count(frame.time);
-    for (PendingStill& still : _pending)
-        if (still.frames)
-            still.frames->count(frame.time);
-}
-
-void CameraSession::take(const Frame& frame) {
-    if (_pending.empty() || !_sinceSetting.isBeyond(_rule.afterSetting))
+void CameraSession::take(const Stream& stream, const Frame& frame) {
+    if (!_stills.hasFresh())
         return;
-    const auto waiting = std::stable_partition(_pending.begin(), _pending.end(), [this](const PendingStill& still) {
-        return !still.frames || still.frames->isBeyond(_rule.afterRequest);
-    });
-    if (waiting == _pending.begin())
-        return;
-    auto bytes = _stream->copyWhole(frame);
-    if (!bytes)
-        return;
-    std::vector<StillRequest> requests;
-    for (auto still = _pending.begin(); still != waiting; ++still)
-        requests.push_back(std::move(still->request));
-    _pending.erase(_pending.begin(), waiting);
-    _inWork += static_cast<unsigned>(requests.size());
-    _surroundings.sink(std::move(requests), {_stream->layout(), std::move(*bytes)});
-}
-
-/// When a stream that gives no sign of life is given up.
-std::optional<TimePoint> CameraSession::endOfPatience() const {
-    return wantsFrames() ? std::optional(_lastSign + _patience) : std::nullopt;
+    if (auto bytes = stream.copyWhole(frame))
+        _surroundings.sink(_stills.takeFresh(), {stream.layout(), std::move(*bytes)});
 }
 
 std::optional<TimePoint> CameraSession::deadline() const {
-    std::optional<TimePoint> earliest = _restartAt ? _restartAt : endOfPatience(); // never both
-    for (const PendingStill& still : _pending) {
-        const TimePoint end = still.request.asked + _surroundings.limits.still;
-        earliest = earliest ? std::min(*earliest, end) : end;
-    }
-    return earliest;
+    const auto stream = _stream.deadline(wantsFrames());
+    const auto stills = _stills.deadline();
+    if (stream && stills)
+        return std::min(*stream, *stills);
+    return stream ? stream : stills;
 }
 
 void CameraSession::deadlinePassed() {
     assertOwnThread();
     const TimePoint now = std::chrono::steady_clock::now();
-    if (const auto end = endOfPatience(); end && *end <= now) {
-        _restartAt = now;
-        _patience = std::min(2 * _patience, _surroundings.limits.still); // it may be one that begins slowly
-    }
-    if (_restartAt && *_restartAt <= now) {
-        try {
-            startStream();
-        } catch (const winrt::hresult_error&) {
-            streamFailed();
-        }
-    }
-    const auto overdue = std::stable_partition(_pending.begin(), _pending.end(), [&](const PendingStill& still) {
-        return still.request.asked + _surroundings.limits.still > now;
-    });
-    const auto error = Shared::platformError("still", _node.path(), winrt::result::timeout,
-                                             "the camera has not delivered a picture that is fit");
-    for (auto still = overdue; still != _pending.end(); ++still)
-        _surroundings.refuse(still->request, error);
-    _pending.erase(overdue, _pending.end());
+    if (const auto started = _stream.deadlinePassed(now, wantsFrames()))
+        _stills.settingChanged(*started);
+    refuse(_stills.takeOverdue(now), Shared::platformError("still", _node.path(), winrt::result::timeout,
+                                                           "the camera has not delivered a picture that is fit"));
     stopUnwantedStream();
 }
 
 void CameraSession::refuseStills(const winrt::hresult_error& error) {
     assertOwnThread();
-    for (const PendingStill& still : _pending)
-        _surroundings.refuse(still.request, error);
-    _pending.clear();
+    refuse(_stills.takeAll(), error);
+}
+
+void CameraSession::refuse(const std::vector<StillRequest>& requests, const winrt::hresult_error& error) const {
+    for (const StillRequest& request : requests)
+        _surroundings.refuse(request, error);
 }
 
 } // namespace Platform::V4l2

@@ -2,33 +2,20 @@
 
 #include "Platform/V4l2/Discovery/DeviceCatalog.h"
 #include "Platform/V4l2/Kernel/DeviceNode.h"
-#include "Platform/V4l2/Streaming/StillRequest.h"
-#include "Platform/V4l2/Streaming/Stream.h"
+#include "Platform/V4l2/Session/CameraLimits.h"
+#include "Platform/V4l2/Session/StillQueue.h"
+#include "Platform/V4l2/Session/StreamKeeper.h"
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <thread>
-#include <vector>
 
 namespace Platform::V4l2 {
 
-/// The time limits of an open camera; tests shorten them.
-struct CameraLimits {
-    /// For the driver's answer to one call. The kernel gives a USB camera that is stuck 5 s for a control.
-    std::chrono::milliseconds answer{12'000};
-    /// For a still on a camera that delivers nothing fit.
-    std::chrono::milliseconds still{30'000};
-    /// From a failure of the stream to the attempt to start it again.
-    std::chrono::milliseconds restart{1'000};
-    /// Without any frame while one is wanted; a camera that hangs often sends again when the stream is started anew.
-    /// Leaves the second half of the time that the hub waits for a still. Doubled each time, until the next still.
-    std::chrono::milliseconds silence{4'000};
-};
-
-/// An open camera: node, stream, settings and the stills that are waited for. Created, used and destroyed on the one
-/// thread of its CameraWorker. Members raise winrt::hresult_error.
+/// An open camera: its node, format and settings, and the readers and stills that its stream runs for. Members raise
+/// winrt::hresult_error. The camera's thread.
 class CameraSession {
 public:
     struct Surroundings {
@@ -64,10 +51,10 @@ public:
 
     /// To be called when `descriptor` has failed, and when it is readable while frames are wanted.
     void framesWait(bool failed);
-    /// The descriptor to wait on, or -1. Between two attempts at a stream it tells whether the camera goes.
-    int descriptor() const { return _stream || (_restartAt && !_hasComplained) ? _node.descriptor() : -1; }
+    /// The descriptor to wait on, or -1.
+    int descriptor() const { return _stream.descriptor(); }
     /// False while frames would be thrown away: they may then stay in the driver until the next request empties it.
-    bool wantsFrames() const { return _stream && (!_pending.empty() || !_sinceSetting.isBeyond(_rule.afterSetting)); }
+    bool wantsFrames() const { return _stream.isRunning() && _stills.wantsFrames(); }
     /// When deadlinePassed must be called at the latest, if there is such a moment.
     std::optional<TimePoint> deadline() const;
     void deadlinePassed();
@@ -76,40 +63,24 @@ public:
     void refuseStills(const winrt::hresult_error& error);
 
 private:
-    struct PendingStill {
-        StillRequest request;
-        std::optional<FramesSince> frames; // nothing: one that was fresh has been found, and all later ones are
-    };
-
-    bool isStreamWanted() const { return _readers > 0 || !_pending.empty() || _inWork > 0; }
+    bool isStreamWanted() const { return _readers > 0 || !_stills.isEmpty(); }
     void startStream();
     void stopUnwantedStream();
-    void streamFailed();
     void settingChanged(std::chrono::milliseconds movement);
-    void countFrom(TimePoint moment);
-    std::optional<TimePoint> endOfPatience() const;
     void emptyDriver();
-    void passFullBuffers(bool mayTake);
-    void count(const Frame& frame);
-    void take(const Frame& frame);
+    void take(const Stream& stream, const Frame& frame);
     void applyFormat(const StreamFormat& format);
     void applyInterval(const v4l2_fract& interval);
+    void refuse(const std::vector<StillRequest>& requests, const winrt::hresult_error& error) const;
     void assertOwnThread() const;
 
     const std::thread::id _thread = std::this_thread::get_id();
     const Surroundings _surroundings;
     const CameraSource _source;
-    const FreshnessRule _rule;
     DeviceNode _node;
-    std::unique_ptr<Stream> _stream;
-    std::optional<TimePoint> _restartAt;
-    bool _hasComplained = false; // since the stream failed
-    FramesSince _sinceSetting{TimePoint{}};
-    TimePoint _lastSign; // of life from the stream, or the moment from which one is expected
-    std::chrono::milliseconds _patience = _surroundings.limits.silence;
+    StreamKeeper _stream;
+    StillQueue _stills;
     unsigned _readers = 0;
-    std::vector<PendingStill> _pending;
-    unsigned _inWork = 0; // stills whose frame has been found
 };
 
 template <typename Change> auto CameraSession::change(std::chrono::milliseconds movement, Change operation) {
