@@ -4,6 +4,7 @@
 #include "Platform/Imaging/ImageScaler.h"
 #include "Platform/Imaging/PngEncoder.h"
 #include "Platform/Simulated/Picture/SceneExposure.h"
+#include "Platform/Simulated/Picture/TestChart.h"
 #include "Platform/Simulated/Scenario/FileText.h"
 
 #include <cstdint>

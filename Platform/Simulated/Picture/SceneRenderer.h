@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Imaging/RgbImage.h"
-#include "Platform/Simulated/Picture/TestChart.h"
+#include "Platform/Simulated/Picture/ChartCaption.h"
 #include "Platform/Simulated/Scenario/Scenario.h"
 
 #include <cstdint>

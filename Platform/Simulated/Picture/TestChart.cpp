@@ -1,13 +1,12 @@
 #include "Platform/Simulated/Picture/TestChart.h"
 
 #include "Platform/Imaging/ImagingError.h"
+#include "Platform/Simulated/Picture/ChartLayout.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <numbers>
-#include <span>
+#include <string>
 
 namespace Platform::Simulated {
 namespace {
@@ -23,110 +22,7 @@ constexpr Colour grey{118, 118, 118}; // reflects 18 % of the light, as photogra
 constexpr Colour gridGrey{127, 127, 127};
 constexpr Colour frameGrey{28, 28, 28};
 
-constexpr int patchColumns = 4;
-constexpr int panelRows = 6;
-/// Four a row, from the top: skin and earth, landscape, warm and cool, strong, stronger, pale.
-constexpr std::array<Colour, patchColumns * panelRows> patchColours{{
-    {94, 60, 44},    {146, 94, 66},   {203, 152, 126}, {234, 198, 172}, //
-    {74, 104, 58},   {98, 138, 184},  {130, 126, 182}, {98, 186, 172},  //
-    {220, 126, 44},  {196, 82, 98},   {72, 90, 170},   {86, 56, 108},   //
-    {232, 168, 48},  {164, 192, 66},  {66, 150, 80},   {42, 58, 148},   //
-    {178, 46, 56},   {240, 206, 38},  {190, 80, 152},  {10, 134, 164},  //
-    {246, 214, 214}, {246, 240, 206}, {214, 236, 216}, {208, 222, 246}, //
-}};
-
-constexpr int pureColumns = 3;
-/// The primaries, and below each its complement.
-constexpr std::array<Colour, 6> pureColours{
-    {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {0, 255, 255}, {255, 0, 255}, {255, 255, 0}}};
-
-/// White and twelve steps down of half a stop of light each, in sRGB samples, and black.
-constexpr std::array<std::uint8_t, 14> wedgeSamples{255, 219, 188, 160, 137, 117, 99, 84, 71, 59, 49, 41, 34, 0};
-
-/// Where things are in a chart of one size.
-struct Layout {
-    int gap;     // between the large parts
-    int cellGap; // between the cells of a panel
-    int border;
-    Rectangle content; // all but the caption
-    Point centre;      // of the whole picture
-    double starRadius;
-    Rectangle hueBand;
-    Rectangle greyBand;
-    Rectangle leftPanel;
-    Rectangle rightPanel;
-    Rectangle wedge;
-};
-
-Layout layOut(std::uint32_t imageWidth, std::uint32_t imageHeight) {
-    const int width = static_cast<int>(imageWidth);
-    const int height = static_cast<int>(imageHeight);
-    Layout at{};
-    at.content = {0, 0, width, height - captionArea(imageWidth, imageHeight).height};
-    at.gap = std::max(1, std::min(width, at.content.height) / 36);
-    at.cellGap = std::max(1, at.gap / 5);
-    at.border = std::max(1, at.gap / 3);
-    at.centre = {width / 2.0, height / 2.0};
-
-    const int inset = at.border + at.gap;
-    const int left = inset;
-    const int innerWidth = width - 2 * inset;
-    const int innerBottom = at.content.height - inset;
-    const int wedgeHeight = at.content.height / 8;
-    at.wedge = {left, innerBottom - wedgeHeight, innerWidth, wedgeHeight};
-
-    // The middle zone reaches as far up from the picture's centre as it reaches down.
-    const int middleBottom = at.wedge.y - at.gap;
-    const int middleTop = height - middleBottom;
-    const int middleHeight = middleBottom - middleTop;
-    const int bandsHeight = middleTop - at.gap - inset;
-    const int hueHeight = bandsHeight * 3 / 5;
-    at.hueBand = {left, inset, innerWidth, hueHeight};
-    at.greyBand = {left, inset + hueHeight + at.cellGap, innerWidth, bandsHeight - hueHeight - at.cellGap};
-
-    const int starSize = std::min(middleHeight, innerWidth * 2 / 5);
-    at.starRadius = starSize / 2.0;
-    const int panelWidth = (innerWidth - starSize) / 2 - at.gap;
-    at.leftPanel = {left, middleTop, panelWidth, middleHeight};
-    at.rightPanel = {width - inset - panelWidth, middleTop, panelWidth, middleHeight};
-    return at;
-}
-
-/// One cell of an area that is cut into equal columns and rows; it may span several rows.
-Rectangle cellOf(const Rectangle& area, int gap, int columns, int column, int rows, int row, int rowSpan = 1) {
-    const int left = (area.width + gap) * column / columns;
-    const int right = (area.width + gap) * (column + 1) / columns - gap;
-    const int top = (area.height + gap) * row / rows;
-    const int bottom = (area.height + gap) * (row + rowSpan) / rows - gap;
-    return {area.x + left, area.y + top, right - left, bottom - top};
-}
-
-void addPatches(std::vector<ChartPatch>& patches, const Rectangle& panel, int gap, int columns,
-                std::span<const Colour> colours) {
-    for (int i = 0; i < static_cast<int>(colours.size()); ++i) {
-        const Rectangle area = cellOf(panel, gap, columns, i % columns, panelRows, i / columns);
-        if (!area.isEmpty())
-            patches.push_back({area, colours[static_cast<std::size_t>(i)]});
-    }
-}
-
-Rectangle wedgeStep(const Layout& at, int step) {
-    return cellOf(at.wedge, 0, static_cast<int>(wedgeSamples.size()), step, 1, 0);
-}
-
-std::vector<ChartPatch> patchesOf(const Layout& at) {
-    std::vector<ChartPatch> patches;
-    addPatches(patches, at.leftPanel, at.cellGap, patchColumns, patchColours);
-    addPatches(patches, at.rightPanel, at.cellGap, pureColumns, pureColours);
-    for (int step = 0; step < static_cast<int>(wedgeSamples.size()); ++step) {
-        const std::uint8_t sample = wedgeSamples[static_cast<std::size_t>(step)];
-        if (const Rectangle area = wedgeStep(at, step); !area.isEmpty())
-            patches.push_back({area, {sample, sample, sample}});
-    }
-    return patches;
-}
-
-void drawBackground(Canvas& canvas, const Layout& at) {
+void drawBackground(Canvas& canvas, const ChartLayout& at) {
     canvas.fill(at.content, grey);
     const int spacing = 2 * at.gap;
     const int lineWidth = std::max(1, at.gap / 24);
@@ -139,7 +35,7 @@ void drawBackground(Canvas& canvas, const Layout& at) {
 }
 
 /// Dark frames behind the parts, so that none of their colours runs into the background.
-void drawFrames(Canvas& canvas, const Layout& at) {
+void drawFrames(Canvas& canvas, const ChartLayout& at) {
     const Rectangle bands{at.hueBand.x, at.hueBand.y, at.hueBand.width, at.greyBand.bottom() - at.hueBand.y};
     for (const Rectangle& part : {bands, at.leftPanel, at.rightPanel, at.wedge})
         if (!part.isEmpty())
@@ -149,7 +45,7 @@ void drawFrames(Canvas& canvas, const Layout& at) {
 }
 
 /// Blocks in black and white along the edges, white at both ends of each.
-void drawBorder(Canvas& canvas, const Layout& at) {
+void drawBorder(Canvas& canvas, const ChartLayout& at) {
     const auto [x, y, width, height] = at.content;
     const int columns = std::max(1, width / at.gap / 2) | 1;
     for (int i = 0; i < columns; ++i) {
@@ -167,14 +63,14 @@ void drawBorder(Canvas& canvas, const Layout& at) {
     }
 }
 
-void drawGradients(Canvas& canvas, const Layout& at) {
+void drawGradients(Canvas& canvas, const ChartLayout& at) {
     canvas.fillGradient(
         at.hueBand, {{255, 0, 0}, {255, 255, 0}, {0, 255, 0}, {0, 255, 255}, {0, 0, 255}, {255, 0, 255}, {255, 0, 0}});
     canvas.fillGradient(at.greyBand, {black, white});
 }
 
 /// A cross through the exact centre, as many pixels wide as centres the lines: odd for odd sizes.
-void drawCentreCross(Canvas& canvas, const Layout& at, double length) {
+void drawCentreCross(Canvas& canvas, const ChartLayout& at, double length) {
     const int width = static_cast<int>(2 * at.centre.x);
     const int height = static_cast<int>(2 * at.centre.y);
     const int thickness = std::max(1, static_cast<int>(length / 12));
@@ -187,7 +83,7 @@ void drawCentreCross(Canvas& canvas, const Layout& at, double length) {
 }
 
 /// A Siemens star: the finer the detail that a picture keeps, the farther in its spokes are told apart.
-void drawStar(Canvas& canvas, const Layout& at) {
+void drawStar(Canvas& canvas, const ChartLayout& at) {
     constexpr int spokes = 36;
     const double ring = std::max(1.0, at.starRadius / 60);
     const double radius = at.starRadius - ring;
@@ -219,7 +115,7 @@ void drawLabel(Canvas& canvas, const Rectangle& cell, const std::string& text, C
 }
 
 /// Lines of 1 to 4 pixels' width, upright ones above lying ones.
-void drawGratings(Canvas& canvas, const Layout& at) {
+void drawGratings(Canvas& canvas, const ChartLayout& at) {
     constexpr int widths = 4;
     constexpr int firstRow = 2;
     for (int line = 1; line <= widths; ++line) {
@@ -262,45 +158,15 @@ void drawSlantedSquare(Canvas& canvas, const Rectangle& cell) {
     canvas.fillPolygon(corners, black);
 }
 
-void drawPatches(Canvas& canvas, const Layout& at) {
+void drawPatches(Canvas& canvas, const ChartLayout& at) {
     for (const ChartPatch& patch : patchesOf(at))
         canvas.fill(patch.area, patch.colour);
     // The wedge's whole stops are numbered, below the middles of its steps.
-    for (int step = 0; step + 1 < static_cast<int>(wedgeSamples.size()); step += 2) {
-        const std::uint8_t sample = wedgeSamples[static_cast<std::size_t>(step)];
-        const Rectangle area = wedgeStep(at, step);
+    for (int step = 0; step + 1 < wedgeStepCount; step += 2) {
+        const ChartPatch patch = wedgeStep(at, step);
         const std::string stops = step ? "-" + std::to_string(step / 2) : "0";
-        drawLabel(canvas, area, stops, sample > 80 ? black : white, {sample, sample, sample});
+        drawLabel(canvas, patch.area, stops, patch.colour.red > 80 ? black : white, patch.colour);
     }
-}
-
-std::string exposureText(const std::optional<double>& exponent) {
-    if (!exponent)
-        return "fixed exposure";
-    const double seconds = std::exp2(*exponent);
-    constexpr double longestFraction = 0.4; // seconds; longer times read better as decimals
-    std::array<char, 120> text{};
-    if (seconds < longestFraction)
-        std::snprintf(text.data(), text.size(), "1/%.0f s  (2^%.2f)  %.0f us", 1 / seconds, *exponent, seconds * 1e6);
-    else
-        std::snprintf(text.data(), text.size(), "%.3g s  (2^%.2f)  %.0f us", seconds, *exponent, seconds * 1e6);
-    return text.data();
-}
-
-/// One line of the caption: a text from the left, one to the right; where both do not fit, in smaller letters,
-/// and if need be with the end of the left one cut off.
-void drawCaptionLine(Canvas& canvas, const Rectangle& line, const std::string& left, const std::string& right,
-                     Colour colour) {
-    constexpr double smallestShare = 0.7;
-    double size = 0.8 * line.height;
-    const double needed = canvas.textWidth(size, left) + size + canvas.textWidth(size, right);
-    size *= std::clamp(line.width / needed, smallestShare, 1.0);
-    const double baseline = line.y + 0.8 * line.height;
-    const int rightWidth = static_cast<int>(std::ceil(canvas.textWidth(size, right)));
-    const int leftWidth = line.width - rightWidth - static_cast<int>(size);
-    canvas.drawText({line.x, line.y, leftWidth, line.height}, {static_cast<double>(line.x), baseline}, size, left,
-                    colour);
-    canvas.drawText(line, {static_cast<double>(line.right() - rightWidth), baseline}, size, right, colour);
 }
 
 } // namespace
@@ -308,7 +174,7 @@ void drawCaptionLine(Canvas& canvas, const Rectangle& line, const std::string& l
 Imaging::RgbImage drawTestChart(std::uint32_t width, std::uint32_t height) {
     Imaging::requireSizeWithinLimits(width, height, "Test chart");
     Canvas canvas(width, height);
-    const Layout at = layOut(width, height);
+    const ChartLayout at = layOutChart(width, height);
     drawBackground(canvas, at);
     drawFrames(canvas, at);
     drawBorder(canvas, at);
@@ -319,43 +185,6 @@ Imaging::RgbImage drawTestChart(std::uint32_t width, std::uint32_t height) {
     drawSlantedSquare(canvas, cellOf(at.rightPanel, at.cellGap, 2, 1, panelRows, 4, 2));
     drawPatches(canvas, at);
     return canvas.toImage();
-}
-
-std::vector<ChartPatch> chartPatches(std::uint32_t width, std::uint32_t height) {
-    return patchesOf(layOut(width, height));
-}
-
-Imaging::Rectangle captionArea(std::uint32_t width, std::uint32_t height) {
-    constexpr std::uint32_t smallestSide = 96;
-    constexpr std::uint32_t lowestLegible = 26; // two lines of letters
-    if (width < smallestSide || height < smallestSide)
-        return {};
-    const auto stripHeight = static_cast<int>(std::max(lowestLegible, std::min(height / 14, width / 12)));
-    return {0, static_cast<int>(height) - stripHeight, static_cast<int>(width), stripHeight};
-}
-
-void drawCaption(Imaging::RgbImage& image, const ChartCaption& caption) {
-    constexpr Colour paper{18, 20, 24};
-    constexpr Colour accent{255, 176, 32};
-    constexpr Colour firstLine{245, 245, 245};
-    constexpr Colour secondLine{190, 196, 204};
-    const Rectangle strip = captionArea(image.width, image.height);
-    if (strip.isEmpty())
-        return;
-    Canvas canvas(image.width, static_cast<std::uint32_t>(strip.height));
-    canvas.fill({0, 0, strip.width, strip.height}, paper);
-    const int accentHeight = std::max(1, strip.height / 26);
-    canvas.fill({0, 0, strip.width, accentHeight}, accent);
-
-    const int margin = strip.height / 4;
-    const int lineHeight = (strip.height - accentHeight) * 9 / 20;
-    const int top = accentHeight + (strip.height - accentHeight - 2 * lineHeight) / 2;
-    const Rectangle upper{margin, top, strip.width - 2 * margin, lineHeight};
-    const Rectangle lower{margin, top + lineHeight, upper.width, lineHeight};
-    drawCaptionLine(canvas, upper, caption.cameraName, caption.time, firstLine);
-    drawCaptionLine(canvas, lower, exposureText(caption.exposureExponent),
-                    "frame " + std::to_string(caption.frameNumber), secondLine);
-    canvas.copyInto(image, strip.x, strip.y);
 }
 
 } // namespace Platform::Simulated

@@ -1,4 +1,5 @@
 #include "Platform/Imaging/PngEncoder.h"
+#include "Platform/Simulated/Picture/ChartCaption.h"
 #include "Platform/Simulated/Picture/SceneExposure.h"
 #include "Platform/Simulated/Picture/TestChart.h"
 #include "Tests/Platform/Simulated/SimulatedFixture.h"

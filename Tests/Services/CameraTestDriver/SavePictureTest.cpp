@@ -1,7 +1,7 @@
 #include "Services/CameraTestDriver/SavePicture.h"
 
 #include "Platform/Imaging/ImageDecoder.h"
-#include "Platform/Simulated/Picture/TestChart.h"
+#include "Platform/Simulated/Picture/ChartLayout.h"
 #include "Services/CameraTestDriver/Images.h"
 #include "Services/CameraTestDriver/OutputFolder.h"
 #include "Tests/Services/CameraTestDriver/DriverFixture.h"

@@ -1,6 +1,8 @@
 #include "Platform/Simulated/Picture/TestChart.h"
 
 #include "Platform/Interface/HresultError.h"
+#include "Platform/Simulated/Picture/ChartCaption.h"
+#include "Platform/Simulated/Picture/ChartLayout.h"
 #include "Platform/Simulated/Picture/SceneExposure.h"
 
 #include <gmock/gmock.h>
