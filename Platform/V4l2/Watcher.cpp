@@ -1,18 +1,14 @@
 #include "Platform/V4l2/Watcher.h"
 
 #include "Platform/Shared/DeviceInformationValue.h"
-#include "Platform/Shared/ErrnoError.h"
-#include "Platform/Shared/FileDescriptor.h"
+#include "Platform/Shared/WakeUp.h"
 #include "Platform/V4l2/Discovery/SourceGroup.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <map>
 #include <optional>
 #include <set>
@@ -24,10 +20,7 @@ namespace Platform::V4l2 {
 /// What the thread works on; outlives the watcher by as long as it takes the thread to see that it is to end.
 struct Watcher::Loop {
     explicit Loop(DeviceLister& lister, std::shared_ptr<DeviceCatalog> cameras)
-        : monitor(lister.monitor()), catalog(std::move(cameras)), wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-        if (!wake.isOpen())
-            throw Shared::errnoError("eventfd", "the device watcher", errno);
-    }
+        : monitor(lister.monitor()), catalog(std::move(cameras)), wakeUp("the device watcher") {}
 
     void run(const std::weak_ptr<Watcher>& watcher);
     void stop();
@@ -42,7 +35,7 @@ private:
 
     const std::unique_ptr<DeviceMonitor> monitor;
     const std::shared_ptr<DeviceCatalog> catalog;
-    const Shared::FileDescriptor wake;
+    const Shared::WakeUp wakeUp;
     std::atomic<bool> stopping{false};
     Groups reported; // the thread's, by id
 };
@@ -77,9 +70,7 @@ DeviceInformation Watcher::deviceOf(const CameraGroup& group) { return groupDevi
 
 void Watcher::Loop::stop() {
     stopping = true;
-    const std::uint64_t one = 1;
-    // Fails only when the counter is full, and then the thread is awake anyway.
-    [[maybe_unused]] const ssize_t written = write(wake.get(), &one, sizeof one);
+    wakeUp.wake();
 }
 
 void Watcher::Loop::run(const std::weak_ptr<Watcher>& watcher) {
@@ -116,7 +107,7 @@ std::optional<Watcher::Loop::Groups> Watcher::Loop::look() try {
 
 /// Waits for news, and takes all that there are; the nodes that went.
 std::set<std::string> Watcher::Loop::waitForRemovals(int limitInMs) {
-    std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{monitor->descriptor(), POLLIN, 0}};
+    std::array<pollfd, 2> waited{pollfd{wakeUp.descriptor(), POLLIN, 0}, pollfd{monitor->descriptor(), POLLIN, 0}};
     poll(waited.data(), waited.size(), limitInMs);
     std::set<std::string> removed;
     while (const auto event = monitor->receive())

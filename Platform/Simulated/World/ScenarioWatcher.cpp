@@ -5,7 +5,6 @@
 #include "Platform/Simulated/Scenario/FileText.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -39,9 +38,7 @@ Shared::FileDescriptor watchFolder(const std::filesystem::path& folder) {
 } // namespace
 
 ScenarioWatcher::ScenarioWatcher(std::filesystem::path file, TakeOver takeOver)
-    : _file(std::move(file)), _takeOver(std::move(takeOver)), _stop(::eventfd(0, EFD_CLOEXEC)) {
-    if (!_stop.isOpen())
-        throw Shared::errnoError("eventfd", _file.native(), errno);
+    : _file(std::move(file)), _takeOver(std::move(takeOver)), _stop(_file.native()) {
     // A folder that is missing is told as a file that is.
     if (std::error_code ignored; std::filesystem::exists(_file.parent_path(), ignored))
         _inotify = watchFolder(_file.parent_path()); // before the first look, so that no change is missed
@@ -51,7 +48,7 @@ ScenarioWatcher::ScenarioWatcher(std::filesystem::path file, TakeOver takeOver)
 }
 
 ScenarioWatcher::~ScenarioWatcher() {
-    ::eventfd_write(_stop.get(), 1);
+    _stop.wake();
     _thread.join();
 }
 
@@ -83,7 +80,7 @@ int ScenarioWatcher::pollTimeout() const {
 
 void ScenarioWatcher::run() {
     for (;;) {
-        std::array<pollfd, 2> descriptors{pollfd{_inotify.get(), POLLIN, 0}, pollfd{_stop.get(), POLLIN, 0}};
+        std::array<pollfd, 2> descriptors{pollfd{_inotify.get(), POLLIN, 0}, pollfd{_stop.descriptor(), POLLIN, 0}};
         const int ready = ::poll(descriptors.data(), descriptors.size(), pollTimeout());
         if (ready < 0 && errno != EINTR)
             return;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Shared/FileDescriptor.h"
+#include "Platform/Shared/WakeUp.h"
 
 #include <sys/stat.h>
 
@@ -49,7 +50,7 @@ private:
     const std::filesystem::path _file;
     const TakeOver _takeOver;
     Shared::FileDescriptor _inotify;
-    Shared::FileDescriptor _stop;
+    const Shared::WakeUp _stop;
     Version _last;                               // the one that was taken over, or passed by, last
     std::optional<Clock::time_point> _confirmAt; // when to look again at a file that is not in order
     std::thread _thread;

@@ -2,12 +2,8 @@
 
 #include "Platform/Imaging/FrameConverter.h"
 #include "Platform/Imaging/PngEncoder.h"
-#include "Platform/Shared/ErrnoError.h"
-#include "Platform/Shared/FileDescriptor.h"
+#include "Platform/Shared/WakeUp.h"
 #include "Platform/V4l2/Kernel/DeviceErrors.h"
-
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -25,10 +21,7 @@ struct CameraWorker::State : std::enable_shared_from_this<State> {
     State(std::shared_ptr<SystemCalls> systemCalls, std::shared_ptr<Shared::WorkerPool> workers, CameraSource opened,
           const CameraLimits& timeLimits)
         : calls(std::move(systemCalls)), pool(std::move(workers)), source(std::move(opened)), limits(timeLimits),
-          wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), ended(std::make_shared<CompletionFlag>()) {
-        if (!wake.isOpen())
-            throw deviceError("eventfd", source.node.devicePath, errno);
-    }
+          ended(std::make_shared<CompletionFlag>()), _wakeUp(source.node.devicePath) {}
 
     void run(const AsyncOperationSource<void>& opened);
     void post(Task task);
@@ -38,7 +31,6 @@ struct CameraWorker::State : std::enable_shared_from_this<State> {
     const std::shared_ptr<Shared::WorkerPool> pool;
     const CameraSource source;
     const CameraLimits limits;
-    const Shared::FileDescriptor wake;
     const std::shared_ptr<CompletionFlag> ended; // the thread holds nothing of the camera any more
     std::atomic<bool> stuck{false};              // a call has not been answered in time, nor since
 
@@ -49,8 +41,8 @@ private:
     void pollOnce();
     void letGoIfGone();
     int timeoutInMs() const;
-    void ring() const;
 
+    const Shared::WakeUp _wakeUp;
     std::mutex _mutex;
     std::deque<Task> _tasks; // guarded by the mutex
     bool _closing = false;   // likewise
@@ -111,17 +103,11 @@ void CameraWorker::makeStill(const std::shared_ptr<State>& state, const std::vec
     }
 }
 
-void CameraWorker::State::ring() const {
-    const std::uint64_t one = 1;
-    // Fails only when the counter is full, and then the thread is awake anyway.
-    [[maybe_unused]] const ssize_t written = write(wake.get(), &one, sizeof one);
-}
-
 void CameraWorker::State::post(Task task) {
     std::unique_lock lock(_mutex);
     if (!_ended) {
         _tasks.push_back(std::move(task));
-        ring();
+        _wakeUp.wake();
         return;
     }
     lock.unlock();
@@ -131,7 +117,7 @@ void CameraWorker::State::post(Task task) {
 void CameraWorker::State::close() {
     std::lock_guard lock(_mutex);
     _closing = true;
-    ring();
+    _wakeUp.wake();
 }
 
 void CameraWorker::State::run(const AsyncOperationSource<void>& opened) {
@@ -196,13 +182,11 @@ void CameraWorker::State::pollOnce() {
     // Without a wish for frames poll tells only of a camera that goes: one that is idle costs nothing until then. That
     // its stream has failed shows at the next request.
     const short wanted = _session && _session->wantsFrames() ? POLLIN : 0;
-    std::array<pollfd, 2> waited{pollfd{wake.get(), POLLIN, 0}, pollfd{descriptor, wanted, 0}};
+    std::array<pollfd, 2> waited{pollfd{_wakeUp.descriptor(), POLLIN, 0}, pollfd{descriptor, wanted, 0}};
     if (calls->poll(waited.data(), waited.size(), timeoutInMs()) < 0)
         return; // a signal: the loop comes back
-    if (waited[0].revents != 0) {
-        std::uint64_t rung = 0;
-        [[maybe_unused]] const ssize_t bytes = read(wake.get(), &rung, sizeof rung);
-    }
+    if (waited[0].revents != 0)
+        _wakeUp.drain();
     if (!_session)
         return;
     if (waited[1].revents != 0)

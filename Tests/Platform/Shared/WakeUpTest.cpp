@@ -1,0 +1,53 @@
+#include "Platform/Shared/WakeUp.h"
+
+#include "Tests/Support/RaisedError.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/resource.h>
+
+#include <thread>
+
+using Platform::Shared::WakeUp;
+
+namespace {
+
+bool isReadable(const WakeUp& wakeUp, int timeoutInMs = 0) {
+    pollfd waited{wakeUp.descriptor(), POLLIN, 0};
+    return ::poll(&waited, 1, timeoutInMs) == 1;
+}
+
+TEST(WakeUp, WakesAThreadThatWaits) {
+    const WakeUp wakeUp("a test");
+    bool woken = false;
+    std::thread sleeper([&] { woken = isReadable(wakeUp, 10'000); });
+    wakeUp.wake();
+    sleeper.join();
+    EXPECT_TRUE(woken);
+}
+
+TEST(WakeUp, LastsUntilItIsDrainedHoweverOftenItWasGiven) {
+    const WakeUp wakeUp("a test");
+    EXPECT_FALSE(isReadable(wakeUp));
+    wakeUp.wake();
+    wakeUp.wake();
+    EXPECT_TRUE(isReadable(wakeUp));
+    EXPECT_TRUE(isReadable(wakeUp));
+    wakeUp.drain();
+    EXPECT_FALSE(isReadable(wakeUp));
+    wakeUp.drain(); // does not block
+    wakeUp.wake();
+    EXPECT_TRUE(isReadable(wakeUp));
+}
+
+TEST(WakeUp, NamesTheSleeperWhereTheSystemHasNoDescriptorLeft) {
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::string error = raisedBy([] { WakeUp("a test"); });
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(error, "80004005 eventfd on a test: Too many open files");
+}
+
+} // namespace
