@@ -1,7 +1,10 @@
 #include "Platform/Imaging/ImageDecoder.h"
+#include "Platform/V4l2/Streaming/Freshness.h"
+#include "Tests/Platform/Imaging/EncodedPictures.h"
 #include "Tests/Platform/V4l2/CameraFixture.h"
 
 #include <linux/videodev2.h>
+#include <turbojpeg.h>
 
 #include <cerrno>
 
@@ -218,13 +221,29 @@ TEST_F(V4l2MediaCaptureTest, AJpegThatDoesNotDecodeIsFollowedByTheNextFrame) {
     const auto capture = open();
     setFormat(capture, Mjpeg);
     const auto reader = startReader(capture);
-    std::vector<std::uint8_t> damaged(100, 0xFF);
+    const std::vector<std::uint8_t> damaged(100, 0xFF);
+    const auto whole = Imaging::writeJpeg(Imaging::smoothPicture(32, 16), TJSAMP_444);
+    // One frame at a time, taken before the next one is delivered.
+    const auto deliver = [&](const std::vector<std::uint8_t>& bytes) {
+        const unsigned read = driver->calls(VIDIOC_DQBUF);
+        driver->deliver(Path, {bytes, 0, true, false, 0});
+        return comesTrue([&] { return driver->calls(VIDIOC_DQBUF) > read; });
+    };
+    const FreshnessRule rule = freshnessRuleFor("usb-");
+    for (unsigned i = 0; i <= rule.afterSetting; ++i) // the start of the stream counts as a setting
+        ASSERT_TRUE(deliver(whole));
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
-    const FrameClock clock(*driver, Path, {damaged, 0, true, false, 0});
-    EXPECT_FALSE(
-        CompletionFlag::of(action)->waitUntil(std::chrono::steady_clock::now() + std::chrono::milliseconds(200)));
-    EXPECT_EQ(stream->Size(), 0u);
+    for (unsigned i = 0; i < rule.afterRequest; ++i)
+        ASSERT_TRUE(deliver(whole));
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(deliver(damaged));
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // for the decoder to refuse it
+        EXPECT_EQ(action.Status(), AsyncStatus::Started);
+    }
+    ASSERT_TRUE(deliver(whole));
+    EXPECT_TRUE(CompletionFlag::of(action)->waitUntil(std::chrono::steady_clock::now() + std::chrono::seconds(10)));
+    EXPECT_GT(stream->Size(), 0u);
 }
 
 TEST_F(V4l2MediaCaptureTest, AStillFailsInTheEndOnACameraThatDeliversNothing) {
