@@ -11,6 +11,12 @@ namespace Platform::Shared {
 /// own included: a task that runs at that time goes on to its end. Whoever posts a task lets the
 /// task own the pool; what has not begun when the pool goes and waits for its moment is dropped.
 /// An exception that leaves a task ends the process.
+///
+/// There is no upper bound, since tasks wait for tasks: an event's handler for an operation, an operation of the
+/// catalogue of devices for the examination of a node. Under a bound the waiting ones could hold every thread, and
+/// nothing would run that they wait for. What limits the number is who posts: an event runs for each device at a time,
+/// an operation for each caller that waits for it, and a few stills; threads that are idle are used before a new one is
+/// made, and stay until the pool goes. So there are about twice as many as there are devices that come at once.
 class WorkerPool {
 public:
     using Task = std::function<void()>;
