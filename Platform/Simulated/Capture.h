@@ -7,7 +7,7 @@
 
 namespace Platform::Simulated {
 
-/// A capture of a simulated camera.
+/// A capture of a simulated camera. Any thread.
 class Capture final : public IMediaCapture {
 public:
     explicit Capture(std::shared_ptr<Simulation> simulation)

@@ -7,7 +7,7 @@
 
 namespace Platform::Simulated {
 
-/// One control of the older generation, seen through an open capture.
+/// One control of the older generation, seen through an open capture. Any thread.
 class DeviceControl final : public IMediaDeviceControl {
 public:
     DeviceControl(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera, OlderControl control);

@@ -7,7 +7,7 @@
 
 namespace Platform::Simulated {
 
-/// The controls of an open capture's camera.
+/// The controls of an open capture's camera. Any thread.
 class DeviceController final : public IVideoDeviceController {
 public:
     DeviceController(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera);

@@ -8,7 +8,7 @@
 
 namespace Platform::Simulated {
 
-/// Keeps the stream of a capture running; there are no frames to be read.
+/// Keeps the stream of a capture running; there are no frames to be read. Any thread.
 class FrameReader final : public IMediaFrameReader {
 public:
     FrameReader(std::shared_ptr<CaptureCore> core, std::shared_ptr<SimulatedCamera> camera)

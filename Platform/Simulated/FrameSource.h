@@ -8,7 +8,7 @@
 
 namespace Platform::Simulated {
 
-/// A source of an open capture.
+/// A source of an open capture. Any thread.
 class FrameSource final : public IMediaFrameSource {
 public:
     FrameSource(std::shared_ptr<CaptureCore> core, std::shared_ptr<const SourceDefinition> definition);

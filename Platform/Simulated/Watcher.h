@@ -7,7 +7,7 @@
 
 namespace Platform::Simulated {
 
-/// Reports the watched devices of the scenario's groups.
+/// Reports the watched devices of the scenario's groups. Any thread.
 class Watcher final : public Shared::DeviceWatcherBase, public ScenarioObserver {
 public:
     explicit Watcher(std::shared_ptr<Simulation> simulation);

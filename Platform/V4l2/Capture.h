@@ -7,7 +7,7 @@
 
 namespace Platform::V4l2 {
 
-/// A camera of the kernel. Stills come from the group's first source, as the controls do.
+/// A camera of the kernel. Stills come from the group's first source, as the controls do. Any thread.
 class Capture final : public IMediaCapture {
 public:
     explicit Capture(CaptureSurroundings surroundings)

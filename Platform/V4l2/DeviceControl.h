@@ -9,7 +9,7 @@
 
 namespace Platform::V4l2 {
 
-/// One setting of the older generation. Any thread; the work is done on the camera's.
+/// One setting of the older generation. The work is done on the camera's thread. Any thread.
 class DeviceControl final : public IMediaDeviceControl {
 public:
     /// The mapping must outlive the control.

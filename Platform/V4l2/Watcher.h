@@ -9,7 +9,7 @@
 namespace Platform::V4l2 {
 
 /// Reports cameras that come and go, under the ids of their groups. Its thread, which Start makes, listens to the
-/// system and ends with the watcher.
+/// system and ends with the watcher. Any thread.
 class Watcher final : public Shared::DeviceWatcherBase {
 public:
     Watcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,

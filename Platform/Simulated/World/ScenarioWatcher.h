@@ -16,7 +16,7 @@ namespace Platform::Simulated {
 
 /// Hands a file's text over each time that the file has changed, be it written in place or replaced, on a
 /// thread of its own. A change that cannot be taken over is passed by, with one line on standard error
-/// unless the file is whole again a moment later.
+/// unless the file is whole again a moment later. One thread at a time.
 class ScenarioWatcher {
 public:
     /// Raises winrt::hresult_error for a text that cannot be taken over.

@@ -8,8 +8,8 @@
 
 namespace Platform::V4l2 {
 
-/// One setting of the older generation on the kernel's controls. Used on the thread that owns the node; made for one
-/// operation. A camera that is gone or does not answer raises.
+/// One setting of the older generation on the kernel's controls, made for one operation. A camera that is gone or does
+/// not answer raises. The camera's thread.
 class ControlAdapter {
 public:
     ControlAdapter(DeviceNode& node, const ControlMapping& mapping);

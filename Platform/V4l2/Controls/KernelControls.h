@@ -20,6 +20,7 @@ struct KernelControl {
 
 /// Single controls of a node, each call a request of its own: a driver carries several in one request out in its
 /// own order. What a camera refuses is told by the result; a camera that is gone or does not answer raises.
+/// The camera's thread.
 class KernelControls {
 public:
     explicit KernelControls(DeviceNode& node) : _node(node) {}

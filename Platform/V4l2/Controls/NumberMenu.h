@@ -10,8 +10,8 @@
 
 namespace Platform::V4l2 {
 
-/// A control of the kernel with a menu of numbers, in thousandths. Made for one operation, on the thread that owns the
-/// node. A camera that is gone or does not answer raises.
+/// A control of the kernel with a menu of numbers, in thousandths, made for one operation. A camera that is gone or
+/// does not answer raises. The camera's thread.
 class NumberMenu {
 public:
     using Entries = std::vector<std::pair<std::int32_t, std::int64_t>>; // index and thousandths

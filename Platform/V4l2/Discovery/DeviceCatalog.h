@@ -38,8 +38,8 @@ struct CameraGroup {
 using CameraGroupHandle = std::shared_ptr<const CameraGroup>;
 
 /// The machine's cameras. Opens each new node once, shortly, to see what it is; what it learned holds as long as
-/// the system describes the node in the same way. A driver that does not answer costs one call the limit. Any
-/// thread.
+/// the system describes the node in the same way. A driver that does not answer costs one call the limit.
+/// Any thread.
 class DeviceCatalog {
 public:
     DeviceCatalog(std::shared_ptr<SystemCalls> calls, std::shared_ptr<DeviceLister> lister,

@@ -11,8 +11,8 @@
 
 namespace Platform::V4l2 {
 
-/// An open device node. Failures are winrt::hresult_errors that name operation, device and reason. Its
-/// owner uses and destroys it on one thread.
+/// An open device node. Failures are winrt::hresult_errors that name operation, device and reason.
+/// One thread at a time.
 class DeviceNode {
 public:
     /// Opens the node. Raises.

@@ -10,7 +10,7 @@ namespace Platform::V4l2 {
 
 /// The system calls that cameras are reached through; nothing else in this folder makes one on a camera.
 /// Each does what the call of its name does: it returns -1 (MAP_FAILED for mmap) and sets errno on
-/// failure. Any thread; a descriptor is used by one thread at a time.
+/// failure. Any thread. With one descriptor: One thread at a time.
 class SystemCalls {
 public:
     virtual ~SystemCalls() = default;

@@ -12,9 +12,9 @@
 
 namespace Platform::V4l2 {
 
-/// The thread of one open camera, which alone touches the camera's session. Any thread may use and release it; its own
-/// does where a still that never ends owns, through its handler, the camera. A driver that never answers costs a caller
-/// the time limit; the thread then ends, and gives everything back, when the driver lets go.
+/// The thread of one open camera, which alone touches the camera's session. That thread itself releases the worker
+/// where a still that never ends owns, through its handler, the camera. A driver that never answers costs a caller the
+/// time limit; the thread then ends, and gives everything back, when the driver lets go. Any thread.
 class CameraWorker {
 public:
     /// Opens the camera. Raises.

@@ -10,7 +10,7 @@
 
 namespace Platform::V4l2 {
 
-/// A part of a driver's buffer, mapped for as long as the object lives.
+/// A part of a driver's buffer, mapped for as long as the object lives. The camera's thread.
 class Mapping {
 public:
     Mapping(DeviceNode& node, std::size_t length, off_t offset)
@@ -48,7 +48,7 @@ struct BufferDescription {
 };
 
 /// The buffers of a node: requested and mapped by the constructor, given back by the destructor. The node must
-/// outlive them.
+/// outlive them. The camera's thread.
 class FrameBuffers {
 public:
     /// Raises, with nothing left behind.

@@ -26,7 +26,7 @@ struct FrameTime {
 };
 
 /// Counts the frames that began after a moment. A frame without a stamp counts by its arrival: the driver must hold
-/// no full buffers at that moment.
+/// no full buffers at that moment. The camera's thread.
 class FramesSince {
 public:
     explicit FramesSince(TimePoint moment) : _moment(moment) {}

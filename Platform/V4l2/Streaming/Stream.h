@@ -20,6 +20,7 @@ struct Frame {
 };
 
 /// The running stream of a node, in the format that the node is set to. The node must outlive it.
+/// The camera's thread.
 class Stream {
 public:
     /// Starts. Raises, with nothing left behind.
