@@ -1,12 +1,12 @@
 #include "Platform/V4l2/Capture.h"
 
 #include "Platform/Shared/PlatformError.h"
+#include "Platform/Shared/RunAsync.h"
 #include "Platform/V4l2/DeviceController.h"
 #include "Platform/V4l2/Discovery/SourceGroup.h"
 #include "Platform/V4l2/FrameReader.h"
 #include "Platform/V4l2/FrameSource.h"
 
-#include <utility>
 #include <vector>
 
 namespace Platform::V4l2 {

@@ -1,5 +1,7 @@
 #include "Platform/V4l2/FrameReader.h"
 
+#include "Platform/Shared/RunAsync.h"
+
 #include <string_view>
 
 namespace Platform::V4l2 {

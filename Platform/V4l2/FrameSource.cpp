@@ -1,5 +1,6 @@
 #include "Platform/V4l2/FrameSource.h"
 
+#include "Platform/Shared/RunAsync.h"
 #include "Platform/V4l2/Discovery/SourceGroup.h"
 
 #include <string_view>

@@ -20,7 +20,7 @@ namespace Platform::V4l2 {
 /// What the thread works on; outlives the watcher by as long as it takes the thread to see that it is to end.
 struct Watcher::Loop {
     explicit Loop(DeviceLister& lister, std::shared_ptr<DeviceCatalog> cameras)
-        : monitor(lister.monitor()), catalog(std::move(cameras)), wakeUp("the device watcher") {}
+        : _monitor(lister.monitor()), _catalog(std::move(cameras)), _wakeUp("the device watcher") {}
 
     void run(const std::weak_ptr<Watcher>& watcher);
     void stop();
@@ -33,11 +33,11 @@ private:
     void compare(Watcher& watcher, const Groups& present, const std::set<std::string>& removed);
     static bool isSame(const CameraGroup& a, const CameraGroup& b);
 
-    const std::unique_ptr<DeviceMonitor> monitor;
-    const std::shared_ptr<DeviceCatalog> catalog;
-    const Shared::WakeUp wakeUp;
-    std::atomic<bool> stopping{false};
-    Groups reported; // the thread's, by id
+    const std::unique_ptr<DeviceMonitor> _monitor;
+    const std::shared_ptr<DeviceCatalog> _catalog;
+    const Shared::WakeUp _wakeUp;
+    std::atomic<bool> _stopping{false};
+    Groups _reported; // the thread's, by id
 };
 
 Watcher::Watcher(std::shared_ptr<Shared::WorkerPool> pool, std::shared_ptr<DeviceLister> lister,
@@ -69,8 +69,8 @@ void Watcher::vanished(const CameraGroup& group) {
 DeviceInformation Watcher::deviceOf(const CameraGroup& group) { return groupDevice(group); }
 
 void Watcher::Loop::stop() {
-    stopping = true;
-    wakeUp.wake();
+    _stopping = true;
+    _wakeUp.wake();
 }
 
 void Watcher::Loop::run(const std::weak_ptr<Watcher>& watcher) {
@@ -78,7 +78,7 @@ void Watcher::Loop::run(const std::weak_ptr<Watcher>& watcher) {
     constexpr int untilNextLookInMs = 1'000; // after one that failed
     std::set<std::string> removed;           // since the last look
     bool first = true;
-    while (!stopping) {
+    while (!_stopping) {
         int limitInMs = forever;
         // Nothing keeps the watcher while the thread waits.
         if (const auto self = watcher.lock()) {
@@ -98,7 +98,7 @@ void Watcher::Loop::run(const std::weak_ptr<Watcher>& watcher) {
 /// The cameras that are there; nothing where the system cannot tell, as without a descriptor to spare.
 std::optional<Watcher::Loop::Groups> Watcher::Loop::look() try {
     Groups present;
-    for (const CameraGroupHandle& group : catalog->groups())
+    for (const CameraGroupHandle& group : _catalog->groups())
         present.emplace(group->id, group);
     return present;
 } catch (const winrt::hresult_error&) {
@@ -107,10 +107,10 @@ std::optional<Watcher::Loop::Groups> Watcher::Loop::look() try {
 
 /// Waits for news, and takes all that there are; the nodes that went.
 std::set<std::string> Watcher::Loop::waitForRemovals(int limitInMs) {
-    std::array<pollfd, 2> waited{pollfd{wakeUp.descriptor(), POLLIN, 0}, pollfd{monitor->descriptor(), POLLIN, 0}};
+    std::array<pollfd, 2> waited{pollfd{_wakeUp.descriptor(), POLLIN, 0}, pollfd{_monitor->descriptor(), POLLIN, 0}};
     poll(waited.data(), waited.size(), limitInMs);
     std::set<std::string> removed;
-    while (const auto event = monitor->receive())
+    while (const auto event = _monitor->receive())
         if (event->removed)
             removed.insert(event->systemPath);
     return removed;
@@ -122,7 +122,7 @@ bool Watcher::Loop::isSame(const CameraGroup& a, const CameraGroup& b) {
 
 /// A camera that was plugged in anew under the same id has gone and come.
 void Watcher::Loop::compare(Watcher& watcher, const Groups& present, const std::set<std::string>& removed) {
-    for (auto known = reported.begin(); known != reported.end();) {
+    for (auto known = _reported.begin(); known != _reported.end();) {
         const CameraGroup& group = *known->second;
         const auto now = present.find(known->first);
         const bool lostNode = std::any_of(group.nodes.begin(), group.nodes.end(),
@@ -132,10 +132,10 @@ void Watcher::Loop::compare(Watcher& watcher, const Groups& present, const std::
             continue;
         }
         watcher.vanished(group);
-        known = reported.erase(known);
+        known = _reported.erase(known);
     }
     for (const auto& [id, group] : present)
-        if (reported.emplace(id, group).second)
+        if (_reported.emplace(id, group).second)
             watcher.appeared(*group);
 }
 

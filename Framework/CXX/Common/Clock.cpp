@@ -2,7 +2,6 @@
 
 #include <mutex>
 #include <thread>
-#include <utility>
 
 namespace Halden {
 

@@ -3,7 +3,6 @@
 #include "Platform/Interface/Guid.h"
 
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace Platform::Simulated {

@@ -66,6 +66,7 @@ std::vector<JsonPlace> JsonPlace::asList() const {
     if (!_value->isArray())
         raise("must be a list");
     std::vector<JsonPlace> items;
+    items.reserve(_value->size());
     for (Json::ArrayIndex i = 0; i < _value->size(); ++i)
         items.push_back({(*_value)[i], _file, _place + "[" + std::to_string(i) + "]"});
     return items;

@@ -1,6 +1,5 @@
 #include "Platform/Simulated/World/Simulation.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace Platform::Simulated {

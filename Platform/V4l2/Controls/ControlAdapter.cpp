@@ -1,5 +1,7 @@
 #include "Platform/V4l2/Controls/ControlAdapter.h"
 
+#include "Platform/V4l2/Controls/ExposureScale.h"
+
 #include <algorithm>
 #include <cmath>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/V4l2/Controls/ExposureScale.h"
+#include "Platform/V4l2/Controls/IntegerRange.h"
 #include "Platform/V4l2/Kernel/DeviceNode.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "Platform/V4l2/Discovery/FormatList.h"
 
-#include "Platform/Imaging/ImageDecoder.h"
+#include "Platform/Imaging/ImageSize.h"
 
 #include <algorithm>
 #include <array>

@@ -50,6 +50,7 @@ private:
 
 VectorView<MediaFrameSourceInfo> infosOf(const CameraGroup& group) {
     std::vector<MediaFrameSourceInfo> infos;
+    infos.reserve(group.sources.size());
     for (const CameraSource& source : group.sources)
         infos.push_back(std::make_shared<SourceInfo>(group, source));
     return infos;
@@ -92,6 +93,7 @@ DeviceInformation groupContainer(const CameraGroup& group) {
 
 std::vector<MediaFrameFormat> frameFormats(const CameraSource& source) {
     std::vector<MediaFrameFormat> formats;
+    formats.reserve(source.description.formats.size());
     for (const StreamFormat& format : source.description.formats)
         formats.push_back({static_cast<std::uint32_t>(formats.size()), format.width, format.height, format.frameRate(),
                            Halden::toUtf16(pixelFormatName(format.pixelFormat->code))});

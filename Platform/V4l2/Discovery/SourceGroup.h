@@ -4,7 +4,6 @@
 #include "Platform/Interface/MediaFrameSourceGroup.h"
 #include "Platform/V4l2/Discovery/DeviceCatalog.h"
 
-#include <cstddef>
 #include <vector>
 
 namespace Platform::V4l2 {

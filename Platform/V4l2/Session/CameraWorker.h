@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/AsyncWait.h"
-#include "Platform/Shared/RunAsync.h"
+#include "Platform/Shared/WorkerPool.h"
 #include "Platform/V4l2/Session/CameraSession.h"
 
 #include <functional>

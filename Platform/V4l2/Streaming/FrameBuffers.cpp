@@ -1,7 +1,5 @@
 #include "Platform/V4l2/Streaming/FrameBuffers.h"
 
-#include "Platform/V4l2/Kernel/DeviceErrors.h"
-
 #include <algorithm>
 #include <cerrno>
 

@@ -12,7 +12,6 @@
 #include <array>
 #include <atomic>
 #include <csignal>
-#include <cstddef>
 #include <exception>
 
 namespace Halden::System {
