@@ -15,8 +15,8 @@ namespace {
 
 using namespace Platform::Imaging;
 
-constexpr std::uint32_t Width = 24;
-constexpr std::uint32_t Height = 16;
+constexpr std::uint32_t width = 24;
+constexpr std::uint32_t height = 16;
 
 /// Any bytes are a picture or raise the platform's error.
 template <typename Decoding> void decode(Decoding decoding) {
@@ -40,14 +40,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     decode([&] { return decodeImage(bytes); });
     FrameLayout layout;
     layout.format = FrameFormat::Jpeg;
-    layout.width = Width;
-    layout.height = Height;
+    layout.width = width;
+    layout.height = height;
     decode([&] { return convertFrame(layout, bytes); });
     return 0;
 }
 
 std::vector<std::string> fuzzSeeds() {
-    const RgbImage image = smoothPicture(Width, Height);
+    const RgbImage image = smoothPicture(width, height);
     const auto png = encodePng(image);
     const auto jpeg = writeJpeg(image, TJSAMP_422);
     const auto progressive = writeJpeg(image, TJSAMP_420, TJFLAG_PROGRESSIVE);

@@ -12,7 +12,7 @@ using testing::EndsWith;
 
 namespace {
 
-TEST(LogRecorder, RecordsALoggerAndItsChildrenFromTheChosenLevelOn) {
+TEST(LogRecorderTest, RecordsALoggerAndItsChildrenFromTheChosenLevelOn) {
     const LogRecorder recorder("LogRecorderTest.Parent", log4cxx::Level::getInfo());
     const auto parent = log4cxx::Logger::getLogger("LogRecorderTest.Parent");
     const auto child = log4cxx::Logger::getLogger("LogRecorderTest.Parent.Child");
@@ -27,7 +27,7 @@ TEST(LogRecorder, RecordsALoggerAndItsChildrenFromTheChosenLevelOn) {
     EXPECT_THAT(recorder.records().front().file, EndsWith("LogRecorderTest.cpp"));
 }
 
-TEST(LogRecorder, Utf8PassesThroughTheLoggingLibraryInAUtf8Locale) {
+TEST(LogRecorderTest, Utf8PassesThroughTheLoggingLibraryInAUtf8Locale) {
     // The library reads narrow texts in the process's locale, which is "C" until somebody sets one.
     const std::string previous = std::setlocale(LC_CTYPE, nullptr);
     ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
@@ -37,7 +37,7 @@ TEST(LogRecorder, Utf8PassesThroughTheLoggingLibraryInAUtf8Locale) {
     std::setlocale(LC_CTYPE, previous.c_str());
 }
 
-TEST(LogRecorder, GivesTheLevelBackAndForgetsTheAppender) {
+TEST(LogRecorderTest, GivesTheLevelBackAndForgetsTheAppender) {
     const auto logger = log4cxx::Logger::getLogger("LogRecorderTest.Restored");
     logger->setLevel(log4cxx::Level::getError());
     {
@@ -47,7 +47,7 @@ TEST(LogRecorder, GivesTheLevelBackAndForgetsTheAppender) {
     EXPECT_TRUE(logger->getAllAppenders().empty());
 }
 
-TEST(LogRecorder, AnInheritedLevelIsInheritedAgain) {
+TEST(LogRecorderTest, AnInheritedLevelIsInheritedAgain) {
     const auto logger = log4cxx::Logger::getLogger("LogRecorderTest.Inherited");
     {
         const LogRecorder recorder(logger, log4cxx::Level::getDebug());

@@ -38,7 +38,7 @@ template <typename T> std::string errorOf(const IAsyncOperation<T>& operation) {
     return raisedBy([&] { (void)operation.GetResults(); });
 }
 
-TEST(BitmapDecoder, GivesOpaqueBgra8) {
+TEST(BitmapDecoderTest, GivesOpaqueBgra8) {
     const auto opened = createBitmapDecoderAsync(streamOf(encodePng({2, 1, {1, 2, 3, 4, 5, 6}})));
     ASSERT_EQ(opened.Status(), AsyncStatus::Completed);
     const auto decoded = opened.GetResults()->GetSoftwareBitmapAsync();
@@ -50,7 +50,7 @@ TEST(BitmapDecoder, GivesOpaqueBgra8) {
     EXPECT_THAT(bitmap->Pixels, ElementsAre(3, 2, 1, 255, 6, 5, 4, 255));
 }
 
-TEST(BitmapDecoder, ReadsJpeg) {
+TEST(BitmapDecoderTest, ReadsJpeg) {
     const RgbImage image = smoothPicture(20, 10);
     const auto opened = createBitmapDecoderAsync(streamOf(writeJpeg(image, TJSAMP_444)));
     const SoftwareBitmap bitmap = opened.GetResults()->GetSoftwareBitmapAsync().GetResults();
@@ -59,29 +59,29 @@ TEST(BitmapDecoder, ReadsJpeg) {
     EXPECT_EQ(bitmap->Pixels.size(), std::size_t{20} * 10 * 4);
 }
 
-TEST(BitmapDecoder, ReadsTheStreamFromItsStart) {
+TEST(BitmapDecoderTest, ReadsTheStreamFromItsStart) {
     const RandomAccessStream stream = streamOf(encodePng(smoothPicture(4, 4)));
     stream->Seek(17);
     EXPECT_EQ(createBitmapDecoderAsync(stream).Status(), AsyncStatus::Completed);
 }
 
-TEST(BitmapDecoder, GivesTheSamePictureEachTime) {
+TEST(BitmapDecoderTest, GivesTheSamePictureEachTime) {
     const BitmapDecoder decoder = createBitmapDecoderAsync(streamOf(encodePng(noisyPicture(4, 4)))).GetResults();
     EXPECT_EQ(decoder->GetSoftwareBitmapAsync().GetResults()->Pixels,
               decoder->GetSoftwareBitmapAsync().GetResults()->Pixels);
 }
 
-TEST(BitmapDecoder, FailsForAHeadThatIsNoPictures) {
+TEST(BitmapDecoderTest, FailsForAHeadThatIsNoPictures) {
     EXPECT_EQ(errorOf(createBitmapDecoderAsync(streamOf({}))), "80004005 The data is neither a PNG nor a JPEG picture");
     EXPECT_EQ(errorOf(createBitmapDecoderAsync(streamOf(Bytes(50, 'x')))),
               "80004005 The data is neither a PNG nor a JPEG picture");
 }
 
-TEST(BitmapDecoder, FailsWithoutAStream) {
+TEST(BitmapDecoderTest, FailsWithoutAStream) {
     EXPECT_EQ(errorOf(createBitmapDecoderAsync(nullptr)), "80070057 BitmapDecoder: there is no stream");
 }
 
-TEST(BitmapDecoder, FailsAtTheBitmapForDamageBehindTheHead) {
+TEST(BitmapDecoderTest, FailsAtTheBitmapForDamageBehindTheHead) {
     Bytes file = encodePng(noisyPicture(30, 30));
     file.resize(file.size() / 2);
     const auto opened = createBitmapDecoderAsync(streamOf(file));
@@ -91,7 +91,7 @@ TEST(BitmapDecoder, FailsAtTheBitmapForDamageBehindTheHead) {
     EXPECT_EQ(errorOf(decoded), "80004005 PNG: the data ends early");
 }
 
-TEST(BitmapEncoder, WritesPngFromEitherOrderOfSamples) {
+TEST(BitmapEncoderTest, WritesPngFromEitherOrderOfSamples) {
     for (const auto& bitmap : {bitmapOf(BitmapPixelFormat::Bgra8, 2, 1, {3, 2, 1, 255, 6, 5, 4, 0}),
                                bitmapOf(BitmapPixelFormat::Rgba8, 2, 1, {1, 2, 3, 255, 4, 5, 6, 0})}) {
         const RandomAccessStream stream = streamOf({});
@@ -102,7 +102,7 @@ TEST(BitmapEncoder, WritesPngFromEitherOrderOfSamples) {
     }
 }
 
-TEST(BitmapEncoder, WritesAtTheStreamsPosition) {
+TEST(BitmapEncoderTest, WritesAtTheStreamsPosition) {
     const RandomAccessStream stream = streamOf({'h', 'e', 'a', 'd'});
     const BitmapEncoder encoder = createBitmapEncoderAsync(PngEncoderId, stream).GetResults();
     encoder->SetSoftwareBitmap(bitmapOf(BitmapPixelFormat::Bgra8, 1, 1, {3, 2, 1, 255}));
@@ -113,25 +113,25 @@ TEST(BitmapEncoder, WritesAtTheStreamsPosition) {
     EXPECT_EQ(contentsOf(stream), expected);
 }
 
-TEST(BitmapEncoder, WritesNothingBeforeTheFlush) {
+TEST(BitmapEncoderTest, WritesNothingBeforeTheFlush) {
     const RandomAccessStream stream = streamOf({});
     const BitmapEncoder encoder = createBitmapEncoderAsync(PngEncoderId, stream).GetResults();
     encoder->SetSoftwareBitmap(bitmapOf(BitmapPixelFormat::Bgra8, 1, 1, {3, 2, 1, 255}));
     EXPECT_EQ(stream->Size(), 0U);
 }
 
-TEST(BitmapEncoder, FailsForAnUnknownEncoder) {
+TEST(BitmapEncoderTest, FailsForAnUnknownEncoder) {
     const Guid unknown{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
     const auto opened = createBitmapEncoderAsync(unknown, streamOf({}));
     EXPECT_EQ(opened.Status(), AsyncStatus::Error);
     EXPECT_EQ(errorOf(opened), "80070057 BitmapEncoder: there is no encoder {00000001-0002-0003-0405-060708090a0b}");
 }
 
-TEST(BitmapEncoder, FailsWithoutAStream) {
+TEST(BitmapEncoderTest, FailsWithoutAStream) {
     EXPECT_EQ(errorOf(createBitmapEncoderAsync(PngEncoderId, nullptr)), "80070057 BitmapEncoder: there is no stream");
 }
 
-TEST(BitmapEncoder, FlushFailsWithoutABitmap) {
+TEST(BitmapEncoderTest, FlushFailsWithoutABitmap) {
     const RandomAccessStream stream = streamOf({});
     const auto flushed = createBitmapEncoderAsync(PngEncoderId, stream).GetResults()->FlushAsync();
     EXPECT_EQ(flushed.Status(), AsyncStatus::Error);
@@ -139,7 +139,7 @@ TEST(BitmapEncoder, FlushFailsWithoutABitmap) {
     EXPECT_EQ(stream->Size(), 0U);
 }
 
-TEST(BitmapEncoder, RefusesABitmapThatItCannotRead) {
+TEST(BitmapEncoderTest, RefusesABitmapThatItCannotRead) {
     const BitmapEncoder encoder = createBitmapEncoderAsync(PngEncoderId, streamOf({})).GetResults();
     EXPECT_EQ(raisedBy([&] { encoder->SetSoftwareBitmap(nullptr); }), "80070057 SetSoftwareBitmap: there is no bitmap");
     EXPECT_EQ(raisedBy([&] { encoder->SetSoftwareBitmap(bitmapOf(BitmapPixelFormat::Unknown, 1, 1, Bytes(4))); }),
@@ -150,7 +150,7 @@ TEST(BitmapEncoder, RefusesABitmapThatItCannotRead) {
               "80070057 SetSoftwareBitmap: the pixels do not fill the bitmap");
 }
 
-TEST(SoftwareBitmapConversion, SwapsRedAndBlueAndKeepsAlpha) {
+TEST(SoftwareBitmapConversionTest, SwapsRedAndBlueAndKeepsAlpha) {
     const SoftwareBitmap bgra = bitmapOf(BitmapPixelFormat::Bgra8, 2, 1, {1, 2, 3, 4, 5, 6, 7, 8});
     const SoftwareBitmap rgba = convertSoftwareBitmap(bgra, BitmapPixelFormat::Rgba8);
     EXPECT_EQ(rgba->Format, BitmapPixelFormat::Rgba8);
@@ -160,17 +160,17 @@ TEST(SoftwareBitmapConversion, SwapsRedAndBlueAndKeepsAlpha) {
     EXPECT_EQ(convertSoftwareBitmap(rgba, BitmapPixelFormat::Bgra8)->Pixels, bgra->Pixels);
 }
 
-TEST(SoftwareBitmapConversion, SharesABitmapThatHasTheFormat) {
+TEST(SoftwareBitmapConversionTest, SharesABitmapThatHasTheFormat) {
     const SoftwareBitmap bitmap = bitmapOf(BitmapPixelFormat::Bgra8, 1, 1, Bytes(4));
     EXPECT_EQ(convertSoftwareBitmap(bitmap, BitmapPixelFormat::Bgra8), bitmap);
 }
 
-TEST(SoftwareBitmapConversion, RaisesForNoBitmap) {
+TEST(SoftwareBitmapConversionTest, RaisesForNoBitmap) {
     EXPECT_EQ(raisedBy([] { convertSoftwareBitmap(nullptr, BitmapPixelFormat::Bgra8); }),
               "80070057 Convert: there is no bitmap");
 }
 
-TEST(SoftwareBitmapConversion, RaisesForFormatsThatItDoesNotKnow) {
+TEST(SoftwareBitmapConversionTest, RaisesForFormatsThatItDoesNotKnow) {
     EXPECT_EQ(raisedBy([] {
                   convertSoftwareBitmap(bitmapOf(BitmapPixelFormat::Bgra8, 1, 1, Bytes(4)), BitmapPixelFormat::Unknown);
               }),

@@ -9,21 +9,21 @@
 namespace Platform::Imaging {
 namespace {
 
-constexpr Colour White{255, 255, 255};
+constexpr Colour whiteColour{255, 255, 255};
 
 Colour pixelAt(const RgbImage& image, int x, int y) {
     const std::size_t offset = 3 * (static_cast<std::size_t>(y) * image.width + static_cast<std::size_t>(x));
     return {image.pixels.at(offset), image.pixels.at(offset + 1), image.pixels.at(offset + 2)};
 }
 
-TEST(Canvas, IsBlackAtFirst) {
+TEST(CanvasTest, IsBlackAtFirst) {
     const RgbImage image = Canvas(5, 3).toImage();
     EXPECT_EQ(image.width, 5U);
     EXPECT_EQ(image.height, 3U);
     EXPECT_EQ(image.pixels, Bytes(45, 0));
 }
 
-TEST(Canvas, FillsExactlyTheRectangleWithExactlyTheColour) {
+TEST(CanvasTest, FillsExactlyTheRectangleWithExactlyTheColour) {
     Canvas canvas(9, 7);
     canvas.fill({2, 1, 4, 3}, {1, 128, 254});
     const RgbImage image = canvas.toImage();
@@ -34,7 +34,7 @@ TEST(Canvas, FillsExactlyTheRectangleWithExactlyTheColour) {
         }
 }
 
-TEST(Canvas, KeepsEverySampleValue) {
+TEST(CanvasTest, KeepsEverySampleValue) {
     Canvas canvas(256, 1);
     for (int i = 0; i < 256; ++i) {
         const auto sample = static_cast<std::uint8_t>(i);
@@ -45,32 +45,32 @@ TEST(Canvas, KeepsEverySampleValue) {
         EXPECT_EQ(pixelAt(image, i, 0).green, i);
 }
 
-TEST(Canvas, DoesNotDrawWhatIsEmptyOrOutside) {
+TEST(CanvasTest, DoesNotDrawWhatIsEmptyOrOutside) {
     Canvas canvas(4, 4);
-    canvas.fill({1, 1, 0, 2}, White);
-    canvas.fill({3, 3, -2, -2}, White);
-    canvas.fill({40, 40, 5, 5}, White);
-    canvas.fillGradient({1, 1, -3, 2}, {White, White});
-    canvas.fillPolygon({}, White);
-    canvas.fillCircle({2, 2}, -1, White);
-    canvas.strokeCircle({2, 2}, 0, 1, White);
+    canvas.fill({1, 1, 0, 2}, whiteColour);
+    canvas.fill({3, 3, -2, -2}, whiteColour);
+    canvas.fill({40, 40, 5, 5}, whiteColour);
+    canvas.fillGradient({1, 1, -3, 2}, {whiteColour, whiteColour});
+    canvas.fillPolygon({}, whiteColour);
+    canvas.fillCircle({2, 2}, -1, whiteColour);
+    canvas.strokeCircle({2, 2}, 0, 1, whiteColour);
     EXPECT_EQ(canvas.toImage().pixels, Bytes(48, 0));
 }
 
-TEST(Canvas, GradientRunsFromTheFirstColourToTheLast) {
+TEST(CanvasTest, GradientRunsFromTheFirstColourToTheLast) {
     Canvas canvas(256, 2);
-    canvas.fillGradient({0, 0, 256, 2}, {{}, White});
+    canvas.fillGradient({0, 0, 256, 2}, {{}, whiteColour});
     const RgbImage image = canvas.toImage();
     EXPECT_EQ(pixelAt(image, 0, 1), Colour{});
-    EXPECT_EQ(pixelAt(image, 255, 1), White);
+    EXPECT_EQ(pixelAt(image, 255, 1), whiteColour);
     for (int x = 1; x < 256; ++x)
         EXPECT_GE(pixelAt(image, x, 0).red, pixelAt(image, x - 1, 0).red);
 }
 
-TEST(Canvas, TextStaysWithinItsArea) {
+TEST(CanvasTest, TextStaysWithinItsArea) {
     Canvas canvas(200, 60);
     const Rectangle area{40, 10, 60, 40};
-    canvas.drawText(area, {40, 40}, 30, "WWWWWWWWWW", White);
+    canvas.drawText(area, {40, 40}, 30, "WWWWWWWWWW", whiteColour);
     const RgbImage image = canvas.toImage();
     int inside = 0;
     for (int y = 0; y < 60; ++y)
@@ -83,20 +83,20 @@ TEST(Canvas, TextStaysWithinItsArea) {
     EXPECT_GT(inside, 100);
 }
 
-TEST(Canvas, MalformedTextIsNotDrawnAndSpoilsNothing) {
+TEST(CanvasTest, MalformedTextIsNotDrawnAndSpoilsNothing) {
     Canvas canvas(100, 40);
-    canvas.drawText({0, 0, 100, 40}, {5, 30}, 20, "\xC3(", White);
+    canvas.drawText({0, 0, 100, 40}, {5, 30}, 20, "\xC3(", whiteColour);
     EXPECT_EQ(canvas.toImage().pixels, Bytes(std::size_t{3} * 100 * 40, 0));
     EXPECT_EQ(canvas.textWidth(20, "\xFF\xFE"), 0);
     EXPECT_GT(canvas.textWidth(20, "text"), 10);
-    canvas.drawText({0, 0, 100, 40}, {5, 30}, 20, "text", White);
-    canvas.fill({0, 0, 1, 1}, White);
+    canvas.drawText({0, 0, 100, 40}, {5, 30}, 20, "text", whiteColour);
+    canvas.fill({0, 0, 1, 1}, whiteColour);
     const RgbImage image = canvas.toImage();
-    EXPECT_EQ(pixelAt(image, 0, 0), White);
+    EXPECT_EQ(pixelAt(image, 0, 0), whiteColour);
     EXPECT_GT(std::count(image.pixels.begin(), image.pixels.end(), 255), 30);
 }
 
-TEST(Canvas, IsCopiedToItsPlaceInAPicture) {
+TEST(CanvasTest, IsCopiedToItsPlaceInAPicture) {
     Canvas canvas(2, 2);
     canvas.fill({0, 0, 2, 2}, {10, 20, 30});
     RgbImage image{4, 3, Bytes(36, 7)};
@@ -106,7 +106,7 @@ TEST(Canvas, IsCopiedToItsPlaceInAPicture) {
             EXPECT_EQ(pixelAt(image, x, y), (x >= 2 && y >= 1 ? Colour{10, 20, 30} : Colour{7, 7, 7}));
 }
 
-TEST(Canvas, RefusesAPlaceOutsideThePicture) {
+TEST(CanvasTest, RefusesAPlaceOutsideThePicture) {
     RgbImage image{4, 3, Bytes(36)};
     for (const auto& [x, y] : {std::pair{-1, 0}, {0, -1}, {3, 0}, {0, 2}})
         EXPECT_EQ(
@@ -114,7 +114,7 @@ TEST(Canvas, RefusesAPlaceOutsideThePicture) {
             "80070057 Drawing: the canvas does not lie within the picture");
 }
 
-TEST(Canvas, RefusesSizesThatCannotBeDrawnOn) {
+TEST(CanvasTest, RefusesSizesThatCannotBeDrawnOn) {
     EXPECT_EQ(raisedBy([] { Canvas(0, 5); }), "80070057 Drawing: a picture of 0x5 is not supported");
     EXPECT_EQ(raisedBy([] { Canvas(5, 32768); }), "80070057 Drawing: a picture of 5x32768 is not supported");
 }

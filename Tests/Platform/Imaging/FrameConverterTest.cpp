@@ -17,19 +17,19 @@ namespace {
 
 using Colour = std::array<int, 3>; // R, G, B
 
-constexpr std::uint32_t Side = 16;
-constexpr std::uint32_t Padding = 6; // bytes behind each row, or behind each half row of a half-size plane
+constexpr std::uint32_t pictureSide = 16;
+constexpr std::uint32_t padding = 6; // bytes behind each row, or behind each half row of a half-size plane
 
 /// The colours of the four quarters: top left, top right, bottom left, bottom right.
 using Quarters = std::array<Colour, 4>;
 
-const std::vector<Quarters> Pictures = {
+const std::vector<Quarters> allPictures = {
     {Colour{255, 0, 0}, Colour{0, 255, 0}, Colour{0, 0, 255}, Colour{255, 255, 255}},
     {Colour{0, 0, 0}, Colour{128, 128, 128}, Colour{255, 255, 0}, Colour{0, 255, 255}},
     {Colour{255, 0, 255}, Colour{200, 100, 50}, Colour{20, 60, 180}, Colour{90, 160, 40}}};
 
 Colour colourAt(const Quarters& picture, std::uint32_t x, std::uint32_t y) {
-    return picture.at((y >= Side / 2 ? 2 : 0) + (x >= Side / 2 ? 1 : 0));
+    return picture.at((y >= pictureSide / 2 ? 2 : 0) + (x >= pictureSide / 2 ? 1 : 0));
 }
 
 struct Yuv {
@@ -86,8 +86,8 @@ public:
         });
     }
     void pixels(std::size_t size, std::size_t r, std::size_t g, std::size_t b) {
-        for (std::uint32_t y = 0; y < Side; ++y)
-            for (std::uint32_t x = 0; x < Side; ++x) {
+        for (std::uint32_t y = 0; y < pictureSide; ++y)
+            for (std::uint32_t x = 0; x < pictureSide; ++x) {
                 std::uint8_t* at = row(0, y) + x * size;
                 const Colour colour = colourAt(_picture, x, y);
                 at[r] = inRange(colour[0]);
@@ -97,8 +97,8 @@ public:
     }
     /// The colours of the mosaic's block, row by row: 0, 1, 2 for R, G, B.
     void mosaic(const std::array<std::size_t, 4>& block, bool tenBits) {
-        for (std::uint32_t y = 0; y < Side; ++y)
-            for (std::uint32_t x = 0; x < Side; ++x) {
+        for (std::uint32_t y = 0; y < pictureSide; ++y)
+            for (std::uint32_t x = 0; x < pictureSide; ++x) {
                 const int value = colourAt(_picture, x, y).at(block.at((y % 2) * 2 + x % 2));
                 if (!tenBits) {
                     row(0, y)[x] = static_cast<std::uint8_t>(value);
@@ -113,8 +113,8 @@ public:
 
 private:
     template <typename Write> void each(std::uint32_t stepX, std::uint32_t stepY, Write write) {
-        for (std::uint32_t y = 0; y < Side; y += stepY)
-            for (std::uint32_t x = 0; x < Side; x += stepX)
+        for (std::uint32_t y = 0; y < pictureSide; y += stepY)
+            for (std::uint32_t x = 0; x < pictureSide; x += stepX)
                 write(x, y, yuvOf(colourAt(_picture, x, y), _layout.matrix, _layout.range));
     }
     std::uint8_t* row(std::size_t plane, std::uint32_t y) {
@@ -142,26 +142,26 @@ struct FormatCase {
 std::ostream& operator<<(std::ostream& stream, const FormatCase& item) { return stream << item.name; }
 
 FormatCase mosaicCase(const char* name, FrameFormat format, const std::array<std::size_t, 4>& block, bool tenBits) {
-    return {name, format, tenBits ? Side * 2 : Side, [=](FrameWriter& w) { w.mosaic(block, tenBits); }};
+    return {name, format, tenBits ? pictureSide * 2 : pictureSide, [=](FrameWriter& w) { w.mosaic(block, tenBits); }};
 }
 
-class FrameConverter : public testing::TestWithParam<FormatCase> {
+class FrameConverterTest : public testing::TestWithParam<FormatCase> {
 protected:
     static FrameLayout layoutWith(YuvMatrix matrix, SampleRange range) {
-        FrameLayout layout{GetParam().format, Side, Side, {}, matrix, range};
-        layout.strides = stridesFrom(layout.format, GetParam().rowBytes + Padding);
+        FrameLayout layout{GetParam().format, pictureSide, pictureSide, {}, matrix, range};
+        layout.strides = stridesFrom(layout.format, GetParam().rowBytes + padding);
         return layout;
     }
 
     static void expectPicture(const FrameLayout& layout) {
-        for (const Quarters& picture : Pictures) {
+        for (const Quarters& picture : allPictures) {
             FrameWriter writer(layout, picture);
             GetParam().write(writer);
             const RgbImage image = convertFrame(layout, writer.bytes);
-            ASSERT_EQ(image.pixels.size(), 3u * Side * Side);
+            ASSERT_EQ(image.pixels.size(), 3u * pictureSide * pictureSide);
             // The edges of a quarter may mix with its neighbours.
-            for (std::uint32_t y = 2; y < Side; y += 4)
-                for (std::uint32_t x = 2; x < Side; x += 4)
+            for (std::uint32_t y = 2; y < pictureSide; y += 4)
+                for (std::uint32_t x = 2; x < pictureSide; x += 4)
                     expectPixel(image, x, y, expectedColour(layout, picture, x, y));
         }
     }
@@ -176,12 +176,12 @@ private:
     }
     static void expectPixel(const RgbImage& image, std::uint32_t x, std::uint32_t y, const Colour& expected) {
         for (std::size_t channel = 0; channel < 3; ++channel)
-            EXPECT_NEAR(image.pixels.at((std::size_t{y} * Side + x) * 3 + channel), expected.at(channel), 3)
+            EXPECT_NEAR(image.pixels.at((std::size_t{y} * pictureSide + x) * 3 + channel), expected.at(channel), 3)
                 << "channel " << channel << " at " << x << "," << y;
     }
 };
 
-TEST_P(FrameConverter, GivesTheKnownColours) {
+TEST_P(FrameConverterTest, GivesTheKnownColours) {
     for (const SampleRange range : {SampleRange::Full, SampleRange::Limited})
         for (const YuvMatrix matrix : {YuvMatrix::Bt601, YuvMatrix::Bt709, YuvMatrix::Bt2020}) {
             if (GetParam().format >= FrameFormat::BayerBg8 && range == SampleRange::Limited)
@@ -192,7 +192,7 @@ TEST_P(FrameConverter, GivesTheKnownColours) {
         }
 }
 
-TEST_P(FrameConverter, RefusesAFrameThatIsOneByteShort) {
+TEST_P(FrameConverterTest, RefusesAFrameThatIsOneByteShort) {
     const FrameLayout layout = layoutWith(YuvMatrix::Bt601, SampleRange::Full);
     const Bytes bytes(frameBytes(layout) - 1);
     EXPECT_EQ(raisedBy([&] { convertFrame(layout, bytes); }), "80004005 Frame: " + std::to_string(bytes.size()) +
@@ -200,7 +200,7 @@ TEST_P(FrameConverter, RefusesAFrameThatIsOneByteShort) {
                                                                   std::to_string(bytes.size() + 1));
 }
 
-TEST_P(FrameConverter, RefusesRowsThatAreTooShortForTheWidth) {
+TEST_P(FrameConverterTest, RefusesRowsThatAreTooShortForTheWidth) {
     FrameLayout layout = layoutWith(YuvMatrix::Bt601, SampleRange::Full);
     layout.strides = stridesFrom(layout.format, GetParam().rowBytes - 1);
     const Bytes bytes(frameBytes(layout));
@@ -209,7 +209,7 @@ TEST_P(FrameConverter, RefusesRowsThatAreTooShortForTheWidth) {
                                                                   " bytes are too short for the width");
 }
 
-TEST_P(FrameConverter, TakesOddSizes) {
+TEST_P(FrameConverterTest, TakesOddSizes) {
     FrameLayout layout = layoutWith(YuvMatrix::Bt601, SampleRange::Full);
     layout.width = 13;
     layout.height = 7;
@@ -224,34 +224,35 @@ TEST_P(FrameConverter, TakesOddSizes) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    EachFormat, FrameConverter,
-    testing::Values(FormatCase{"YUYV", FrameFormat::Yuyv, Side * 2, [](FrameWriter& w) { w.packed(0, 1, 2, 3); }},
-                    FormatCase{"UYVY", FrameFormat::Uyvy, Side * 2, [](FrameWriter& w) { w.packed(1, 0, 3, 2); }},
-                    FormatCase{"YVYU", FrameFormat::Yvyu, Side * 2, [](FrameWriter& w) { w.packed(0, 3, 2, 1); }},
-                    FormatCase{"VYUY", FrameFormat::Vyuy, Side * 2, [](FrameWriter& w) { w.packed(1, 2, 3, 0); }},
-                    FormatCase{"NV12", FrameFormat::Nv12, Side, [](FrameWriter& w) { w.pairs(2, 0, 1); }},
-                    FormatCase{"NV21", FrameFormat::Nv21, Side, [](FrameWriter& w) { w.pairs(2, 1, 0); }},
-                    FormatCase{"NV16", FrameFormat::Nv16, Side, [](FrameWriter& w) { w.pairs(1, 0, 1); }},
-                    FormatCase{"YU12", FrameFormat::Yu12, Side, [](FrameWriter& w) { w.planes(1, 2); }},
-                    FormatCase{"YV12", FrameFormat::Yv12, Side, [](FrameWriter& w) { w.planes(2, 1); }},
-                    FormatCase{"RGB24", FrameFormat::Rgb24, Side * 3, [](FrameWriter& w) { w.pixels(3, 0, 1, 2); }},
-                    FormatCase{"BGR24", FrameFormat::Bgr24, Side * 3, [](FrameWriter& w) { w.pixels(3, 2, 1, 0); }},
-                    FormatCase{"RGBX32", FrameFormat::Rgbx32, Side * 4, [](FrameWriter& w) { w.pixels(4, 0, 1, 2); }},
-                    FormatCase{"BGRX32", FrameFormat::Bgrx32, Side * 4, [](FrameWriter& w) { w.pixels(4, 2, 1, 0); }},
-                    FormatCase{"XRGB32", FrameFormat::Xrgb32, Side * 4, [](FrameWriter& w) { w.pixels(4, 1, 2, 3); }},
-                    FormatCase{"XBGR32", FrameFormat::Xbgr32, Side * 4, [](FrameWriter& w) { w.pixels(4, 3, 2, 1); }},
-                    FormatCase{"GREY", FrameFormat::Grey, Side, [](FrameWriter& w) { w.luma(); }},
-                    mosaicCase("BA81", FrameFormat::BayerBg8, {2, 1, 1, 0}, false),
-                    mosaicCase("GBRG", FrameFormat::BayerGb8, {1, 2, 0, 1}, false),
-                    mosaicCase("GRBG", FrameFormat::BayerGr8, {1, 0, 2, 1}, false),
-                    mosaicCase("RGGB", FrameFormat::BayerRg8, {0, 1, 1, 2}, false),
-                    mosaicCase("BG10", FrameFormat::BayerBg10, {2, 1, 1, 0}, true),
-                    mosaicCase("GB10", FrameFormat::BayerGb10, {1, 2, 0, 1}, true),
-                    mosaicCase("GR10", FrameFormat::BayerGr10, {1, 0, 2, 1}, true),
-                    mosaicCase("RG10", FrameFormat::BayerRg10, {0, 1, 1, 2}, true)),
+    EachFormat, FrameConverterTest,
+    testing::Values(
+        FormatCase{"YUYV", FrameFormat::Yuyv, pictureSide * 2, [](FrameWriter& w) { w.packed(0, 1, 2, 3); }},
+        FormatCase{"UYVY", FrameFormat::Uyvy, pictureSide * 2, [](FrameWriter& w) { w.packed(1, 0, 3, 2); }},
+        FormatCase{"YVYU", FrameFormat::Yvyu, pictureSide * 2, [](FrameWriter& w) { w.packed(0, 3, 2, 1); }},
+        FormatCase{"VYUY", FrameFormat::Vyuy, pictureSide * 2, [](FrameWriter& w) { w.packed(1, 2, 3, 0); }},
+        FormatCase{"NV12", FrameFormat::Nv12, pictureSide, [](FrameWriter& w) { w.pairs(2, 0, 1); }},
+        FormatCase{"NV21", FrameFormat::Nv21, pictureSide, [](FrameWriter& w) { w.pairs(2, 1, 0); }},
+        FormatCase{"NV16", FrameFormat::Nv16, pictureSide, [](FrameWriter& w) { w.pairs(1, 0, 1); }},
+        FormatCase{"YU12", FrameFormat::Yu12, pictureSide, [](FrameWriter& w) { w.planes(1, 2); }},
+        FormatCase{"YV12", FrameFormat::Yv12, pictureSide, [](FrameWriter& w) { w.planes(2, 1); }},
+        FormatCase{"RGB24", FrameFormat::Rgb24, pictureSide * 3, [](FrameWriter& w) { w.pixels(3, 0, 1, 2); }},
+        FormatCase{"BGR24", FrameFormat::Bgr24, pictureSide * 3, [](FrameWriter& w) { w.pixels(3, 2, 1, 0); }},
+        FormatCase{"RGBX32", FrameFormat::Rgbx32, pictureSide * 4, [](FrameWriter& w) { w.pixels(4, 0, 1, 2); }},
+        FormatCase{"BGRX32", FrameFormat::Bgrx32, pictureSide * 4, [](FrameWriter& w) { w.pixels(4, 2, 1, 0); }},
+        FormatCase{"XRGB32", FrameFormat::Xrgb32, pictureSide * 4, [](FrameWriter& w) { w.pixels(4, 1, 2, 3); }},
+        FormatCase{"XBGR32", FrameFormat::Xbgr32, pictureSide * 4, [](FrameWriter& w) { w.pixels(4, 3, 2, 1); }},
+        FormatCase{"GREY", FrameFormat::Grey, pictureSide, [](FrameWriter& w) { w.luma(); }},
+        mosaicCase("BA81", FrameFormat::BayerBg8, {2, 1, 1, 0}, false),
+        mosaicCase("GBRG", FrameFormat::BayerGb8, {1, 2, 0, 1}, false),
+        mosaicCase("GRBG", FrameFormat::BayerGr8, {1, 0, 2, 1}, false),
+        mosaicCase("RGGB", FrameFormat::BayerRg8, {0, 1, 1, 2}, false),
+        mosaicCase("BG10", FrameFormat::BayerBg10, {2, 1, 1, 0}, true),
+        mosaicCase("GB10", FrameFormat::BayerGb10, {1, 2, 0, 1}, true),
+        mosaicCase("GR10", FrameFormat::BayerGr10, {1, 0, 2, 1}, true),
+        mosaicCase("RG10", FrameFormat::BayerRg10, {0, 1, 1, 2}, true)),
     [](const auto& item) { return item.param.name; });
 
-TEST(FrameConverterJpeg, GivesThePictureOfTheFile) {
+TEST(FrameConverterJpegTest, GivesThePictureOfTheFile) {
     const RgbImage picture = smoothPicture(32, 24);
     const RgbImage image = convertFrame({FrameFormat::Jpeg, 32, 24}, writeJpeg(picture, TJSAMP_444));
     ASSERT_EQ(image.pixels.size(), picture.pixels.size());
@@ -259,13 +260,13 @@ TEST(FrameConverterJpeg, GivesThePictureOfTheFile) {
         ASSERT_NEAR(image.pixels[i], picture.pixels[i], 8) << i;
 }
 
-TEST(FrameConverterJpeg, RefusesAnotherSizeThanTheStreams) {
+TEST(FrameConverterJpegTest, RefusesAnotherSizeThanTheStreams) {
     const Bytes file = writeJpeg(smoothPicture(32, 24), TJSAMP_444);
     EXPECT_EQ(raisedBy([&] { convertFrame({FrameFormat::Jpeg, 24, 32}, file); }),
               "80004005 Frame: the JPEG has another size than the stream");
 }
 
-TEST(FrameConverterLimits, RefusesASizeOfNothingAndOneBeyondTheLimits) {
+TEST(FrameConverterLimitsTest, RefusesASizeOfNothingAndOneBeyondTheLimits) {
     const Bytes bytes(16);
     EXPECT_EQ(raisedBy([&] { convertFrame({FrameFormat::Grey, 0, 4, {4}}, bytes); }),
               "80070057 Frame: a picture of 0x4 is not supported");
@@ -273,7 +274,7 @@ TEST(FrameConverterLimits, RefusesASizeOfNothingAndOneBeyondTheLimits) {
               "80070057 Frame: a picture of 40000x1 is not supported");
 }
 
-TEST(FrameConverterLimits, RefusesAMosaicOfOneRow) {
+TEST(FrameConverterLimitsTest, RefusesAMosaicOfOneRow) {
     const Bytes bytes(16);
     EXPECT_EQ(raisedBy([&] { convertFrame({FrameFormat::BayerRg8, 4, 1, {4}}, bytes); }),
               "80070057 Frame: a mosaic has at least two pixels by two");

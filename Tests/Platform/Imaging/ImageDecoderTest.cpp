@@ -20,7 +20,7 @@ namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
 
-const std::string NeitherText = "80004005 The data is neither a PNG nor a JPEG picture";
+const std::string neitherText = "80004005 The data is neither a PNG nor a JPEG picture";
 
 Bytes decodedPixels(const PngRecipe& recipe) { return decodeImage(writePng(recipe)).pixels; }
 
@@ -56,7 +56,7 @@ int largestDifference(const Bytes& a, const Bytes& b) {
     return largest;
 }
 
-TEST(ImageDecoder, ReadsPngInRgb) {
+TEST(ImageDecoderTest, ReadsPngInRgb) {
     const RgbImage image = noisyPicture(5, 4);
     const RgbImage decoded = decodeImage(writePng({.width = 5, .height = 4, .rows = image.pixels}));
     EXPECT_EQ(decoded.width, 5U);
@@ -64,12 +64,12 @@ TEST(ImageDecoder, ReadsPngInRgb) {
     EXPECT_EQ(decoded.pixels, image.pixels);
 }
 
-TEST(ImageDecoder, ReadsInterlacedPng) {
+TEST(ImageDecoderTest, ReadsInterlacedPng) {
     const RgbImage image = noisyPicture(19, 23);
     EXPECT_EQ(decodedPixels({.width = 19, .height = 23, .interlaced = true, .rows = image.pixels}), image.pixels);
 }
 
-TEST(ImageDecoder, ReadsPngWithAPaletteAndIgnoresItsAlpha) {
+TEST(ImageDecoderTest, ReadsPngWithAPaletteAndIgnoresItsAlpha) {
     EXPECT_THAT(decodedPixels({.width = 3,
                                .height = 1,
                                .colourType = PNG_COLOR_TYPE_PALETTE,
@@ -79,7 +79,7 @@ TEST(ImageDecoder, ReadsPngWithAPaletteAndIgnoresItsAlpha) {
                 ElementsAre(7, 8, 9, 1, 2, 3, 4, 5, 6));
 }
 
-TEST(ImageDecoder, ReadsPngWithAPackedPalette) {
+TEST(ImageDecoderTest, ReadsPngWithAPackedPalette) {
     EXPECT_THAT(decodedPixels({.width = 4,
                                .height = 1,
                                .bitDepth = 2,
@@ -89,14 +89,14 @@ TEST(ImageDecoder, ReadsPngWithAPackedPalette) {
                 ElementsAre(40, 0, 0, 30, 0, 0, 20, 0, 0, 10, 0, 0));
 }
 
-TEST(ImageDecoder, TakesAnIndexBeyondThePaletteOfPngAsBlack) {
+TEST(ImageDecoderTest, TakesAnIndexBeyondThePaletteOfPngAsBlack) {
     EXPECT_THAT(
         decodedPixels(
             {.width = 1, .height = 1, .colourType = PNG_COLOR_TYPE_PALETTE, .rows = {200}, .palette = {1, 2, 3}}),
         ElementsAre(0, 0, 0));
 }
 
-TEST(ImageDecoder, SpreadsGreyPngOfAnyDepthOverTheWholeRange) {
+TEST(ImageDecoderTest, SpreadsGreyPngOfAnyDepthOverTheWholeRange) {
     const auto grey = [](int depth, Bytes rows, std::uint32_t width) {
         return decodedPixels({.width = width,
                               .height = 1,
@@ -110,7 +110,7 @@ TEST(ImageDecoder, SpreadsGreyPngOfAnyDepthOverTheWholeRange) {
     EXPECT_THAT(grey(8, {77}, 1), ElementsAre(77, 77, 77));
 }
 
-TEST(ImageDecoder, RoundsSixteenBitSamplesOfPng) {
+TEST(ImageDecoderTest, RoundsSixteenBitSamplesOfPng) {
     // In 255 parts of the range, 0x00FF is 0.992, 0xFF7E is 254.498 and 0xFF81 is 254.510.
     EXPECT_THAT(decodedPixels({.width = 1,
                                .height = 1,
@@ -123,7 +123,7 @@ TEST(ImageDecoder, RoundsSixteenBitSamplesOfPng) {
                 ElementsAre(128, 128, 128));
 }
 
-TEST(ImageDecoder, DropsTheAlphaOfPngAndKeepsTheColoursBelow) {
+TEST(ImageDecoderTest, DropsTheAlphaOfPngAndKeepsTheColoursBelow) {
     EXPECT_THAT(
         decodedPixels(
             {.width = 2, .height = 1, .colourType = PNG_COLOR_TYPE_RGB_ALPHA, .rows = {9, 8, 7, 0, 6, 5, 4, 128}}),
@@ -139,12 +139,12 @@ TEST(ImageDecoder, DropsTheAlphaOfPngAndKeepsTheColoursBelow) {
                 ElementsAre(10, 20, 30));
 }
 
-TEST(ImageDecoder, IgnoresTheGammaOfPng) {
+TEST(ImageDecoderTest, IgnoresTheGammaOfPng) {
     EXPECT_THAT(decodedPixels({.width = 1, .height = 1, .rows = {30, 60, 120}, .gamma = 1.0}),
                 ElementsAre(30, 60, 120));
 }
 
-TEST(ImageDecoder, ReadsJpegInColourWithAnySubsampling) {
+TEST(ImageDecoderTest, ReadsJpegInColourWithAnySubsampling) {
     const RgbImage image = smoothPicture(67, 45);
     for (const int subsampling : {TJSAMP_444, TJSAMP_422, TJSAMP_420, TJSAMP_440, TJSAMP_411}) {
         const RgbImage decoded = decodeImage(writeJpeg(image, subsampling));
@@ -154,13 +154,13 @@ TEST(ImageDecoder, ReadsJpegInColourWithAnySubsampling) {
     }
 }
 
-TEST(ImageDecoder, ReadsProgressiveJpegLikeASequentialOne) {
+TEST(ImageDecoderTest, ReadsProgressiveJpegLikeASequentialOne) {
     const RgbImage image = noisyPicture(40, 24);
     EXPECT_EQ(decodeImage(writeJpeg(image, TJSAMP_420, TJFLAG_PROGRESSIVE)).pixels,
               decodeImage(writeJpeg(image, TJSAMP_420)).pixels);
 }
 
-TEST(ImageDecoder, ReadsGreyJpeg) {
+TEST(ImageDecoderTest, ReadsGreyJpeg) {
     RgbImage image{32, 16, {}};
     for (std::size_t i = 0; i < std::size_t{32} * 16; ++i)
         image.pixels.insert(image.pixels.end(), 3, static_cast<std::uint8_t>(40 + i % 32 * 5));
@@ -170,12 +170,12 @@ TEST(ImageDecoder, ReadsGreyJpeg) {
         EXPECT_TRUE(decoded[i] == decoded[i + 1] && decoded[i] == decoded[i + 2]);
 }
 
-TEST(ImageDecoder, RefusesJpegInCmyk) {
+TEST(ImageDecoderTest, RefusesJpegInCmyk) {
     const Bytes file = writeCmykJpeg(8, 8, Bytes(8 * 8 * 4, 100));
     EXPECT_EQ(raisedBy([&] { decodeImage(file); }), "80004005 JPEG: pictures in CMYK are not supported");
 }
 
-TEST(ImageDecoder, ReadsTheSizeFromTheHeadAlone) {
+TEST(ImageDecoderTest, ReadsTheSizeFromTheHeadAlone) {
     Bytes png = encodePng(noisyPicture(90, 70));
     png.resize(png.size() / 2);
     EXPECT_EQ(decodeImageSize(png).width, 90U);
@@ -186,14 +186,14 @@ TEST(ImageDecoder, ReadsTheSizeFromTheHeadAlone) {
     EXPECT_EQ(decodeImageSize(jpeg).height, 60U);
 }
 
-TEST(ImageDecoder, RefusesWhatIsNeitherPngNorJpeg) {
+TEST(ImageDecoderTest, RefusesWhatIsNeitherPngNorJpeg) {
     for (const Bytes& bytes : {Bytes{}, Bytes{0xFF}, Bytes{'G', 'I', 'F', '8', '9', 'a'}, Bytes(100, 0)}) {
-        EXPECT_EQ(raisedBy([&] { decodeImage(bytes); }), NeitherText);
-        EXPECT_EQ(raisedBy([&] { decodeImageSize(bytes); }), NeitherText);
+        EXPECT_EQ(raisedBy([&] { decodeImage(bytes); }), neitherText);
+        EXPECT_EQ(raisedBy([&] { decodeImageSize(bytes); }), neitherText);
     }
 }
 
-TEST(ImageDecoder, RefusesSizesBeyondTheLimits) {
+TEST(ImageDecoderTest, RefusesSizesBeyondTheLimits) {
     EXPECT_EQ(raisedBy([] { decodeImage(pngOfClaimedSize(40000, 40000)); }),
               "80070057 PNG: a picture of 40000x40000 is not supported");
     EXPECT_EQ(raisedBy([] { decodeImageSize(pngOfClaimedSize(0x7FFFFFFF, 1)); }),
@@ -204,31 +204,31 @@ TEST(ImageDecoder, RefusesSizesBeyondTheLimits) {
     EXPECT_EQ(decodeImageSize(pngOfClaimedSize(maxImageSide, 3051)).width, maxImageSide);
 }
 
-TEST(ImageDecoder, RefusesPngThatEndsEarlyAnywhere) {
+TEST(ImageDecoderTest, RefusesPngThatEndsEarlyAnywhere) {
     const Bytes file = encodePng(noisyPicture(6, 5));
     for (std::size_t length = 0; length < file.size(); ++length) {
         const Bytes part(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length));
-        EXPECT_EQ(raisedBy([&] { decodeImage(part); }), length < 8 ? NeitherText : "80004005 PNG: the data ends early")
+        EXPECT_EQ(raisedBy([&] { decodeImage(part); }), length < 8 ? neitherText : "80004005 PNG: the data ends early")
             << length;
     }
 }
 
-TEST(ImageDecoder, RefusesJpegThatEndsEarlyAnywhere) {
+TEST(ImageDecoderTest, RefusesJpegThatEndsEarlyAnywhere) {
     for (const int flags : {0, TJFLAG_PROGRESSIVE}) {
         const Bytes file = writeJpeg(noisyPicture(24, 20), TJSAMP_420, flags);
         for (std::size_t length = 0; length < file.size(); ++length) {
             const Bytes part(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length));
-            EXPECT_THAT(raisedBy([&] { decodeImage(part); }), StartsWith(length < 3 ? NeitherText : "80004005 JPEG: "))
+            EXPECT_THAT(raisedBy([&] { decodeImage(part); }), StartsWith(length < 3 ? neitherText : "80004005 JPEG: "))
                 << length;
         }
     }
 }
 
-TEST(ImageDecoder, RefusesJpegWithoutAPicture) {
+TEST(ImageDecoderTest, RefusesJpegWithoutAPicture) {
     EXPECT_EQ(raisedBy([] { decodeImage(Bytes{0xFF, 0xD8, 0xFF, 0xD9}); }), "80004005 JPEG: the data holds no picture");
 }
 
-TEST(ImageDecoder, RefusesPngWithAnyByteDamaged) {
+TEST(ImageDecoderTest, RefusesPngWithAnyByteDamaged) {
     const Bytes file = encodePng(noisyPicture(6, 5));
     for (std::size_t i = 0; i < file.size(); ++i)
         for (const std::uint8_t damage : {0x01, 0x20, 0x80, 0xFF}) {
@@ -239,7 +239,7 @@ TEST(ImageDecoder, RefusesPngWithAnyByteDamaged) {
         }
 }
 
-TEST(ImageDecoder, DamagedJpegIsRefusedOrWhole) {
+TEST(ImageDecoderTest, DamagedJpegIsRefusedOrWhole) {
     std::minstd_rand random(7);
     int refused = 0;
     for (const int flags : {0, TJFLAG_PROGRESSIVE}) {
@@ -260,7 +260,7 @@ TEST(ImageDecoder, DamagedJpegIsRefusedOrWhole) {
     EXPECT_GT(refused, 100);
 }
 
-TEST(ImageDecoder, RandomBytesBehindASignatureAreRefused) {
+TEST(ImageDecoderTest, RandomBytesBehindASignatureAreRefused) {
     std::minstd_rand random(11);
     for (const Bytes& signature : {Bytes{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}, Bytes{0xFF, 0xD8, 0xFF}}) {
         for (int round = 0; round < 500; ++round) {

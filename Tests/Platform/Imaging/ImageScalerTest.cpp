@@ -27,12 +27,12 @@ RgbImage chequers(std::uint32_t side) {
     return image;
 }
 
-TEST(ImageScaler, LeavesAPictureOfTheSameSizeAsItIs) {
+TEST(ImageScalerTest, LeavesAPictureOfTheSameSizeAsItIs) {
     const RgbImage image = noisyPicture(33, 21);
     EXPECT_TRUE(scaleTo(image, 33, 21).pixels == image.pixels);
 }
 
-TEST(ImageScaler, GivesTheSizeAskedFor) {
+TEST(ImageScalerTest, GivesTheSizeAskedFor) {
     for (const auto& [width, height] : {std::pair{1U, 1U}, {7U, 90U}, {640U, 2U}, {100U, 100U}}) {
         const RgbImage scaled = scaleTo(smoothPicture(50, 40), width, height);
         EXPECT_EQ(scaled.width, width);
@@ -41,7 +41,7 @@ TEST(ImageScaler, GivesTheSizeAskedFor) {
     }
 }
 
-TEST(ImageScaler, KeepsAFlatColourAndDoesNotMixItsSamples) {
+TEST(ImageScalerTest, KeepsAFlatColourAndDoesNotMixItsSamples) {
     const Bytes colour{250, 3, 120};
     for (const auto& [width, height] : {std::pair{1U, 1U}, {5U, 3U}, {13U, 7U}, {31U, 29U}, {40U, 31U}, {200U, 100U}})
         EXPECT_TRUE(scaleTo(flatPicture(40, 30, colour), width, height).pixels ==
@@ -49,14 +49,14 @@ TEST(ImageScaler, KeepsAFlatColourAndDoesNotMixItsSamples) {
             << width << "x" << height;
 }
 
-TEST(ImageScaler, AveragesWholeAreasWhenItShrinks) {
+TEST(ImageScalerTest, AveragesWholeAreasWhenItShrinks) {
     for (const std::uint32_t side : {8U, 10U, 30U}) {
         const RgbImage scaled = scaleTo(chequers(120), side, side);
         EXPECT_THAT(scaled.pixels, testing::Each(testing::AllOf(testing::Ge(126), testing::Le(129)))) << side;
     }
 }
 
-TEST(ImageScaler, InterpolatesWhenItEnlarges) {
+TEST(ImageScalerTest, InterpolatesWhenItEnlarges) {
     const RgbImage scaled = scaleTo({2, 1, {0, 0, 0, 255, 255, 255}}, 16, 1);
     std::vector<int> reds;
     for (std::size_t i = 0; i < scaled.pixels.size(); i += 3)
@@ -67,7 +67,7 @@ TEST(ImageScaler, InterpolatesWhenItEnlarges) {
     EXPECT_THAT(reds, testing::Contains(testing::AllOf(testing::Gt(100), testing::Lt(155))));
 }
 
-TEST(ImageScaler, RefusesEmptyPicturesAndImpossibleSizes) {
+TEST(ImageScalerTest, RefusesEmptyPicturesAndImpossibleSizes) {
     EXPECT_EQ(raisedBy([] { scaleTo({}, 4, 4); }), "80070057 Scaling: 0 bytes are no picture of 0x0");
     EXPECT_EQ(raisedBy([] { scaleTo(smoothPicture(4, 4), 0, 4); }),
               "80070057 Scaling: a picture of 0x4 is not supported");

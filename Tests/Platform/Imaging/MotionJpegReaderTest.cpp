@@ -33,35 +33,35 @@ Bytes withBytesBeforeTheEndMark(Bytes file, std::size_t count) {
     return file;
 }
 
-TEST(MotionJpegReader, ReadsAFrameWithoutHuffmanTables) {
+TEST(MotionJpegReaderTest, ReadsAFrameWithoutHuffmanTables) {
     const Bytes whole = frame();
     const Bytes bare = without(whole, 0xC4);
     ASSERT_LT(bare.size(), whole.size());
     EXPECT_EQ(readMotionJpeg(bare).pixels, readMotionJpeg(whole).pixels);
 }
 
-TEST(MotionJpegReader, TakesAFewStrayBytesBeforeTheEndMark) {
+TEST(MotionJpegReaderTest, TakesAFewStrayBytesBeforeTheEndMark) {
     EXPECT_EQ(readMotionJpeg(withBytesBeforeTheEndMark(frame(), 4)).pixels, readMotionJpeg(frame()).pixels);
 }
 
-TEST(MotionJpegReader, RefusesManyStrayBytesBeforeTheEndMark) {
+TEST(MotionJpegReaderTest, RefusesManyStrayBytesBeforeTheEndMark) {
     EXPECT_EQ(raisedBy([] { readMotionJpeg(withBytesBeforeTheEndMark(frame(), 500)); }).substr(0, 22),
               "80004005 Motion JPEG: ");
 }
 
-TEST(MotionJpegReader, TakesPaddingBehindTheEndMark) {
+TEST(MotionJpegReaderTest, TakesPaddingBehindTheEndMark) {
     Bytes padded = frame();
     padded.resize(padded.size() + 5000);
     EXPECT_EQ(readMotionJpeg(padded).pixels, readMotionJpeg(frame()).pixels);
 }
 
-TEST(MotionJpegReader, TakesAFrameWithoutItsEndMark) {
+TEST(MotionJpegReaderTest, TakesAFrameWithoutItsEndMark) {
     Bytes open = frame();
     open.resize(open.size() - 2);
     EXPECT_EQ(readMotionJpeg(open).pixels, readMotionJpeg(frame()).pixels);
 }
 
-TEST(MotionJpegReader, RefusesFramesThatEndEarly) {
+TEST(MotionJpegReaderTest, RefusesFramesThatEndEarly) {
     const Bytes file = frame();
     for (std::size_t size = 0; size + 16 < file.size(); size += 7) {
         const Bytes cut(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size));
@@ -70,7 +70,7 @@ TEST(MotionJpegReader, RefusesFramesThatEndEarly) {
 }
 
 /// Damage that happens to leave a readable file cannot be seen; most does not.
-TEST(MotionJpegReader, RefusesMostFramesWithARunOfLostBytes) {
+TEST(MotionJpegReaderTest, RefusesMostFramesWithARunOfLostBytes) {
     const Bytes whole = writeJpeg(noisyPicture(64, 48), TJSAMP_422);
     int refused = 0;
     for (std::ptrdiff_t lost = 50; lost <= 1000; lost += 50) {
@@ -82,12 +82,12 @@ TEST(MotionJpegReader, RefusesMostFramesWithARunOfLostBytes) {
     EXPECT_GE(refused, 18) << "of 20";
 }
 
-TEST(MotionJpegReader, RefusesProgressiveFiles) {
+TEST(MotionJpegReaderTest, RefusesProgressiveFiles) {
     EXPECT_EQ(raisedBy([] { readMotionJpeg(writeJpeg(smoothPicture(64, 48), TJSAMP_420, TJFLAG_PROGRESSIVE)); }),
               "80004005 Motion JPEG: progressive pictures are not supported");
 }
 
-TEST(MotionJpegReader, RefusesWhatIsNoJpeg) {
+TEST(MotionJpegReaderTest, RefusesWhatIsNoJpeg) {
     EXPECT_EQ(raisedBy([] { readMotionJpeg(Bytes(100, 7)); }).substr(0, 22), "80004005 Motion JPEG: ");
     EXPECT_EQ(raisedBy([] { readMotionJpeg(Bytes()); }).substr(0, 22), "80004005 Motion JPEG: ");
 }

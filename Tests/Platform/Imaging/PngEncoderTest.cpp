@@ -29,7 +29,7 @@ std::vector<std::string> chunkTypes(const Bytes& file) {
     return types;
 }
 
-TEST(PngEncoder, WritesEightBitRgbWithoutInterlacing) {
+TEST(PngEncoderTest, WritesEightBitRgbWithoutInterlacing) {
     const Bytes file = encodePng(smoothPicture(7, 5));
     ASSERT_GT(file.size(), 29U);
     EXPECT_EQ(Bytes(file.begin(), file.begin() + 8), (Bytes{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}));
@@ -38,11 +38,11 @@ TEST(PngEncoder, WritesEightBitRgbWithoutInterlacing) {
     EXPECT_EQ(Bytes(file.begin() + 24, file.begin() + 29), (Bytes{8, 2, 0, 0, 0}));
 }
 
-TEST(PngEncoder, WritesNoAncillaryChunk) {
+TEST(PngEncoderTest, WritesNoAncillaryChunk) {
     EXPECT_THAT(chunkTypes(encodePng(noisyPicture(200, 100))), testing::ElementsAre("IHDR", "IDAT", "IEND"));
 }
 
-TEST(PngEncoder, KeepsEveryPixelAtAnyShape) {
+TEST(PngEncoderTest, KeepsEveryPixelAtAnyShape) {
     using Size = std::pair<std::uint32_t, std::uint32_t>;
     for (const auto& [width, height] : {Size{1, 1}, Size{1, 3000}, Size{3000, 1}, Size{17, 13}, Size{640, 480}}) {
         for (const RgbImage& image : {smoothPicture(width, height), noisyPicture(width, height)}) {
@@ -54,20 +54,20 @@ TEST(PngEncoder, KeepsEveryPixelAtAnyShape) {
     }
 }
 
-TEST(PngEncoder, WritesTheSameBytesForTheSamePicture) {
+TEST(PngEncoderTest, WritesTheSameBytesForTheSamePicture) {
     EXPECT_TRUE(encodePng(noisyPicture(64, 48)) == encodePng(noisyPicture(64, 48)));
 }
 
-TEST(PngEncoder, CompressesWhatIsSmooth) {
+TEST(PngEncoderTest, CompressesWhatIsSmooth) {
     const RgbImage image = smoothPicture(640, 480);
     EXPECT_LT(encodePng(image).size(), image.pixels.size() / 10);
 }
 
-TEST(PngEncoder, RefusesAPictureWithoutPixels) {
+TEST(PngEncoderTest, RefusesAPictureWithoutPixels) {
     EXPECT_EQ(raisedBy([] { encodePng({}); }), "80070057 PNG: 0 bytes are no picture of 0x0");
 }
 
-TEST(PngEncoder, RefusesPixelsThatDoNotFillTheSize) {
+TEST(PngEncoderTest, RefusesPixelsThatDoNotFillTheSize) {
     EXPECT_EQ(raisedBy([] { encodePng({2, 2, Bytes(11)}); }), "80070057 PNG: 11 bytes are no picture of 2x2");
     EXPECT_EQ(raisedBy([] { encodePng({2, 2, Bytes(13)}); }), "80070057 PNG: 13 bytes are no picture of 2x2");
 }

@@ -16,7 +16,7 @@ namespace {
 
 const winrt::hresult_error someError(winrt::result::busy, u"busy");
 
-TEST(AsyncOperation, GivesItsResult) {
+TEST(AsyncOperationTest, GivesItsResult) {
     const AsyncOperationSource<std::string> source;
     const auto operation = source.operation();
     EXPECT_EQ(operation.Status(), AsyncStatus::Started);
@@ -25,7 +25,7 @@ TEST(AsyncOperation, GivesItsResult) {
     EXPECT_EQ(operation.GetResults(), "done");
 }
 
-TEST(AsyncOperation, RaisesItsError) {
+TEST(AsyncOperationTest, RaisesItsError) {
     const AsyncOperationSource<void> source;
     source.fail(someError);
     EXPECT_EQ(source.operation().Status(), AsyncStatus::Error);
@@ -38,12 +38,12 @@ TEST(AsyncOperation, RaisesItsError) {
     }
 }
 
-TEST(AsyncOperation, HasNoResultsWhileItIsUnderWay) {
+TEST(AsyncOperationTest, HasNoResultsWhileItIsUnderWay) {
     const AsyncOperationSource<int> source;
     EXPECT_THROW(source.operation().GetResults(), winrt::hresult_error);
 }
 
-TEST(AsyncOperation, RunsTheHandlerWhenItEnds) {
+TEST(AsyncOperationTest, RunsTheHandlerWhenItEnds) {
     const AsyncOperationSource<int> source;
     AsyncStatus seen = AsyncStatus::Started;
     source.operation().Completed([&](const auto&, AsyncStatus status) { seen = status; });
@@ -52,7 +52,7 @@ TEST(AsyncOperation, RunsTheHandlerWhenItEnds) {
     EXPECT_EQ(seen, AsyncStatus::Error);
 }
 
-TEST(AsyncOperation, RunsTheHandlerAtOnceIfItHasEnded) {
+TEST(AsyncOperationTest, RunsTheHandlerAtOnceIfItHasEnded) {
     const AsyncOperationSource<int> source;
     source.complete(3);
     int seen = 0;
@@ -61,7 +61,7 @@ TEST(AsyncOperation, RunsTheHandlerAtOnceIfItHasEnded) {
     EXPECT_EQ(seen, 3);
 }
 
-TEST(AsyncOperation, TakesOneHandlerOnly) {
+TEST(AsyncOperationTest, TakesOneHandlerOnly) {
     const AsyncOperationSource<int> source;
     source.operation().Completed([](const auto&, AsyncStatus) {});
     EXPECT_THROW(source.operation().Completed([](const auto&, AsyncStatus) {}), winrt::hresult_error);
@@ -69,7 +69,7 @@ TEST(AsyncOperation, TakesOneHandlerOnly) {
     EXPECT_THROW(source.operation().Completed([](const auto&, AsyncStatus) {}), winrt::hresult_error);
 }
 
-TEST(AsyncOperation, EndsOnce) {
+TEST(AsyncOperationTest, EndsOnce) {
     const AsyncOperationSource<int> source;
     int runs = 0;
     source.operation().Completed([&](const auto&, AsyncStatus) { ++runs; });
@@ -80,7 +80,7 @@ TEST(AsyncOperation, EndsOnce) {
     EXPECT_EQ(runs, 1);
 }
 
-TEST(AsyncOperation, NeverEndsWhenItsSourceGoesAway) {
+TEST(AsyncOperationTest, NeverEndsWhenItsSourceGoesAway) {
     auto source = std::make_unique<AsyncOperationSource<int>>();
     const auto operation = source->operation();
     bool ran = false;
@@ -90,7 +90,7 @@ TEST(AsyncOperation, NeverEndsWhenItsSourceGoesAway) {
     EXPECT_EQ(operation.Status(), AsyncStatus::Started);
 }
 
-TEST(AsyncWait, BlocksUntilAnotherThreadEndsTheOperation) {
+TEST(AsyncWaitTest, BlocksUntilAnotherThreadEndsTheOperation) {
     const AsyncOperationSource<int> source;
     const auto later = std::async(std::launch::async, [source] {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -99,13 +99,13 @@ TEST(AsyncWait, BlocksUntilAnotherThreadEndsTheOperation) {
     EXPECT_EQ(blockingWait(source.operation()), 7);
 }
 
-TEST(AsyncWait, RaisesTheErrorOfTheOperation) {
+TEST(AsyncWaitTest, RaisesTheErrorOfTheOperation) {
     const AsyncOperationSource<void> source;
     source.fail(someError);
     EXPECT_THROW(blockingWait(source.operation()), winrt::hresult_error);
 }
 
-TEST(AsyncWait, WaitsNoLongerThanToTheMomentGiven) {
+TEST(AsyncWaitTest, WaitsNoLongerThanToTheMomentGiven) {
     const AsyncOperationSource<void> source;
     const auto flag = CompletionFlag::of(source.operation());
     EXPECT_FALSE(flag->waitUntil(std::chrono::steady_clock::now() + std::chrono::milliseconds(10)));
@@ -113,7 +113,7 @@ TEST(AsyncWait, WaitsNoLongerThanToTheMomentGiven) {
     EXPECT_TRUE(flag->waitUntil(std::chrono::steady_clock::now()));
 }
 
-TEST(AsyncWait, AnOperationThatEndsAfterItsWaiterFindsTheFlag) {
+TEST(AsyncWaitTest, AnOperationThatEndsAfterItsWaiterFindsTheFlag) {
     const AsyncOperationSource<void> source;
     std::weak_ptr<CompletionFlag> flag;
     {
@@ -126,7 +126,7 @@ TEST(AsyncWait, AnOperationThatEndsAfterItsWaiterFindsTheFlag) {
     EXPECT_TRUE(flag.expired());
 }
 
-TEST(AsyncOperation, MayBeWaitedForAndEndedOnManyThreads) {
+TEST(AsyncOperationTest, MayBeWaitedForAndEndedOnManyThreads) {
     for (int i = 0; i < 200; ++i) {
         const AsyncOperationSource<int> source;
         std::atomic<int> sum = 0;

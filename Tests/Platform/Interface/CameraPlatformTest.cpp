@@ -29,17 +29,17 @@ private:
     [[noreturn]] static void refuse() { throw winrt::hresult_error(winrt::result::fail, u"refused"); }
 };
 
-class CameraPlatformAccess : public testing::Test {
+class CameraPlatformTest : public testing::Test {
 protected:
     void TearDown() override { setCameraPlatformFactory(nullptr); }
 };
 
-TEST_F(CameraPlatformAccess, RaisesWithoutAFactory) {
+TEST_F(CameraPlatformTest, RaisesWithoutAFactory) {
     setCameraPlatformFactory(nullptr);
     EXPECT_THROW(cameraPlatform(), winrt::hresult_error);
 }
 
-TEST_F(CameraPlatformAccess, MakesThePlatformOnceAtItsFirstUse) {
+TEST_F(CameraPlatformTest, MakesThePlatformOnceAtItsFirstUse) {
     int made = 0;
     setCameraPlatformFactory([&] {
         ++made;
@@ -51,7 +51,7 @@ TEST_F(CameraPlatformAccess, MakesThePlatformOnceAtItsFirstUse) {
     EXPECT_EQ(made, 1);
 }
 
-TEST_F(CameraPlatformAccess, TriesAgainAfterAFactoryThatRaised) {
+TEST_F(CameraPlatformTest, TriesAgainAfterAFactoryThatRaised) {
     int calls = 0;
     setCameraPlatformFactory([&]() -> std::shared_ptr<CameraPlatform> {
         if (++calls == 1)
@@ -62,7 +62,7 @@ TEST_F(CameraPlatformAccess, TriesAgainAfterAFactoryThatRaised) {
     EXPECT_NE(cameraPlatform(), nullptr);
 }
 
-TEST_F(CameraPlatformAccess, ANewFactoryForgetsTheOldPlatform) {
+TEST_F(CameraPlatformTest, ANewFactoryForgetsTheOldPlatform) {
     setCameraPlatformFactory([] { return std::make_shared<NoPlatform>(); });
     const std::weak_ptr<CameraPlatform> first = cameraPlatform();
     setCameraPlatformFactory([] { return std::make_shared<NoPlatform>(); });

@@ -11,7 +11,7 @@ using namespace Platform;
 
 namespace {
 
-TEST(VectorView, RaisesAtAndPastItsEnd) {
+TEST(VectorViewTest, RaisesAtAndPastItsEnd) {
     const VectorView<int> list{1, 2};
     EXPECT_EQ(list.Size(), 2U);
     EXPECT_EQ(list.GetAt(1), 2);
@@ -20,12 +20,12 @@ TEST(VectorView, RaisesAtAndPastItsEnd) {
     EXPECT_THROW(VectorView<int>().GetAt(0), winrt::hresult_out_of_bounds);
 }
 
-TEST(VectorView, IteratesInOrder) {
+TEST(VectorViewTest, IteratesInOrder) {
     const VectorView<int> list{3, 1, 2};
     EXPECT_EQ(std::vector<int>(list.begin(), list.end()), (std::vector{3, 1, 2}));
 }
 
-TEST(MapView, IteratesInTheOrderInWhichItWasFilled) {
+TEST(MapViewTest, IteratesInTheOrderInWhichItWasFilled) {
     const MapView<int> map{{u"b", 1}, {u"a", 2}};
     std::u16string keys;
     for (const auto& entry : map)
@@ -33,7 +33,7 @@ TEST(MapView, IteratesInTheOrderInWhichItWasFilled) {
     EXPECT_EQ(keys, u"ba");
 }
 
-TEST(MapView, RaisesForAKeyThatItLacks) {
+TEST(MapViewTest, RaisesForAKeyThatItLacks) {
     const MapView<int> map{{u"a", 2}};
     EXPECT_TRUE(map.HasKey(u"a"));
     EXPECT_EQ(map.Lookup(u"a"), 2);
@@ -41,7 +41,7 @@ TEST(MapView, RaisesForAKeyThatItLacks) {
     EXPECT_THROW(map.Lookup(u"A"), winrt::hresult_out_of_bounds);
 }
 
-TEST(PropertyValue, UnboxesItsOwnTypeAlone) {
+TEST(PropertyValueTest, UnboxesItsOwnTypeAlone) {
     const Guid guid{1, 2, 3, {}};
     EXPECT_EQ(unboxString(PropertyValue(std::u16string(u"text"))), u"text");
     EXPECT_EQ(unboxGuid(PropertyValue(guid)), guid);

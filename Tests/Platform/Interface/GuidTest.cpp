@@ -11,19 +11,19 @@ using namespace Platform;
 
 namespace {
 
-TEST(Guid, TextIsLowerCaseInBraces) {
+TEST(GuidTest, TextIsLowerCaseInBraces) {
     const Guid guid{0x0F8FAD5B, 0xD9CB, 0x469F, {0xA1, 0x65, 0x70, 0x86, 0x77, 0x28, 0x95, 0x0E}};
     EXPECT_EQ(guidToText(guid), "{0f8fad5b-d9cb-469f-a165-70867728950e}");
     EXPECT_EQ(guidToText(Guid{}), "{00000000-0000-0000-0000-000000000000}");
 }
 
-TEST(Guid, TextIsReadInEitherCase) {
+TEST(GuidTest, TextIsReadInEitherCase) {
     const Guid guid{0x0F8FAD5B, 0xD9CB, 0x469F, {0xA1, 0x65, 0x70, 0x86, 0x77, 0x28, 0x95, 0x0E}};
     EXPECT_EQ(guidFromText("{0f8fad5b-d9cb-469f-a165-70867728950e}"), guid);
     EXPECT_EQ(guidFromText("{0F8FAD5B-D9CB-469f-a165-70867728950E}"), guid);
 }
 
-TEST(Guid, AnyOtherTextIsNone) {
+TEST(GuidTest, AnyOtherTextIsNone) {
     using namespace std::string_view_literals;
     for (const std::string_view text :
          {""sv, "{"sv, "{}"sv, "0f8fad5b-d9cb-469f-a165-70867728950e"sv, "(0f8fad5b-d9cb-469f-a165-70867728950e)"sv,
@@ -45,7 +45,7 @@ bool hasForm(std::string_view text, std::string_view form) {
     });
 }
 
-TEST(Guid, NewOnesAreRandomVersionFour) {
+TEST(GuidTest, NewOnesAreRandomVersionFour) {
     std::set<std::string> seen;
     for (int i = 0; i < 100; ++i) {
         const std::string text = guidToText(GuidHelper::CreateNewGuid());

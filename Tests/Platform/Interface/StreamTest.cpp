@@ -23,7 +23,7 @@ public:
     void Write(std::span<const std::uint8_t>) override {}
 };
 
-TEST(InMemoryRandomAccessStream, GrowsAsItIsWritten) {
+TEST(InMemoryRandomAccessStreamTest, GrowsAsItIsWritten) {
     InMemoryRandomAccessStream stream;
     EXPECT_EQ(stream.Size(), 0U);
     stream.Write(Bytes{1, 2, 3});
@@ -37,7 +37,7 @@ TEST(InMemoryRandomAccessStream, GrowsAsItIsWritten) {
     EXPECT_EQ(stream.Read(read), 0U);
 }
 
-TEST(InMemoryRandomAccessStream, FillsAGapWithZeros) {
+TEST(InMemoryRandomAccessStreamTest, FillsAGapWithZeros) {
     InMemoryRandomAccessStream stream;
     stream.Seek(2);
     stream.Write(Bytes{7});
@@ -47,7 +47,7 @@ TEST(InMemoryRandomAccessStream, FillsAGapWithZeros) {
     EXPECT_EQ(read, (Bytes{0, 0, 7}));
 }
 
-TEST(DataReader, LoadsFromTheStreamsPositionAndGivesTheBytesInOrder) {
+TEST(DataReaderTest, LoadsFromTheStreamsPositionAndGivesTheBytesInOrder) {
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     stream->Write(Bytes{1, 2, 3, 4});
     stream->Seek(1);
@@ -59,7 +59,7 @@ TEST(DataReader, LoadsFromTheStreamsPositionAndGivesTheBytesInOrder) {
     EXPECT_EQ(bytes, (Bytes{2, 3, 4}));
 }
 
-TEST(DataReader, RaisesWhenFewerBytesHaveBeenLoaded) {
+TEST(DataReaderTest, RaisesWhenFewerBytesHaveBeenLoaded) {
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     stream->Write(Bytes{1, 2});
     stream->Seek(0);
@@ -72,7 +72,7 @@ TEST(DataReader, RaisesWhenFewerBytesHaveBeenLoaded) {
     EXPECT_EQ(fewer, (Bytes{1, 2}));
 }
 
-TEST(DataReader, LoadingEndsWithTheStreamsError) {
+TEST(DataReaderTest, LoadingEndsWithTheStreamsError) {
     DataReader reader(std::make_shared<BrokenStream>());
     EXPECT_THROW(blockingWait(reader.LoadAsync(1)), winrt::hresult_error);
 }

@@ -14,7 +14,7 @@ namespace {
 
 PropertyValue text(const char16_t* value) { return std::u16string(value); }
 
-TEST(DeviceInformationValue, AnUpdateReplacesAndAddsProperties) {
+TEST(DeviceInformationValueTest, AnUpdateReplacesAndAddsProperties) {
     DeviceInformationValue device({u"id", u"name", DeviceInformationKind::DeviceInterface, std::nullopt,
                                    PropertyMap{{u"a", text(u"1")}, {u"b", text(u"2")}}});
     device.Update(
@@ -28,7 +28,7 @@ TEST(DeviceInformationValue, AnUpdateReplacesAndAddsProperties) {
     EXPECT_EQ(device.Name(), u"name");
 }
 
-TEST(DeviceInformationValue, UpdatesMayRunBesideReaders) {
+TEST(DeviceInformationValueTest, UpdatesMayRunBesideReaders) {
     DeviceInformationValue device({u"id", u"", DeviceInformationKind::Device, std::nullopt, {}});
     const auto update = std::make_shared<DeviceInformationUpdateValue>(u"id", PropertyMap{{u"a", text(u"1")}});
     std::thread writer([&] {

@@ -44,7 +44,7 @@ protected:
     void startWatching() override { onStart(*this); }
 };
 
-TEST(DeviceWatcherBase, EventsOfOneDeviceComeInOrderOneAtATime) {
+TEST(DeviceWatcherBaseTest, EventsOfOneDeviceComeInOrderOneAtATime) {
     const auto watcher = std::make_shared<FakeWatcher>();
     std::string order; // unguarded: one at a time
     std::promise<void> last;
@@ -66,7 +66,7 @@ TEST(DeviceWatcherBase, EventsOfOneDeviceComeInOrderOneAtATime) {
     EXPECT_EQ(order, "auraurauraurauraurauraurauraur");
 }
 
-TEST(DeviceWatcherBase, EventsOfDifferentDevicesRunAtTheSameTime) {
+TEST(DeviceWatcherBaseTest, EventsOfDifferentDevicesRunAtTheSameTime) {
     const auto watcher = std::make_shared<FakeWatcher>();
     std::latch all(10);
     std::atomic<int> ended = 0;
@@ -83,7 +83,7 @@ TEST(DeviceWatcherBase, EventsOfDifferentDevicesRunAtTheSameTime) {
     EXPECT_EQ(last.get_future().wait_for(limit), std::future_status::ready);
 }
 
-TEST(DeviceWatcherBase, EnumerationCompletesAfterTheFirstDevicesHaveBeenHandled) {
+TEST(DeviceWatcherBaseTest, EnumerationCompletesAfterTheFirstDevicesHaveBeenHandled) {
     const auto watcher = std::make_shared<FakeWatcher>();
     std::atomic<int> handled = 0;
     std::promise<int> completed;
@@ -107,7 +107,7 @@ TEST(DeviceWatcherBase, EnumerationCompletesAfterTheFirstDevicesHaveBeenHandled)
     EXPECT_EQ(result.get(), 2);
 }
 
-TEST(DeviceWatcherBase, EnumerationCompletesWithoutAnyDevice) {
+TEST(DeviceWatcherBaseTest, EnumerationCompletesWithoutAnyDevice) {
     const auto watcher = std::make_shared<FakeWatcher>();
     std::promise<void> completed;
     watcher->EnumerationCompleted([&](const auto&) { return completed.set_value(), winrt::result::ok; });
@@ -116,7 +116,7 @@ TEST(DeviceWatcherBase, EnumerationCompletesWithoutAnyDevice) {
     EXPECT_EQ(completed.get_future().wait_for(limit), std::future_status::ready);
 }
 
-TEST(DeviceWatcherBase, AFailingHandlerDoesNotEndTheEvents) {
+TEST(DeviceWatcherBaseTest, AFailingHandlerDoesNotEndTheEvents) {
     const auto watcher = std::make_shared<FakeWatcher>();
     std::atomic<int> calls = 0;
     std::promise<void> second;
@@ -131,13 +131,13 @@ TEST(DeviceWatcherBase, AFailingHandlerDoesNotEndTheEvents) {
     EXPECT_EQ(second.get_future().wait_for(limit), std::future_status::ready);
 }
 
-TEST(DeviceWatcherBase, StartsOnce) {
+TEST(DeviceWatcherBaseTest, StartsOnce) {
     const auto watcher = std::make_shared<FakeWatcher>();
     watcher->Start();
     EXPECT_THROW(watcher->Start(), winrt::hresult_error);
 }
 
-TEST(DeviceWatcherBase, MayBeStartedAgainAfterAStartThatFailed) {
+TEST(DeviceWatcherBaseTest, MayBeStartedAgainAfterAStartThatFailed) {
     const auto watcher = std::make_shared<FakeWatcher>();
     int starts = 0;
     watcher->onStart = [&](FakeWatcher&) {
@@ -149,7 +149,7 @@ TEST(DeviceWatcherBase, MayBeStartedAgainAfterAStartThatFailed) {
     EXPECT_EQ(starts, 2);
 }
 
-TEST(DeviceWatcherBase, ItsOwnHandlerMayReleaseIt) {
+TEST(DeviceWatcherBaseTest, ItsOwnHandlerMayReleaseIt) {
     for (int i = 0; i < 50; ++i) {
         auto watcher = std::make_shared<FakeWatcher>();
         const std::weak_ptr<FakeWatcher> weak = watcher;
@@ -170,7 +170,7 @@ TEST(DeviceWatcherBase, ItsOwnHandlerMayReleaseIt) {
     }
 }
 
-TEST(DeviceWatcherBase, ReleasedInTheMiddleOfAHandlerDeliversNothingMore) {
+TEST(DeviceWatcherBaseTest, ReleasedInTheMiddleOfAHandlerDeliversNothingMore) {
     auto watcher = std::make_shared<FakeWatcher>();
     const std::weak_ptr<FakeWatcher> weak = watcher;
     std::promise<void> running;

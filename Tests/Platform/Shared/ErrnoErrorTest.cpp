@@ -8,7 +8,7 @@ using namespace Platform::Shared;
 
 namespace {
 
-TEST(ErrnoError, EachErrorNumberHasItsCode) {
+TEST(ErrnoErrorTest, EachErrorNumberHasItsCode) {
     const auto code = [](std::uint32_t value) { return static_cast<winrt::hresult>(value); };
     EXPECT_EQ(codeOfErrno(EACCES), code(0x80070005));
     EXPECT_EQ(codeOfErrno(EPERM), code(0x80070005));
@@ -24,7 +24,7 @@ TEST(ErrnoError, EachErrorNumberHasItsCode) {
     EXPECT_EQ(codeOfErrno(EEXIST), code(0x80004005));
 }
 
-TEST(ErrnoError, TextNamesOperationDeviceAndReason) {
+TEST(ErrnoErrorTest, TextNamesOperationDeviceAndReason) {
     const auto error = errnoError("VIDIOC_S_FMT", "/dev/video0", EBUSY);
     EXPECT_EQ(error.message(), u"VIDIOC_S_FMT on /dev/video0: Device or resource busy");
     EXPECT_EQ(error.code(), winrt::result::busy);

@@ -23,7 +23,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Option = CreationCollisionOption;
 
-class LocalStorage : public testing::Test {
+class LocalStorageTest : public testing::Test {
 protected:
     void SetUp() override {
         std::string name = (fs::temp_directory_path() / "camera-hub-storage-XXXXXX").native();
@@ -59,39 +59,39 @@ protected:
     StorageFolder _folder;
 };
 
-TEST_F(LocalStorage, TheParentOfAFileIsItsFolder) { EXPECT_EQ(pathOf(_folder), _root.native()); }
+TEST_F(LocalStorageTest, TheParentOfAFileIsItsFolder) { EXPECT_EQ(pathOf(_folder), _root.native()); }
 
-TEST_F(LocalStorage, AMissingFileIsNotFound) {
+TEST_F(LocalStorageTest, AMissingFileIsNotFound) {
     EXPECT_EQ(codeOf([&] { fileAt(_root / "none"); }), winrt::result::notFound);
 }
 
-TEST_F(LocalStorage, AFolderIsNoFile) {
+TEST_F(LocalStorageTest, AFolderIsNoFile) {
     EXPECT_EQ(codeOf([&] { fileAt(_root); }), winrt::result::fail);
 }
 
-TEST_F(LocalStorage, ARelativePathIsABadArgument) {
+TEST_F(LocalStorageTest, ARelativePathIsABadArgument) {
     EXPECT_EQ(codeOf([&] { fileAt("program"); }), winrt::result::invalidArgument);
     EXPECT_EQ(codeOf([&] { fileAt(""); }), winrt::result::invalidArgument);
 }
 
-TEST_F(LocalStorage, AFolderIsMadeAndThenOpened) {
+TEST_F(LocalStorageTest, AFolderIsMadeAndThenOpened) {
     EXPECT_EQ(pathOf(createFolder(u"pictures")), (_root / "pictures").native());
     EXPECT_EQ(pathOf(createFolder(u"pictures")), (_root / "pictures").native());
     EXPECT_TRUE(fs::is_directory(_root / "pictures"));
 }
 
-TEST_F(LocalStorage, ASeparatorAtTheEndOfANameDoesNotCount) {
+TEST_F(LocalStorageTest, ASeparatorAtTheEndOfANameDoesNotCount) {
     EXPECT_EQ(pathOf(createFolder(u"My Camera\\")), (_root / "My Camera").native());
     EXPECT_EQ(pathOf(createFolder(u"Other/")), (_root / "Other").native());
 }
 
-TEST_F(LocalStorage, ANameWithSeparatorsStaysBelowTheFolder) {
+TEST_F(LocalStorageTest, ANameWithSeparatorsStaysBelowTheFolder) {
     EXPECT_EQ(pathOf(createFolder(u"a/b\\c\\")), (_root / "a/b/c").native());
     EXPECT_EQ(pathOf(createFile(u"d/e.png")), (_root / "d/e.png").native());
     EXPECT_TRUE(fs::is_directory(_root / "a/b/c"));
 }
 
-TEST_F(LocalStorage, ANameThatLeadsNowhereOrOutOfTheFolderIsRefused) {
+TEST_F(LocalStorageTest, ANameThatLeadsNowhereOrOutOfTheFolderIsRefused) {
     for (const char16_t* name : {u"", u"\\", u"/", u".", u"..", u"../x", u"a/../../x", u"/etc", u"a//b", u"..\\x"}) {
         EXPECT_EQ(codeOf([&] { createFolder(name); }), winrt::result::invalidArgument) << Halden::toUtf8(name);
         EXPECT_EQ(codeOf([&] { createFile(name); }), winrt::result::invalidArgument) << Halden::toUtf8(name);
@@ -101,11 +101,11 @@ TEST_F(LocalStorage, ANameThatLeadsNowhereOrOutOfTheFolderIsRefused) {
     EXPECT_FALSE(fs::exists(_root.parent_path() / "x"));
 }
 
-TEST_F(LocalStorage, AFolderInThePlaceOfAFileFails) {
+TEST_F(LocalStorageTest, AFolderInThePlaceOfAFileFails) {
     EXPECT_EQ(codeOf([&] { createFolder(u"program"); }), winrt::result::fail);
 }
 
-TEST_F(LocalStorage, ATakenNameGetsANumber) {
+TEST_F(LocalStorageTest, ATakenNameGetsANumber) {
     EXPECT_EQ(pathOf(createFile(u"p.png")), (_root / "p.png").native());
     EXPECT_EQ(pathOf(createFile(u"p.png")), (_root / "p (2).png").native());
     EXPECT_EQ(pathOf(createFile(u"p.png")), (_root / "p (3).png").native());
@@ -113,12 +113,12 @@ TEST_F(LocalStorage, ATakenNameGetsANumber) {
     EXPECT_EQ(pathOf(createFolder(u"f", Option::GenerateUniqueName)), (_root / "f (2)").native());
 }
 
-TEST_F(LocalStorage, AnExistingFileIsOpenedOnRequest) {
+TEST_F(LocalStorageTest, AnExistingFileIsOpenedOnRequest) {
     EXPECT_EQ(pathOf(createFile(u"program", Option::OpenIfExists)), (_root / "program").native());
     EXPECT_EQ(fs::file_size(_root / "program"), 1U);
 }
 
-TEST_F(LocalStorage, AFileIsWrittenAndReadAsAStream) {
+TEST_F(LocalStorageTest, AFileIsWrittenAndReadAsAStream) {
     const auto stream = blockingWait(createFile(u"s.bin")->OpenAsync(FileAccessMode::ReadWrite));
     stream->Write(Bytes{1, 2, 3});
     stream->Seek(1);
@@ -131,13 +131,13 @@ TEST_F(LocalStorage, AFileIsWrittenAndReadAsAStream) {
     EXPECT_EQ(fs::file_size(_root / "s.bin"), 3U);
 }
 
-TEST_F(LocalStorage, AFileOpenedForReadingCannotBeWritten) {
+TEST_F(LocalStorageTest, AFileOpenedForReadingCannotBeWritten) {
     const auto stream = blockingWait(fileAt(_root / "program")->OpenAsync(FileAccessMode::Read));
     EXPECT_NE(codeOf([&] { stream->Write(Bytes{1}); }), winrt::result::ok);
     EXPECT_EQ(fs::file_size(_root / "program"), 1U);
 }
 
-TEST_F(LocalStorage, AFileThatHasGoneIsNotFound) {
+TEST_F(LocalStorageTest, AFileThatHasGoneIsNotFound) {
     const StorageFile file = createFile(u"gone");
     fs::remove(_root / "gone");
     EXPECT_EQ(codeOf([&] { blockingWait(file->OpenAsync(FileAccessMode::ReadWrite)); }), winrt::result::notFound);

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::chrono::seconds limit(10);
 
-TEST(Strand, RunsItsTasksInOrderAndOneAtATime) {
+TEST(StrandTest, RunsItsTasksInOrderAndOneAtATime) {
     const auto strand = Strand::create(std::make_shared<WorkerPool>());
     std::atomic<int> running = 0;
     std::vector<int> order; // unguarded: the strand is the guard
@@ -37,7 +37,7 @@ TEST(Strand, RunsItsTasksInOrderAndOneAtATime) {
         EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
 }
 
-TEST(Strand, ABlockedStrandDelaysNoOther) {
+TEST(StrandTest, ABlockedStrandDelaysNoOther) {
     const auto pool = std::make_shared<WorkerPool>();
     const auto blocked = Strand::create(pool);
     const auto free = Strand::create(pool);
@@ -49,7 +49,7 @@ TEST(Strand, ABlockedStrandDelaysNoOther) {
     release.set_value();
 }
 
-TEST(Strand, AWaitingTaskDelaysNoneOfTheOthers) {
+TEST(StrandTest, AWaitingTaskDelaysNoneOfTheOthers) {
     const auto strand = Strand::create(std::make_shared<WorkerPool>());
     std::promise<void> later;
     std::promise<void> now;
@@ -66,7 +66,7 @@ TEST(Strand, AWaitingTaskDelaysNoneOfTheOthers) {
     EXPECT_EQ(later.get_future().wait_for(limit), std::future_status::ready);
 }
 
-TEST(Strand, RunsWhatWasPostedAlsoAfterItsRelease) {
+TEST(StrandTest, RunsWhatWasPostedAlsoAfterItsRelease) {
     auto strand = Strand::create(std::make_shared<WorkerPool>());
     std::promise<void> ran;
     strand->postAt(steady_clock::now() + milliseconds(20), [&] { ran.set_value(); });

@@ -17,7 +17,7 @@ bool isReadable(const WakeUp& wakeUp, int timeoutInMs = 0) {
     return ::poll(&waited, 1, timeoutInMs) == 1;
 }
 
-TEST(WakeUp, WakesAThreadThatWaits) {
+TEST(WakeUpTest, WakesAThreadThatWaits) {
     const WakeUp wakeUp("a test");
     bool woken = false;
     std::thread sleeper([&] { woken = isReadable(wakeUp, 10'000); });
@@ -26,7 +26,7 @@ TEST(WakeUp, WakesAThreadThatWaits) {
     EXPECT_TRUE(woken);
 }
 
-TEST(WakeUp, LastsUntilItIsDrainedHoweverOftenItWasGiven) {
+TEST(WakeUpTest, LastsUntilItIsDrainedHoweverOftenItWasGiven) {
     const WakeUp wakeUp("a test");
     EXPECT_FALSE(isReadable(wakeUp));
     wakeUp.wake();
@@ -40,7 +40,7 @@ TEST(WakeUp, LastsUntilItIsDrainedHoweverOftenItWasGiven) {
     EXPECT_TRUE(isReadable(wakeUp));
 }
 
-TEST(WakeUp, NamesTheSleeperWhereTheSystemHasNoDescriptorLeft) {
+TEST(WakeUpTest, NamesTheSleeperWhereTheSystemHasNoDescriptorLeft) {
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{0, before.rlim_max};

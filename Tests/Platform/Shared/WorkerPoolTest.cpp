@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::chrono::seconds limit(10);
 
-TEST(WorkerPool, ASlowTaskDelaysNoOther) {
+TEST(WorkerPoolTest, ASlowTaskDelaysNoOther) {
     const auto pool = std::make_shared<WorkerPool>();
     std::latch allRun(20); // passes only if 20 tasks run at the same time
     std::promise<void> last;
@@ -33,7 +33,7 @@ TEST(WorkerPool, ASlowTaskDelaysNoOther) {
     EXPECT_EQ(last.get_future().wait_for(limit), std::future_status::ready);
 }
 
-TEST(WorkerPool, ATaskWaitsForItsMoment) {
+TEST(WorkerPoolTest, ATaskWaitsForItsMoment) {
     const auto pool = std::make_shared<WorkerPool>();
     const auto moment = steady_clock::now() + milliseconds(30);
     std::promise<steady_clock::time_point> ran;
@@ -43,7 +43,7 @@ TEST(WorkerPool, ATaskWaitsForItsMoment) {
     EXPECT_GE(result.get(), moment);
 }
 
-TEST(WorkerPool, TasksRunInTheOrderOfTheirMoments) {
+TEST(WorkerPoolTest, TasksRunInTheOrderOfTheirMoments) {
     const auto pool = std::make_shared<WorkerPool>();
     const auto now = steady_clock::now();
     std::mutex mutex;
@@ -63,7 +63,7 @@ TEST(WorkerPool, TasksRunInTheOrderOfTheirMoments) {
     EXPECT_EQ(order, (std::vector{1, 2, 3}));
 }
 
-TEST(WorkerPool, ATaskComesDueWhileAllThreadsAreBusy) {
+TEST(WorkerPoolTest, ATaskComesDueWhileAllThreadsAreBusy) {
     const auto pool = std::make_shared<WorkerPool>();
     std::promise<void> release;
     const auto released = release.get_future().share();
@@ -80,7 +80,7 @@ TEST(WorkerPool, ATaskComesDueWhileAllThreadsAreBusy) {
     release.set_value();
 }
 
-TEST(WorkerPool, ItsLastTaskMayReleaseIt) {
+TEST(WorkerPoolTest, ItsLastTaskMayReleaseIt) {
     for (int i = 0; i < 50; ++i) {
         auto pool = std::make_shared<WorkerPool>();
         const std::weak_ptr<WorkerPool> weak = pool;
@@ -96,7 +96,7 @@ TEST(WorkerPool, ItsLastTaskMayReleaseIt) {
     }
 }
 
-TEST(WorkerPool, DropsWhatStillWaitsWhenItGoes) {
+TEST(WorkerPoolTest, DropsWhatStillWaitsWhenItGoes) {
     auto witness = std::make_shared<bool>(false);
     const std::weak_ptr<bool> weak = witness;
     auto pool = std::make_shared<WorkerPool>();
@@ -105,7 +105,7 @@ TEST(WorkerPool, DropsWhatStillWaitsWhenItGoes) {
     EXPECT_TRUE(weak.expired());
 }
 
-TEST(WorkerPool, WindingDownEndsDelaysAndWaitsForTheTasks) {
+TEST(WorkerPoolTest, WindingDownEndsDelaysAndWaitsForTheTasks) {
     const auto pool = std::make_shared<WorkerPool>();
     std::atomic<int> ran = 0;
     pool->postAt(steady_clock::now() + std::chrono::hours(1), [&, pool] { ++ran; });
@@ -116,7 +116,7 @@ TEST(WorkerPool, WindingDownEndsDelaysAndWaitsForTheTasks) {
     EXPECT_EQ(ran, 2);
 }
 
-TEST(WorkerPool, WindingDownWaitsNoLongerThanItsLimit) {
+TEST(WorkerPoolTest, WindingDownWaitsNoLongerThanItsLimit) {
     const auto pool = std::make_shared<WorkerPool>();
     std::promise<void> release;
     pool->post([released = release.get_future().share(), pool] { released.wait(); });
@@ -127,7 +127,7 @@ TEST(WorkerPool, WindingDownWaitsNoLongerThanItsLimit) {
     pool->windDown(limit);
 }
 
-TEST(WorkerPool, WindingDownDoesNotWaitForItself) {
+TEST(WorkerPoolTest, WindingDownDoesNotWaitForItself) {
     const auto pool = std::make_shared<WorkerPool>();
     std::promise<void> done;
     pool->post([&, pool] {

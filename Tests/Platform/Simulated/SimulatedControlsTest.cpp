@@ -9,7 +9,7 @@ using namespace Platform;
 
 namespace {
 
-class SimulatedControls : public SimulatedFixture {
+class SimulatedControlsTest : public SimulatedFixture {
 protected:
     VideoDeviceController controller(const std::string& camera) {
         start(cameraScenario(camera));
@@ -32,7 +32,7 @@ protected:
 
 const char* const focus = R"({"focus": {"supported": true, "min": 0, "max": 10, "step": 4, "value": 3}})";
 
-TEST_F(SimulatedControls, CapabilitiesAreThoseOfTheFile) {
+TEST_F(SimulatedControlsTest, CapabilitiesAreThoseOfTheFile) {
     const auto control = controller(
         R"({"contrast": {"supported": true, "min": -1.5, "max": 2, "step": 0.5, "autoModeSupported": false}})");
     const auto capabilities = control->Contrast()->Capabilities();
@@ -44,7 +44,7 @@ TEST_F(SimulatedControls, CapabilitiesAreThoseOfTheFile) {
     EXPECT_FALSE(control->Brightness()->Capabilities().Supported);
 }
 
-TEST_F(SimulatedControls, AControlThatIsMissingRefusesEverything) {
+TEST_F(SimulatedControlsTest, AControlThatIsMissingRefusesEverything) {
     const auto control = controller("{}")->Focus();
     double value = 7;
     bool on = true;
@@ -55,9 +55,9 @@ TEST_F(SimulatedControls, AControlThatIsMissingRefusesEverything) {
     EXPECT_EQ(value, 7);
 }
 
-TEST_F(SimulatedControls, TheFirstValueStandsAsItIsInTheFile) { EXPECT_EQ(valueOf(controller(focus)->Focus()), 3); }
+TEST_F(SimulatedControlsTest, TheFirstValueStandsAsItIsInTheFile) { EXPECT_EQ(valueOf(controller(focus)->Focus()), 3); }
 
-TEST_F(SimulatedControls, AValueIsBroughtIntoTheRangeAndOnTheGrid) {
+TEST_F(SimulatedControlsTest, AValueIsBroughtIntoTheRangeAndOnTheGrid) {
     const auto control = controller(focus)->Focus();
     const auto latched = [&](double value) {
         EXPECT_TRUE(control->TrySetValue(value));
@@ -69,13 +69,13 @@ TEST_F(SimulatedControls, AValueIsBroughtIntoTheRangeAndOnTheGrid) {
     EXPECT_EQ(latched(5.9), 4);
 }
 
-TEST_F(SimulatedControls, NotANumberIsRefused) {
+TEST_F(SimulatedControlsTest, NotANumberIsRefused) {
     const auto control = controller(focus)->Focus();
     EXPECT_FALSE(control->TrySetValue(std::numeric_limits<double>::quiet_NaN()));
     EXPECT_EQ(valueOf(control), 3);
 }
 
-TEST_F(SimulatedControls, ALatchTakesThePlaceOfEveryValue) {
+TEST_F(SimulatedControlsTest, ALatchTakesThePlaceOfEveryValue) {
     const auto control =
         controller(R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "latch": -20.5}})");
     EXPECT_TRUE(control->Exposure()->TrySetValue(-4));
@@ -83,7 +83,7 @@ TEST_F(SimulatedControls, ALatchTakesThePlaceOfEveryValue) {
     EXPECT_FALSE(control->Exposure()->TrySetValue(std::nan("")));
 }
 
-TEST_F(SimulatedControls, EachOperationCanBeRefusedByItself) {
+TEST_F(SimulatedControlsTest, EachOperationCanBeRefusedByItself) {
     const auto control = controller(R"({
         "exposure": {"supported": true, "max": 9, "refuse": ["TrySetValue"]},
         "focus": {"supported": true, "max": 9, "refuse": ["TryGetValue"]},
@@ -106,7 +106,7 @@ TEST_F(SimulatedControls, EachOperationCanBeRefusedByItself) {
     EXPECT_EQ(valueOf(control->Exposure()), 0);
 }
 
-TEST_F(SimulatedControls, AutomaticModeIsSwitched) {
+TEST_F(SimulatedControlsTest, AutomaticModeIsSwitched) {
     const auto control = controller(R"({"focus": {"supported": true, "auto": true}})")->Focus();
     EXPECT_TRUE(autoOf(control));
     EXPECT_TRUE(control->TrySetAuto(false));
@@ -115,14 +115,14 @@ TEST_F(SimulatedControls, AutomaticModeIsSwitched) {
     EXPECT_TRUE(autoOf(control));
 }
 
-TEST_F(SimulatedControls, AControlWithoutAutomaticModeRefusesToSwitchItOn) {
+TEST_F(SimulatedControlsTest, AControlWithoutAutomaticModeRefusesToSwitchItOn) {
     const auto control = controller(R"({"focus": {"supported": true, "autoModeSupported": false}})")->Focus();
     EXPECT_FALSE(control->TrySetAuto(true));
     EXPECT_TRUE(control->TrySetAuto(false));
     EXPECT_FALSE(autoOf(control));
 }
 
-TEST_F(SimulatedControls, CapturesOfOneCameraShareItsControls) {
+TEST_F(SimulatedControlsTest, CapturesOfOneCameraShareItsControls) {
     const auto first = controller(focus);
     const MediaCapture other = open();
     first->Focus()->TrySetValue(8);
@@ -132,7 +132,7 @@ TEST_F(SimulatedControls, CapturesOfOneCameraShareItsControls) {
 const char* const exposure = R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "value": -2},
     "exposureControl": {"supported": true}, "capture": {"neutralExposure": -5.0}})";
 
-TEST_F(SimulatedControls, AutomaticExposureArrivesAtTheNeutralOneWithinASecond) {
+TEST_F(SimulatedControlsTest, AutomaticExposureArrivesAtTheNeutralOneWithinASecond) {
     const auto control = controller(exposure)->Exposure();
     const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(control->TrySetAuto(true));
@@ -142,7 +142,7 @@ TEST_F(SimulatedControls, AutomaticExposureArrivesAtTheNeutralOneWithinASecond) 
     EXPECT_EQ(valueOf(control), -5.0);
 }
 
-TEST_F(SimulatedControls, AutomaticExposureMovesThereGradually) {
+TEST_F(SimulatedControlsTest, AutomaticExposureMovesThereGradually) {
     const auto control = controller(exposure)->Exposure();
     control->TrySetAuto(true);
     EXPECT_TRUE(waitUntil([&] { return valueOf(control) < -2.2; }));
@@ -152,7 +152,7 @@ TEST_F(SimulatedControls, AutomaticExposureMovesThereGradually) {
     EXPECT_EQ(valueOf(control), reached);
 }
 
-TEST_F(SimulatedControls, AutomaticExposureOfTheNewerControlMovesTheSameExposure) {
+TEST_F(SimulatedControlsTest, AutomaticExposureOfTheNewerControlMovesTheSameExposure) {
     const auto control = controller(exposure);
     EXPECT_FALSE(control->ExposureControl()->Auto());
     blockingWait(control->ExposureControl()->SetAutoAsync(true));
@@ -164,7 +164,7 @@ TEST_F(SimulatedControls, AutomaticExposureOfTheNewerControlMovesTheSameExposure
     EXPECT_EQ(control->ExposureControl()->Value().count(), 313000); // 2^-5 s in ticks, on the grid of 1000
 }
 
-TEST_F(SimulatedControls, TheNewerExposureControlIsSetInTicks) {
+TEST_F(SimulatedControlsTest, TheNewerExposureControlIsSetInTicks) {
     const auto control = controller(exposure);
     const auto newer = control->ExposureControl();
     EXPECT_TRUE(newer->Supported());
@@ -181,7 +181,7 @@ TEST_F(SimulatedControls, TheNewerExposureControlIsSetInTicks) {
     EXPECT_EQ(newer->Value().count(), 2500000);
 }
 
-TEST_F(SimulatedControls, AnotherNewerControlIsSetByPreset) {
+TEST_F(SimulatedControlsTest, AnotherNewerControlIsSetByPreset) {
     const auto control = controller(
         R"({"focusControl": {"supported": true, "preset": 3}, "whiteBalanceControl": {"supported": true, "preset": 4}})");
     EXPECT_TRUE(control->FocusControl()->Supported());
@@ -194,7 +194,7 @@ TEST_F(SimulatedControls, AnotherNewerControlIsSetByPreset) {
     EXPECT_EQ(control->WhiteBalanceControl()->Preset(), ColorTemperaturePreset::Auto);
 }
 
-TEST_F(SimulatedControls, AnIsoSpeedEndsAutomaticMode) {
+TEST_F(SimulatedControlsTest, AnIsoSpeedEndsAutomaticMode) {
     const auto iso = controller(R"({"isoSpeedControl": {"supported": true, "auto": true}})")->IsoSpeedControl();
     EXPECT_TRUE(iso->Supported());
     EXPECT_TRUE(iso->Auto());
@@ -209,13 +209,13 @@ TEST_F(SimulatedControls, AnIsoSpeedEndsAutomaticMode) {
     EXPECT_EQ(iso->Value(), 800U);
 }
 
-TEST_F(SimulatedControls, ExposureCompensationIsRead) {
+TEST_F(SimulatedControlsTest, ExposureCompensationIsRead) {
     const auto control = controller(R"({"exposureCompensationControl": {"supported": true, "value": -0.5}})");
     EXPECT_TRUE(control->ExposureCompensationControl()->Supported());
     EXPECT_EQ(control->ExposureCompensationControl()->Value(), -0.5F);
 }
 
-TEST_F(SimulatedControls, ANewerControlThatIsMissingCannotBeSet) {
+TEST_F(SimulatedControlsTest, ANewerControlThatIsMissingCannotBeSet) {
     const auto control = controller("{}");
     EXPECT_FALSE(control->ExposureControl()->Supported());
     EXPECT_FALSE(control->FocusControl()->Supported());

@@ -7,7 +7,7 @@ using namespace Platform;
 
 namespace {
 
-class SimulatedDiscovery : public SimulatedFixture {};
+class SimulatedDiscoveryTest : public SimulatedFixture {};
 
 const char* const twoGroups = R"({
     "groups": [
@@ -23,7 +23,7 @@ const char* const twoGroups = R"({
     "containers": [{"id": "{ABCDEF00-0000-0000-0000-000000000001}", "properties": {"System.Devices.ModelName": "Model"}}],
     "journal": "journal.txt"})";
 
-TEST_F(SimulatedDiscovery, GroupsComeInTheOrderOfTheFile) {
+TEST_F(SimulatedDiscoveryTest, GroupsComeInTheOrderOfTheFile) {
     start(twoGroups);
     const auto groups = blockingWait(platform->FindAllAsync());
     ASSERT_EQ(groups.Size(), 2U);
@@ -33,7 +33,7 @@ TEST_F(SimulatedDiscovery, GroupsComeInTheOrderOfTheFile) {
     EXPECT_EQ(groups.GetAt(1)->SourceInfos().Size(), 0U);
 }
 
-TEST_F(SimulatedDiscovery, ASourceIsDescribedAsTheFileSays) {
+TEST_F(SimulatedDiscoveryTest, ASourceIsDescribedAsTheFileSays) {
     start(twoGroups);
     const auto infos = group()->SourceInfos();
     ASSERT_EQ(infos.Size(), 2U);
@@ -55,20 +55,20 @@ TEST_F(SimulatedDiscovery, ASourceIsDescribedAsTheFileSays) {
     EXPECT_EQ(info2->VideoProfileMediaDescription().GetAt(0).Subtype, u"MJPG");
 }
 
-TEST_F(SimulatedDiscovery, TheSecondSourceInfoInterfaceMayBeMissing) {
+TEST_F(SimulatedDiscoveryTest, TheSecondSourceInfoInterfaceMayBeMissing) {
     start(twoGroups);
     EXPECT_EQ(group()->SourceInfos().GetAt(1)->asMediaFrameSourceInfo2(), nullptr);
     EXPECT_FALSE(group()->SourceInfos().GetAt(1)->DeviceInformation()->EnclosureLocation());
 }
 
-TEST_F(SimulatedDiscovery, AGroupIsFoundByTheWatchedDevice) {
+TEST_F(SimulatedDiscoveryTest, AGroupIsFoundByTheWatchedDevice) {
     start(twoGroups);
     EXPECT_EQ(blockingWait(platform->FromIdAsync(u"W"))->Id(), u"Z");
     EXPECT_EQ(blockingWait(platform->FromIdAsync(u"A"))->Id(), u"A");
     EXPECT_EQ(outcomeOf([&] { blockingWait(platform->FromIdAsync(u"Z")); }).code, winrt::result::notFound);
 }
 
-TEST_F(SimulatedDiscovery, DeviceNodesAndContainersAreFoundByKind) {
+TEST_F(SimulatedDiscoveryTest, DeviceNodesAndContainersAreFoundByKind) {
     start(twoGroups);
     const auto node = blockingWait(platform->CreateFromIdAsync(u"node", {}, DeviceInformationKind::Device));
     EXPECT_EQ(node->Id(), u"node");
@@ -78,7 +78,7 @@ TEST_F(SimulatedDiscovery, DeviceNodesAndContainersAreFoundByKind) {
     EXPECT_EQ(unboxString(container->Properties().Lookup(u"System.Devices.ModelName")), u"Model");
 }
 
-TEST_F(SimulatedDiscovery, AnIdThatNoNodeHasIsNotFound) {
+TEST_F(SimulatedDiscoveryTest, AnIdThatNoNodeHasIsNotFound) {
     start(twoGroups);
     const auto code = [&](const std::u16string& id, DeviceInformationKind kind) {
         return outcomeOf([&] { blockingWait(platform->CreateFromIdAsync(id, {}, kind)); }).code;
@@ -90,7 +90,7 @@ TEST_F(SimulatedDiscovery, AnIdThatNoNodeHasIsNotFound) {
     EXPECT_EQ(code(u"node", DeviceInformationKind::DeviceInterface), notFound);
 }
 
-TEST_F(SimulatedDiscovery, FrameSourcesAndFormatsComeInTheOrderOfTheFile) {
+TEST_F(SimulatedDiscoveryTest, FrameSourcesAndFormatsComeInTheOrderOfTheFile) {
     start(twoGroups);
     const MediaCapture capture = open();
     const auto sources = capture->FrameSources();
@@ -105,7 +105,7 @@ TEST_F(SimulatedDiscovery, FrameSourcesAndFormatsComeInTheOrderOfTheFile) {
     EXPECT_EQ(sources.Lookup(u"s1")->SupportedFormats().Size(), 0U);
 }
 
-TEST_F(SimulatedDiscovery, AFormatThatTheSourceLacksIsRefused) {
+TEST_F(SimulatedDiscoveryTest, AFormatThatTheSourceLacksIsRefused) {
     start(twoGroups);
     const MediaCapture capture = open();
     const auto source = capture->FrameSources().Lookup(u"s2");
@@ -114,13 +114,13 @@ TEST_F(SimulatedDiscovery, AFormatThatTheSourceLacksIsRefused) {
     EXPECT_FALSE(outcomeOf([&] { blockingWait(source->SetFormatAsync({1, 6, 7, 30.0, u"NV12"})); }).raised);
 }
 
-TEST_F(SimulatedDiscovery, AGroupWithoutSourcesCannotBeOpened) {
+TEST_F(SimulatedDiscoveryTest, AGroupWithoutSourcesCannotBeOpened) {
     start(twoGroups);
     const MediaCapture capture = platform->CreateMediaCapture();
     EXPECT_TRUE(outcomeOf([&] { blockingWait(capture->InitializeAsync({group(1), {}, {}})); }).raised);
 }
 
-TEST_F(SimulatedDiscovery, WithoutAFileThereIsTheBuiltInCamera) {
+TEST_F(SimulatedDiscoveryTest, WithoutAFileThereIsTheBuiltInCamera) {
     platform = Simulated::createSimulatedPlatform({});
     const auto groups = blockingWait(platform->FindAllAsync());
     ASSERT_EQ(groups.Size(), 1U);
@@ -145,7 +145,7 @@ TEST_F(SimulatedDiscovery, WithoutAFileThereIsTheBuiltInCamera) {
     EXPECT_EQ(picture.height, 1080U);
 }
 
-TEST_F(SimulatedDiscovery, AFileThatCannotBeTakenOverFailsWithItsName) {
+TEST_F(SimulatedDiscoveryTest, AFileThatCannotBeTakenOverFailsWithItsName) {
     const auto messageOf = [](const std::filesystem::path& path) {
         return Halden::toUtf8(outcomeOf([&] { Simulated::createSimulatedPlatform(path); }).message);
     };

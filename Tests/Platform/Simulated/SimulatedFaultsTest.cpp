@@ -92,7 +92,7 @@ const std::map<std::string, FaultyOperation>& operations() {
     return all;
 }
 
-class SimulatedFaults : public SimulatedFixture, public testing::WithParamInterface<std::string> {
+class SimulatedFaultsTest : public SimulatedFixture, public testing::WithParamInterface<std::string> {
 protected:
     const FaultyOperation& operation() const { return operations().at(GetParam()); }
 
@@ -116,7 +116,7 @@ protected:
     Objects objects;
 };
 
-TEST_P(SimulatedFaults, RaisesTheTextAndTheCodeForTheCallsThatAreHit) {
+TEST_P(SimulatedFaultsTest, RaisesTheTextAndTheCodeForTheCallsThatAreHit) {
     prepare(R"(, "times": 1, "message": "it broke", "code": -2147024726)");
     const Outcome outcome = call();
     EXPECT_TRUE(outcome.raised);
@@ -133,14 +133,14 @@ TEST_P(SimulatedFaults, RaisesTheTextAndTheCodeForTheCallsThatAreHit) {
     EXPECT_EQ(errors, 1U);
 }
 
-TEST_P(SimulatedFaults, TakesItsDelayBeforeItRaises) {
+TEST_P(SimulatedFaultsTest, TakesItsDelayBeforeItRaises) {
     prepare(R"(, "times": 1, "delayMs": 40)");
     const auto begin = steady_clock::now();
     EXPECT_TRUE(call().raised);
     EXPECT_GE(steady_clock::now() - begin, milliseconds(40));
 }
 
-TEST_P(SimulatedFaults, IsOnlySlowWhereItDoesNotFail) {
+TEST_P(SimulatedFaultsTest, IsOnlySlowWhereItDoesNotFail) {
     prepare(R"(, "times": 1, "delayMs": 40, "fails": false)");
     const auto begin = steady_clock::now();
     EXPECT_FALSE(call().raised);
@@ -154,15 +154,15 @@ std::vector<std::string> operationNames() {
     return names;
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, SimulatedFaults, testing::ValuesIn(operationNames()), [](const auto& tested) {
+INSTANTIATE_TEST_SUITE_P(Every, SimulatedFaultsTest, testing::ValuesIn(operationNames()), [](const auto& tested) {
     std::string name = tested.param;
     std::replace(name.begin(), name.end(), '.', '_');
     return name;
 });
 
-class SimulatedFault : public SimulatedFixture {};
+class SimulatedFaultTest : public SimulatedFixture {};
 
-TEST_F(SimulatedFault, HitsAllCallsThatFollowUnlessTimesIsGiven) {
+TEST_F(SimulatedFaultTest, HitsAllCallsThatFollowUnlessTimesIsGiven) {
     start(cameraScenario(R"({"faults": {"MediaCapture.FrameSources": {"after": 2}}})"));
     const MediaCapture capture = open();
     std::string pattern;
@@ -171,7 +171,7 @@ TEST_F(SimulatedFault, HitsAllCallsThatFollowUnlessTimesIsGiven) {
     EXPECT_EQ(pattern, "..!!!!");
 }
 
-TEST_F(SimulatedFault, HitsAsManyCallsAsItSays) {
+TEST_F(SimulatedFaultTest, HitsAsManyCallsAsItSays) {
     start(cameraScenario(R"({"faults": {"MediaCapture.FrameSources": {"after": 1, "times": 2}}})"));
     const MediaCapture capture = open();
     std::string pattern;
@@ -180,7 +180,7 @@ TEST_F(SimulatedFault, HitsAsManyCallsAsItSays) {
     EXPECT_EQ(pattern, ".!!...");
 }
 
-TEST_F(SimulatedFault, OfAStillIsRaisedByTheCallItself) {
+TEST_F(SimulatedFaultTest, OfAStillIsRaisedByTheCallItself) {
     start(cameraScenario(R"({"faults": {"MediaCapture.CapturePhotoToStreamAsync": {"code": -5}}})"));
     const MediaCapture capture = open();
     EXPECT_EQ(outcomeOf([&] { takeStill(capture, std::make_shared<InMemoryRandomAccessStream>()); }).code, -5);
@@ -190,14 +190,14 @@ TEST_F(SimulatedFault, OfAStillIsRaisedByTheCallItself) {
     EXPECT_FALSE(lines[0].hasEnded());
 }
 
-TEST_F(SimulatedFault, OfCloseHitsACameraThatHasGoneToo) {
+TEST_F(SimulatedFaultTest, OfCloseHitsACameraThatHasGoneToo) {
     start(cameraScenario(R"({"faults": {"MediaCapture.Close": {"times": 1}}})"));
     const MediaCapture capture = open();
     EXPECT_TRUE(outcomeOf([&] { capture->Close(); }).raised);
     EXPECT_FALSE(outcomeOf([&] { capture->Close(); }).raised);
 }
 
-TEST_F(SimulatedFault, OfASlowCameraDelaysNoOther) {
+TEST_F(SimulatedFaultTest, OfASlowCameraDelaysNoOther) {
     start(R"({"groups": [
         {"id": "G1", "sources": [{"id": "S", "device": {"id": "D1"}, "formats": [{"width": 8, "height": 8}]}]},
         {"id": "G2", "sources": [{"id": "S", "device": {"id": "D2"}, "formats": [{"width": 8, "height": 8}]}]}],

@@ -25,7 +25,7 @@ RgbImage gradient(std::uint32_t width, std::uint32_t height) {
     return image;
 }
 
-class SimulatedStill : public SimulatedFixture {
+class SimulatedStillTest : public SimulatedFixture {
 protected:
     void writePicture(const RgbImage& image) {
         const auto png = Imaging::encodePng(image);
@@ -43,7 +43,7 @@ protected:
 const std::string exposure = R"("exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "value": -6})";
 const std::string scene = R"("capture": {"picture": "scene.png"})";
 
-TEST_F(SimulatedStill, HasTheSizeOfTheFormatInForce) {
+TEST_F(SimulatedStillTest, HasTheSizeOfTheFormatInForce) {
     start(R"({"groups": [{"id": "G", "sources": [{"id": "S", "device": {"id": "D"},
         "formats": [{"width": 40, "height": 30}, {"width": 64, "height": 16}]}]}]})");
     const MediaCapture capture = open();
@@ -55,7 +55,7 @@ TEST_F(SimulatedStill, HasTheSizeOfTheFormatInForce) {
     EXPECT_EQ(image.height, 16U);
 }
 
-TEST_F(SimulatedStill, ComesFromTheKindOfSourceThatTheCaptureWasOpenedWith) {
+TEST_F(SimulatedStillTest, ComesFromTheKindOfSourceThatTheCaptureWasOpenedWith) {
     start(R"({"groups": [{"id": "G", "sources": [
         {"id": "P", "streamType": "Photo", "device": {"id": "D"}, "formats": [{"width": 48, "height": 8}]},
         {"id": "V", "device": {"id": "D"}, "formats": [{"width": 24, "height": 8}]}]}]})");
@@ -63,7 +63,7 @@ TEST_F(SimulatedStill, ComesFromTheKindOfSourceThatTheCaptureWasOpenedWith) {
     EXPECT_EQ(still(open(PhotoCaptureSource::Auto)).width, 48U);
 }
 
-TEST_F(SimulatedStill, ShowsTheTestChartOutsideTheCaption) {
+TEST_F(SimulatedStillTest, ShowsTheTestChartOutsideTheCaption) {
     start(R"({"groups": [{"id": "G", "sources": [{"id": "S", "device": {"id": "D", "name": "Cam"},
         "formats": [{"width": 320, "height": 240}]}]}]})");
     const RgbImage image = still(open());
@@ -75,14 +75,14 @@ TEST_F(SimulatedStill, ShowsTheTestChartOutsideTheCaption) {
     EXPECT_NE(image.pixels, chart.pixels);
 }
 
-TEST_F(SimulatedStill, APictureOfTheSameSizeComesOutToTheLastBitAtTheNeutralExposure) {
+TEST_F(SimulatedStillTest, APictureOfTheSameSizeComesOutToTheLastBitAtTheNeutralExposure) {
     const RgbImage picture = gradient(32, 24);
     writePicture(picture);
     start(cameraScenario("{" + exposure + ", " + scene + "}"));
     EXPECT_EQ(still(open()).pixels, picture.pixels);
 }
 
-TEST_F(SimulatedStill, APictureOfAnotherSizeIsScaled) {
+TEST_F(SimulatedStillTest, APictureOfAnotherSizeIsScaled) {
     writePicture(gradient(100, 50));
     start(cameraScenario("{" + scene + "}"));
     const RgbImage image = still(open());
@@ -90,7 +90,7 @@ TEST_F(SimulatedStill, APictureOfAnotherSizeIsScaled) {
     EXPECT_EQ(image.height, 24U);
 }
 
-TEST_F(SimulatedStill, APictureThatChangesOnDiskShowsInTheNextStill) {
+TEST_F(SimulatedStillTest, APictureThatChangesOnDiskShowsInTheNextStill) {
     writePicture(gradient(32, 24));
     start(cameraScenario("{" + scene + "}"));
     const MediaCapture capture = open();
@@ -103,7 +103,7 @@ TEST_F(SimulatedStill, APictureThatChangesOnDiskShowsInTheNextStill) {
     EXPECT_EQ(still(capture).pixels, other.pixels);
 }
 
-TEST_F(SimulatedStill, APictureThatIsNoneEndsWithAnErrorAndAnEmptyStream) {
+TEST_F(SimulatedStillTest, APictureThatIsNoneEndsWithAnErrorAndAnEmptyStream) {
     ScenarioFile::writeFile(file.folder() / "scene.png", "no picture");
     start(cameraScenario("{" + scene + "}"));
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
@@ -111,7 +111,7 @@ TEST_F(SimulatedStill, APictureThatIsNoneEndsWithAnErrorAndAnEmptyStream) {
     EXPECT_EQ(stream->Size(), 0U);
 }
 
-TEST_F(SimulatedStill, OneStopDoublesTheLight) {
+TEST_F(SimulatedStillTest, OneStopDoublesTheLight) {
     RgbImage picture = gradient(32, 24);
     writePicture(picture);
     start(cameraScenario("{" + exposure + R"(, "capture": {"picture": "scene.png", "neutralExposure": -7}})"));
@@ -124,14 +124,14 @@ TEST_F(SimulatedStill, OneStopDoublesTheLight) {
     EXPECT_EQ(still(capture).pixels, darker.pixels);
 }
 
-TEST_F(SimulatedStill, ACameraWithoutExposureShowsTheSceneAsItIs) {
+TEST_F(SimulatedStillTest, ACameraWithoutExposureShowsTheSceneAsItIs) {
     const RgbImage picture = gradient(32, 24);
     writePicture(picture);
     start(cameraScenario(R"({"exposure": {"value": -1}, "capture": {"picture": "scene.png"}})"));
     EXPECT_EQ(still(open()).pixels, picture.pixels);
 }
 
-TEST_F(SimulatedStill, TheTestChartGetsBrighterWithTheExposure) {
+TEST_F(SimulatedStillTest, TheTestChartGetsBrighterWithTheExposure) {
     start(cameraScenario("{" + exposure + "}"));
     const MediaCapture capture = open();
     const auto control = capture->VideoDeviceController()->Exposure();
@@ -142,7 +142,7 @@ TEST_F(SimulatedStill, TheTestChartGetsBrighterWithTheExposure) {
     EXPECT_LT(brightness(still(capture)), neutral - 5);
 }
 
-TEST_F(SimulatedStill, TakesItsDelayFromTheCallToTheCompletion) {
+TEST_F(SimulatedStillTest, TakesItsDelayFromTheCallToTheCompletion) {
     start(cameraScenario(R"({"capture": {"delayMs": 60}})"));
     const MediaCapture capture = open();
     const auto begin = steady_clock::now();
@@ -150,7 +150,7 @@ TEST_F(SimulatedStill, TakesItsDelayFromTheCallToTheCompletion) {
     EXPECT_GE(steady_clock::now() - begin, milliseconds(60));
 }
 
-TEST_F(SimulatedStill, ASlowStillDelaysNothingElse) {
+TEST_F(SimulatedStillTest, ASlowStillDelaysNothingElse) {
     start(cameraScenario(R"({"capture": {"delayMs": 3600000}})"));
     const MediaCapture capture = open();
     const auto pending = takeStill(capture, std::make_shared<InMemoryRandomAccessStream>());
@@ -160,7 +160,7 @@ TEST_F(SimulatedStill, ASlowStillDelaysNothingElse) {
     EXPECT_EQ(pending.Status(), AsyncStatus::Started);
 }
 
-TEST_F(SimulatedStill, TheErrorOutcomeLeavesTheStreamEmpty) {
+TEST_F(SimulatedStillTest, TheErrorOutcomeLeavesTheStreamEmpty) {
     start(cameraScenario(R"({"capture": {"outcome": "error"}})"));
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto pending = takeStill(open(), stream); // the call itself succeeds
@@ -168,7 +168,7 @@ TEST_F(SimulatedStill, TheErrorOutcomeLeavesTheStreamEmpty) {
     EXPECT_EQ(stream->Size(), 0U);
 }
 
-TEST_F(SimulatedStill, TheNeverOutcomeNeverEndsAndTheNextStillDoes) {
+TEST_F(SimulatedStillTest, TheNeverOutcomeNeverEndsAndTheNextStillDoes) {
     start(cameraScenario(R"({"capture": {"outcome": "never"}})"));
     const MediaCapture capture = open();
     const auto pending = takeStill(capture, std::make_shared<InMemoryRandomAccessStream>());
@@ -180,7 +180,7 @@ TEST_F(SimulatedStill, TheNeverOutcomeNeverEndsAndTheNextStillDoes) {
     EXPECT_EQ(pending.Status(), AsyncStatus::Started);
 }
 
-TEST_F(SimulatedStill, TwoStillsOfTheChartDifferInTheirCaptionAlone) {
+TEST_F(SimulatedStillTest, TwoStillsOfTheChartDifferInTheirCaptionAlone) {
     start(R"({"groups": [{"id": "G", "sources": [{"id": "S", "device": {"id": "D", "name": "Cam"},
         "formats": [{"width": 320, "height": 240}]}]}]})");
     const MediaCapture capture = open();
@@ -191,12 +191,12 @@ TEST_F(SimulatedStill, TwoStillsOfTheChartDifferInTheirCaptionAlone) {
     EXPECT_NE(first.pixels, second.pixels); // the frame's number
 }
 
-TEST_F(SimulatedStill, AStillOfACameraWithoutFormatsEndsWithAnError) {
+TEST_F(SimulatedStillTest, AStillOfACameraWithoutFormatsEndsWithAnError) {
     start(R"({"groups": [{"id": "G", "sources": [{"id": "S", "device": {"id": "D"}}]}]})");
     EXPECT_TRUE(outcomeOf([&] { still(open()); }).raised);
 }
 
-TEST_F(SimulatedStill, ASizeBeyondAllCamerasEndsWithAnError) {
+TEST_F(SimulatedStillTest, ASizeBeyondAllCamerasEndsWithAnError) {
     for (const std::string side : {"4294967295", "32767"}) {
         start(R"({"groups": [{"id": "G", "sources": [{"id": "S", "device": {"id": "D"},
             "formats": [{"width": )" +
@@ -205,7 +205,7 @@ TEST_F(SimulatedStill, ASizeBeyondAllCamerasEndsWithAnError) {
     }
 }
 
-TEST_F(SimulatedStill, TheCameraIsThatOfTheSourceWhoseFormatWasSet) {
+TEST_F(SimulatedStillTest, TheCameraIsThatOfTheSourceWhoseFormatWasSet) {
     start(R"({"groups": [{"id": "G", "sources": [
         {"id": "A", "kind": "Infrared", "device": {"id": "DA"}, "formats": [{"width": 8, "height": 8}]},
         {"id": "B", "device": {"id": "DB"}, "formats": [{"width": 8, "height": 8}]},

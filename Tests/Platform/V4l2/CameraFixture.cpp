@@ -28,7 +28,7 @@ FrameClock::~FrameClock() {
 }
 
 CameraFixture::CameraFixture() : platform(createV4l2Platform(driver, lister, limits)) {
-    driver->plug(Path, usbCamera());
+    driver->plug(videoPath, usbCamera());
     lister->add(usbNode(0));
 }
 
@@ -41,8 +41,8 @@ CameraFixture::~CameraFixture() {
 }
 
 void CameraFixture::plug(FakeDevice device) {
-    driver->unplug(Path);
-    driver->plug(Path, std::move(device));
+    driver->unplug(videoPath);
+    driver->plug(videoPath, std::move(device));
 }
 
 MediaFrameSourceGroup CameraFixture::group() { return blockingWait(platform->FindAllAsync()).GetAt(0); }

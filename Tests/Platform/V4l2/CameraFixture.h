@@ -38,7 +38,7 @@ private:
 /// The platform on the fake driver, with one camera plugged in; limits are short.
 class CameraFixture : public testing::Test {
 protected:
-    static constexpr const char* Path = "/dev/video0";
+    static constexpr const char* videoPath = "/dev/video0";
 
     CameraFixture();
     /// Checks that nothing is left open or mapped.

@@ -11,14 +11,14 @@
 namespace Platform::V4l2 {
 namespace {
 
-class V4l2MediaCaptureTest : public CameraFixture {};
+class CaptureTest : public CameraFixture {};
 
 // The list of usbCamera: preferred formats last.
-constexpr std::uint32_t Mjpeg = 0;
-constexpr std::uint32_t SmallAt30 = 1;
-constexpr std::uint32_t Large = 3;
+constexpr std::uint32_t mjpeg = 0;
+constexpr std::uint32_t smallAt30 = 1;
+constexpr std::uint32_t largeFormat = 3;
 
-TEST_F(V4l2MediaCaptureTest, ProfileAndSupportedFormatsAreTheSameList) {
+TEST_F(CaptureTest, ProfileAndSupportedFormatsAreTheSameList) {
     const auto info = group()->SourceInfos().GetAt(0);
     const auto profile = info->asMediaFrameSourceInfo2()->VideoProfileMediaDescription();
     const auto capture = open();
@@ -32,38 +32,38 @@ TEST_F(V4l2MediaCaptureTest, ProfileAndSupportedFormatsAreTheSameList) {
         EXPECT_EQ(formats.GetAt(i).FrameRate, profile.GetAt(i).FrameRate);
         EXPECT_EQ(formats.GetAt(i).Subtype, profile.GetAt(i).Subtype);
     }
-    EXPECT_EQ(profile.GetAt(Mjpeg).Subtype, u"MJPG");
-    EXPECT_EQ(profile.GetAt(SmallAt30).Subtype, u"YUYV");
-    EXPECT_EQ(profile.GetAt(SmallAt30).FrameRate, 30.0);
-    EXPECT_EQ(profile.GetAt(Large).Width, 32u);
-    EXPECT_EQ(profile.GetAt(Large).FrameRate, 10.0);
+    EXPECT_EQ(profile.GetAt(mjpeg).Subtype, u"MJPG");
+    EXPECT_EQ(profile.GetAt(smallAt30).Subtype, u"YUYV");
+    EXPECT_EQ(profile.GetAt(smallAt30).FrameRate, 30.0);
+    EXPECT_EQ(profile.GetAt(largeFormat).Width, 32u);
+    EXPECT_EQ(profile.GetAt(largeFormat).FrameRate, 10.0);
 }
 
-TEST_F(V4l2MediaCaptureTest, StillsHaveTheSizeOfTheFormatThatWasSet) {
+TEST_F(CaptureTest, StillsHaveTheSizeOfTheFormatThatWasSet) {
     const auto capture = open();
-    setFormat(capture, Large);
-    EXPECT_EQ(driver->interval(Path).denominator, 10u);
+    setFormat(capture, largeFormat);
+    EXPECT_EQ(driver->interval(videoPath).denominator, 10u);
     const auto reader = startReader(capture);
-    const FrameClock clock(*driver, Path);
+    const FrameClock clock(*driver, videoPath);
     const auto png = still(capture);
     ASSERT_TRUE(png);
     const auto size = Imaging::decodeImageSize(*png);
     EXPECT_EQ(size.width, 32u);
     EXPECT_EQ(size.height, 16u);
-    setFormat(capture, SmallAt30); // while the stream runs
+    setFormat(capture, smallAt30); // while the stream runs
     EXPECT_EQ(Imaging::decodeImageSize(still(capture).value()).width, 16u);
 }
 
-TEST_F(V4l2MediaCaptureTest, AStillWithoutAReaderRunsTheStreamForItselfAlone) {
+TEST_F(CaptureTest, AStillWithoutAReaderRunsTheStreamForItselfAlone) {
     const auto capture = open();
-    setFormat(capture, SmallAt30);
-    const FrameClock clock(*driver, Path);
+    setFormat(capture, smallAt30);
+    const FrameClock clock(*driver, videoPath);
     ASSERT_TRUE(still(capture));
-    EXPECT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
+    EXPECT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath); }));
     EXPECT_EQ(driver->mappings(), 0u);
 }
 
-TEST_F(V4l2MediaCaptureTest, TheStreamStateFollowsTheReader) {
+TEST_F(CaptureTest, TheStreamStateFollowsTheReader) {
     const auto capture = open();
     EXPECT_EQ(capture->CameraStreamState(), CameraStreamState::NotStreaming);
     const auto reader = startReader(capture);
@@ -72,18 +72,18 @@ TEST_F(V4l2MediaCaptureTest, TheStreamStateFollowsTheReader) {
     blockingWait(reader->StartAsync()); // again: no effect
     blockingWait(reader->StopAsync());
     EXPECT_EQ(capture->CameraStreamState(), CameraStreamState::NotStreaming);
-    EXPECT_FALSE(driver->isStreaming(Path));
-    EXPECT_EQ(driver->buffers(Path), 0u);
+    EXPECT_FALSE(driver->isStreaming(videoPath));
+    EXPECT_EQ(driver->buffers(videoPath), 0u);
     blockingWait(reader->StopAsync());
 }
 
-TEST_F(V4l2MediaCaptureTest, ReleasingTheReaderStopsTheStream) {
+TEST_F(CaptureTest, ReleasingTheReaderStopsTheStream) {
     const auto capture = open();
     startReader(capture);
-    EXPECT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
+    EXPECT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath); }));
 }
 
-TEST_F(V4l2MediaCaptureTest, ANewCaptureRaisesOnEveryUse) {
+TEST_F(CaptureTest, ANewCaptureRaisesOnEveryUse) {
     const auto capture = platform->CreateMediaCapture();
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto text = [](const std::string& operation) {
@@ -98,7 +98,7 @@ TEST_F(V4l2MediaCaptureTest, ANewCaptureRaisesOnEveryUse) {
     capture->Close();
 }
 
-TEST_F(V4l2MediaCaptureTest, AClosedCaptureRaisesOnEveryUseButClose) {
+TEST_F(CaptureTest, AClosedCaptureRaisesOnEveryUseButClose) {
     const auto capture = open();
     const auto source = sourceOf(capture);
     const auto format = source->SupportedFormats().GetAt(0);
@@ -124,7 +124,7 @@ TEST_F(V4l2MediaCaptureTest, AClosedCaptureRaisesOnEveryUseButClose) {
     capture->Close();
 }
 
-TEST_F(V4l2MediaCaptureTest, InitializeFailsTheSecondTimeAndForNoGroup) {
+TEST_F(CaptureTest, InitializeFailsTheSecondTimeAndForNoGroup) {
     const auto capture = open();
     EXPECT_EQ(raisedBy([&] { blockingWait(capture->InitializeAsync({group()})); }),
               "8000000E MediaCapture.InitializeAsync on /dev/video0: the capture has been initialised already");
@@ -132,13 +132,13 @@ TEST_F(V4l2MediaCaptureTest, InitializeFailsTheSecondTimeAndForNoGroup) {
               "80070057 MediaCapture.InitializeAsync on a camera: the source group is none of this platform");
 }
 
-TEST_F(V4l2MediaCaptureTest, AReaderOfNoSourceFails) {
+TEST_F(CaptureTest, AReaderOfNoSourceFails) {
     const auto capture = open();
     EXPECT_EQ(raisedBy([&] { blockingWait(capture->CreateFrameReaderAsync(nullptr)); }),
               "80070057 MediaCapture.CreateFrameReaderAsync on a camera: the source is none of this capture");
 }
 
-TEST_F(V4l2MediaCaptureTest, StillsAreOnlyWrittenAsPngIntoAStream) {
+TEST_F(CaptureTest, StillsAreOnlyWrittenAsPngIntoAStream) {
     const auto capture = open();
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     EXPECT_EQ(raisedBy([&] { capture->CapturePhotoToStreamAsync({u"JPEG"}, stream); }).substr(0, 9), "80070057 ");
@@ -148,23 +148,23 @@ TEST_F(V4l2MediaCaptureTest, StillsAreOnlyWrittenAsPngIntoAStream) {
               "80070057 ");
 }
 
-TEST_F(V4l2MediaCaptureTest, AFormatThatIsNotThereIsRefused) {
+TEST_F(CaptureTest, AFormatThatIsNotThereIsRefused) {
     const auto capture = open();
     EXPECT_EQ(raisedBy([&] { blockingWait(sourceOf(capture)->SetFormatAsync({77, 1, 1, 1.0, u""})); }),
               "80070057 VIDIOC_S_FMT on /dev/video0: the camera has no format 77");
 }
 
-TEST_F(V4l2MediaCaptureTest, AFormatThatTheDriverReplacesIsAnError) {
+TEST_F(CaptureTest, AFormatThatTheDriverReplacesIsAnError) {
     FakeDevice device = usbCamera();
     device.substitutedFormat[V4L2_PIX_FMT_MJPEG] = V4L2_PIX_FMT_YUYV;
     plug(device);
     const auto capture = open();
-    EXPECT_EQ(raisedBy([&] { setFormat(capture, Mjpeg); }),
+    EXPECT_EQ(raisedBy([&] { setFormat(capture, mjpeg); }),
               "80004005 VIDIOC_S_FMT on /dev/video0: the camera has set YUYV 32x16 instead of MJPG 32x16");
 }
 
-TEST_F(V4l2MediaCaptureTest, ACameraInUseByAnotherProgramSaysSo) {
-    const int other = driver->open(Path, 0);
+TEST_F(CaptureTest, ACameraInUseByAnotherProgramSaysSo) {
+    const int other = driver->open(videoPath, 0);
     v4l2_requestbuffers request{};
     request.count = 1;
     request.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
@@ -181,7 +181,7 @@ TEST_F(V4l2MediaCaptureTest, ACameraInUseByAnotherProgramSaysSo) {
     startReader(capture);
 }
 
-TEST_F(V4l2MediaCaptureTest, AnotherCameraUnderTheSameNumberIsNotOpened) {
+TEST_F(CaptureTest, AnotherCameraUnderTheSameNumberIsNotOpened) {
     const auto known = group();
     FakeDevice other = usbCamera();
     other.card = "Another Camera";
@@ -190,7 +190,7 @@ TEST_F(V4l2MediaCaptureTest, AnotherCameraUnderTheSameNumberIsNotOpened) {
               "80070002 open on /dev/video0: No such device (the camera has been unplugged)");
 }
 
-TEST_F(V4l2MediaCaptureTest, ACameraWhoseNamesFillTheirFieldsIsOpened) {
+TEST_F(CaptureTest, ACameraWhoseNamesFillTheirFieldsIsOpened) {
     FakeDevice device = usbCamera();
     device.card = std::string(sizeof v4l2_capability{}.card, 'c');
     device.bus = "usb-" + std::string(sizeof v4l2_capability{}.bus_info - 4, 'b');
@@ -198,9 +198,9 @@ TEST_F(V4l2MediaCaptureTest, ACameraWhoseNamesFillTheirFieldsIsOpened) {
     EXPECT_EQ(raisedBy([this] { open(); }), "nothing raised");
 }
 
-TEST_F(V4l2MediaCaptureTest, DamagedShortAndMarkedFramesAreSkipped) {
+TEST_F(CaptureTest, DamagedShortAndMarkedFramesAreSkipped) {
     const auto capture = open();
-    setFormat(capture, SmallAt30);
+    setFormat(capture, smallAt30);
     const auto reader = startReader(capture);
     const FakeFrame marked{{}, V4L2_BUF_FLAG_ERROR, true, false, 0};
     const FakeFrame shortened{std::vector<std::uint8_t>(16 * 8 * 2 - 1, 128), 0, true, false, 0};
@@ -208,25 +208,25 @@ TEST_F(V4l2MediaCaptureTest, DamagedShortAndMarkedFramesAreSkipped) {
     const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
     for (int i = 0; i < 20; ++i)
         for (const FakeFrame& frame : {marked, shortened}) {
-            driver->deliver(Path, frame);
+            driver->deliver(videoPath, frame);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     EXPECT_EQ(action.Status(), AsyncStatus::Started);
-    const FrameClock clock(*driver, Path);
+    const FrameClock clock(*driver, videoPath);
     blockingWait(action);
     EXPECT_GT(stream->Size(), 0u);
 }
 
-TEST_F(V4l2MediaCaptureTest, AJpegThatDoesNotDecodeIsFollowedByTheNextFrame) {
+TEST_F(CaptureTest, AJpegThatDoesNotDecodeIsFollowedByTheNextFrame) {
     const auto capture = open();
-    setFormat(capture, Mjpeg);
+    setFormat(capture, mjpeg);
     const auto reader = startReader(capture);
     const std::vector<std::uint8_t> damaged(100, 0xFF);
     const auto whole = Imaging::writeJpeg(Imaging::smoothPicture(32, 16), TJSAMP_444);
     // One frame at a time, taken before the next one is delivered.
     const auto deliver = [&](const std::vector<std::uint8_t>& bytes) {
         const unsigned read = driver->calls(VIDIOC_DQBUF);
-        driver->deliver(Path, {bytes, 0, true, false, 0});
+        driver->deliver(videoPath, {bytes, 0, true, false, 0});
         return comesTrue([&] { return driver->calls(VIDIOC_DQBUF) > read; });
     };
     const FreshnessRule rule = freshnessRuleFor("usb-");
@@ -246,7 +246,7 @@ TEST_F(V4l2MediaCaptureTest, AJpegThatDoesNotDecodeIsFollowedByTheNextFrame) {
     EXPECT_GT(stream->Size(), 0u);
 }
 
-TEST_F(V4l2MediaCaptureTest, AStillFailsInTheEndOnACameraThatDeliversNothing) {
+TEST_F(CaptureTest, AStillFailsInTheEndOnACameraThatDeliversNothing) {
     const auto capture = open();
     const auto reader = startReader(capture);
     const auto begin = std::chrono::steady_clock::now();
@@ -255,11 +255,11 @@ TEST_F(V4l2MediaCaptureTest, AStillFailsInTheEndOnACameraThatDeliversNothing) {
     EXPECT_GE(std::chrono::steady_clock::now() - begin, limits.still);
 }
 
-TEST_F(V4l2MediaCaptureTest, TwoStillsAtOnceComeBoth) {
+TEST_F(CaptureTest, TwoStillsAtOnceComeBoth) {
     const auto capture = open();
-    setFormat(capture, SmallAt30);
+    setFormat(capture, smallAt30);
     const auto reader = startReader(capture);
-    const FrameClock clock(*driver, Path);
+    const FrameClock clock(*driver, videoPath);
     std::optional<std::vector<std::uint8_t>> other;
     std::thread second([&] { other = still(capture); });
     EXPECT_TRUE(still(capture));
@@ -267,18 +267,18 @@ TEST_F(V4l2MediaCaptureTest, TwoStillsAtOnceComeBoth) {
     EXPECT_TRUE(other);
 }
 
-TEST_F(V4l2MediaCaptureTest, CallsThatASignalInterruptsAreRepeated) {
-    driver->failOn(OpenCall, EINTR, 0, 2);
+TEST_F(CaptureTest, CallsThatASignalInterruptsAreRepeated) {
+    driver->failOn(openCall, EINTR, 0, 2);
     for (const unsigned long request : {VIDIOC_QUERYCAP, VIDIOC_S_FMT, VIDIOC_REQBUFS, VIDIOC_STREAMON, VIDIOC_DQBUF})
         driver->failOn(request, EINTR, 0, 2);
     const auto capture = open();
-    setFormat(capture, SmallAt30);
+    setFormat(capture, smallAt30);
     const auto reader = startReader(capture);
-    const FrameClock clock(*driver, Path);
+    const FrameClock clock(*driver, videoPath);
     EXPECT_TRUE(still(capture));
 }
 
-TEST_F(V4l2MediaCaptureTest, BothPlanarInterfacesGiveTheSamePicture) {
+TEST_F(CaptureTest, BothPlanarInterfacesGiveTheSamePicture) {
     for (const std::uint32_t code : {V4L2_PIX_FMT_NV12, V4L2_PIX_FMT_NV12M}) {
         FakeDevice device = usbCamera();
         device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
@@ -291,14 +291,14 @@ TEST_F(V4l2MediaCaptureTest, BothPlanarInterfacesGiveTheSamePicture) {
         const auto capture = open();
         setFormat(capture, 0);
         const auto reader = startReader(capture);
-        const FrameClock clock(*driver, Path);
+        const FrameClock clock(*driver, videoPath);
         const auto png = still(capture);
         ASSERT_TRUE(png);
         EXPECT_NEAR(brightness(*png), (lumaOfExposure(250) - 16) * 255 / 219, 2);
     }
 }
 
-TEST_F(V4l2MediaCaptureTest, WhatABrokenDriverTellsOfItsBuffersIsNotBelieved) {
+TEST_F(CaptureTest, WhatABrokenDriverTellsOfItsBuffersIsNotBelieved) {
     limits.still = std::chrono::milliseconds(300);
     platform = createV4l2Platform(driver, lister, limits);
     const std::string unfit = "800705B4 still on /dev/video0: the camera has not delivered a picture that is fit";
@@ -315,12 +315,12 @@ TEST_F(V4l2MediaCaptureTest, WhatABrokenDriverTellsOfItsBuffersIsNotBelieved) {
         const auto capture = open();
         setFormat(capture, 0);
         const auto reader = startReader(capture);
-        const FrameClock clock(*driver, Path);
+        const FrameClock clock(*driver, videoPath);
         EXPECT_EQ(raisedBy([&] { still(capture); }), expected);
     }
 }
 
-TEST_F(V4l2MediaCaptureTest, TheOtherSourcesOfAGroupHaveStreamsOfTheirOwn) {
+TEST_F(CaptureTest, TheOtherSourcesOfAGroupHaveStreamsOfTheirOwn) {
     FakeDevice infrared = usbCamera();
     infrared.formats = {{V4L2_PIX_FMT_GREY, {{16, 8, {{1, 30}}}}}};
     VideoNode node = usbNode(0);
@@ -339,7 +339,7 @@ TEST_F(V4l2MediaCaptureTest, TheOtherSourcesOfAGroupHaveStreamsOfTheirOwn) {
     const auto reader = blockingWait(capture->CreateFrameReaderAsync(second));
     blockingWait(reader->StartAsync());
     EXPECT_TRUE(driver->isStreaming("/dev/video1"));
-    EXPECT_FALSE(driver->isStreaming(Path));
+    EXPECT_FALSE(driver->isStreaming(videoPath));
     capture->Close();
     EXPECT_TRUE(nothingIsLeft());
 }

@@ -11,7 +11,7 @@ namespace {
 
 using Writes = std::vector<std::pair<std::uint32_t, std::int32_t>>;
 
-class V4l2ControlsTest : public CameraFixture {
+class ControlsTest : public CameraFixture {
 protected:
     VideoDeviceController controllerOf(FakeDevice device) {
         plug(std::move(device));
@@ -36,7 +36,7 @@ double valueOf(const MediaDeviceControl& control) {
     return value;
 }
 
-TEST_F(V4l2ControlsTest, CapabilitiesTellWhatTheCameraHas) {
+TEST_F(ControlsTest, CapabilitiesTellWhatTheCameraHas) {
     const auto all = controller();
     const auto exposure = all->Exposure()->Capabilities();
     EXPECT_TRUE(exposure.Supported);
@@ -55,7 +55,7 @@ TEST_F(V4l2ControlsTest, CapabilitiesTellWhatTheCameraHas) {
     EXPECT_EQ(all->Contrast()->Capabilities().Max, 95.0);
 }
 
-TEST_F(V4l2ControlsTest, ACameraWithoutControlsSaysSo) {
+TEST_F(ControlsTest, ACameraWithoutControlsSaysSo) {
     FakeDevice device = usbCamera();
     device.controls.clear();
     const auto all = controllerOf(device);
@@ -85,7 +85,7 @@ TEST_F(V4l2ControlsTest, ACameraWithoutControlsSaysSo) {
               "80004005 ExposureCompensationControl.Value on /dev/video0: the camera refuses");
 }
 
-TEST_F(V4l2ControlsTest, TheNewerExposureFocusAndWhiteBalanceAreNotThere) {
+TEST_F(ControlsTest, TheNewerExposureFocusAndWhiteBalanceAreNotThere) {
     const auto all = controller();
     EXPECT_FALSE(all->ExposureControl()->Supported());
     EXPECT_FALSE(all->FocusControl()->Supported());
@@ -99,38 +99,38 @@ TEST_F(V4l2ControlsTest, TheNewerExposureFocusAndWhiteBalanceAreNotThere) {
     EXPECT_EQ(raisedBy([&] { all->WhiteBalanceControl()->Preset(); }), "8000000E WhiteBalanceControl.Preset" + end);
 }
 
-TEST_F(V4l2ControlsTest, ExposureIsSetInStopsAndReadBack) {
+TEST_F(ControlsTest, ExposureIsSetInStopsAndReadBack) {
     const auto exposure = controller()->Exposure();
     ASSERT_TRUE(exposure->TrySetAuto(false));
     for (int stop = -11; stop <= -3; ++stop) {
         ASSERT_TRUE(exposure->TrySetValue(stop));
-        EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE_ABSOLUTE), std::lround(std::exp2(stop) * 10'000));
+        EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE_ABSOLUTE), std::lround(std::exp2(stop) * 10'000));
         EXPECT_EQ(std::round(valueOf(exposure)), stop);
     }
 }
 
-TEST_F(V4l2ControlsTest, ExposuresBeyondTheRangeGoToItsEnds) {
+TEST_F(ControlsTest, ExposuresBeyondTheRangeGoToItsEnds) {
     const auto exposure = controller()->Exposure();
     EXPECT_TRUE(exposure->TrySetValue(-100.0));
-    EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE_ABSOLUTE), 3);
+    EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE_ABSOLUTE), 3);
     EXPECT_TRUE(exposure->TrySetValue(100.0));
-    EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE_ABSOLUTE), 2047);
+    EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE_ABSOLUTE), 2047);
     EXPECT_TRUE(exposure->TrySetValue(-std::numeric_limits<double>::infinity()));
-    EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE_ABSOLUTE), 3);
+    EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE_ABSOLUTE), 3);
     EXPECT_FALSE(exposure->TrySetValue(std::numeric_limits<double>::quiet_NaN()));
-    EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE_ABSOLUTE), 3);
+    EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE_ABSOLUTE), 3);
 }
 
-TEST_F(V4l2ControlsTest, TheAutomaticIsTurnedOffInACallOfItsOwnBeforeAValueIsSet) {
+TEST_F(ControlsTest, TheAutomaticIsTurnedOffInACallOfItsOwnBeforeAValueIsSet) {
     const auto exposure = controller()->Exposure();
     ASSERT_TRUE(isAuto(exposure));
     EXPECT_TRUE(exposure->TrySetValue(-4.0));
-    EXPECT_EQ(driver->writes(Path),
+    EXPECT_EQ(driver->writes(videoPath),
               (Writes{{V4L2_CID_EXPOSURE_AUTO, V4L2_EXPOSURE_MANUAL}, {V4L2_CID_EXPOSURE_ABSOLUTE, 625}}));
     EXPECT_FALSE(isAuto(exposure));
 }
 
-TEST_F(V4l2ControlsTest, EachCameraHasItsOwnModes) {
+TEST_F(ControlsTest, EachCameraHasItsOwnModes) {
     struct Menu {
         std::map<std::int32_t, std::int64_t> entries;
         std::int32_t on;
@@ -146,15 +146,15 @@ TEST_F(V4l2ControlsTest, EachCameraHasItsOwnModes) {
         const auto exposure = controllerOf(device)->Exposure();
         EXPECT_TRUE(exposure->Capabilities().AutoModeSupported);
         EXPECT_TRUE(exposure->TrySetAuto(true));
-        EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE_AUTO), menu.on);
+        EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE_AUTO), menu.on);
         EXPECT_TRUE(isAuto(exposure));
         EXPECT_TRUE(exposure->TrySetAuto(false));
-        EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE_AUTO), menu.off);
+        EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE_AUTO), menu.off);
         EXPECT_FALSE(isAuto(exposure));
     }
 }
 
-TEST_F(V4l2ControlsTest, ACameraWithoutAManualModeCannotTurnTheAutomaticOff) {
+TEST_F(ControlsTest, ACameraWithoutAManualModeCannotTurnTheAutomaticOff) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_EXPOSURE_AUTO].menu = {{3, 0}};
     const auto exposure = controllerOf(device)->Exposure();
@@ -163,20 +163,20 @@ TEST_F(V4l2ControlsTest, ACameraWithoutAManualModeCannotTurnTheAutomaticOff) {
     EXPECT_FALSE(exposure->TrySetValue(-4.0));
 }
 
-TEST_F(V4l2ControlsTest, TurningTheAutomaticOffKeepsWhatItHasFound) {
+TEST_F(ControlsTest, TurningTheAutomaticOffKeepsWhatItHasFound) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_EXPOSURE_ABSOLUTE].value = 321; // the automatic's
     device.exposureAfterAuto = 1000;                         // the latest set by hand
     const auto exposure = controllerOf(device)->Exposure();
     EXPECT_TRUE(exposure->TrySetAuto(false));
-    EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE_ABSOLUTE), 321);
+    EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE_ABSOLUTE), 321);
 }
 
-TEST_F(V4l2ControlsTest, FocusAndWhiteBalanceAreFrozenInTheSameWay) {
+TEST_F(ControlsTest, FocusAndWhiteBalanceAreFrozenInTheSameWay) {
     const auto all = controller();
     EXPECT_TRUE(all->Focus()->TrySetAuto(false));
     EXPECT_TRUE(all->WhiteBalance()->TrySetAuto(false));
-    EXPECT_EQ(driver->writes(Path), (Writes{{V4L2_CID_FOCUS_AUTO, 0}, {V4L2_CID_AUTO_WHITE_BALANCE, 0}}));
+    EXPECT_EQ(driver->writes(videoPath), (Writes{{V4L2_CID_FOCUS_AUTO, 0}, {V4L2_CID_AUTO_WHITE_BALANCE, 0}}));
     EXPECT_TRUE(all->WhiteBalance()->TrySetValue(5003));
     EXPECT_EQ(valueOf(all->WhiteBalance()), 5000.0);
     EXPECT_TRUE(all->Focus()->TrySetValue(1e9));
@@ -185,13 +185,13 @@ TEST_F(V4l2ControlsTest, FocusAndWhiteBalanceAreFrozenInTheSameWay) {
     EXPECT_TRUE(isAuto(all->Focus()));
 }
 
-TEST_F(V4l2ControlsTest, AnAutomaticThatIsAsWantedIsLeftAlone) {
+TEST_F(ControlsTest, AnAutomaticThatIsAsWantedIsLeftAlone) {
     const auto exposure = controller()->Exposure();
     EXPECT_TRUE(exposure->TrySetAuto(true));
-    EXPECT_TRUE(driver->writes(Path).empty());
+    EXPECT_TRUE(driver->writes(videoPath).empty());
 }
 
-TEST_F(V4l2ControlsTest, BrightnessIsSetInItsOwnUnit) {
+TEST_F(ControlsTest, BrightnessIsSetInItsOwnUnit) {
     const auto brightness = controller()->Brightness();
     EXPECT_TRUE(brightness->TrySetAuto(false));
     EXPECT_FALSE(brightness->TrySetAuto(true));
@@ -201,7 +201,7 @@ TEST_F(V4l2ControlsTest, BrightnessIsSetInItsOwnUnit) {
     EXPECT_EQ(valueOf(brightness), 64.0);
 }
 
-TEST_F(V4l2ControlsTest, TheOldExposureControlIsTakenWhereOnlyThatExists) {
+TEST_F(ControlsTest, TheOldExposureControlIsTakenWhereOnlyThatExists) {
     FakeDevice device = usbCamera();
     device.controls.erase(V4L2_CID_EXPOSURE_ABSOLUTE);
     device.controls.erase(V4L2_CID_EXPOSURE_AUTO);
@@ -209,10 +209,10 @@ TEST_F(V4l2ControlsTest, TheOldExposureControlIsTakenWhereOnlyThatExists) {
     const auto exposure = controllerOf(device)->Exposure();
     EXPECT_EQ(exposure->Capabilities().Max, -1.0);
     EXPECT_TRUE(exposure->TrySetValue(-1.0));
-    EXPECT_EQ(driver->control(Path, V4L2_CID_EXPOSURE), 5000);
+    EXPECT_EQ(driver->control(videoPath, V4L2_CID_EXPOSURE), 5000);
 }
 
-TEST_F(V4l2ControlsTest, AnExposureThatOnlyTheCameraSetsHasNoStep) {
+TEST_F(ControlsTest, AnExposureThatOnlyTheCameraSetsHasNoStep) {
     FakeDevice device = usbCamera();
     device.controls.erase(V4L2_CID_EXPOSURE_ABSOLUTE);
     const auto capabilities = controllerOf(device)->Exposure()->Capabilities();
@@ -223,7 +223,7 @@ TEST_F(V4l2ControlsTest, AnExposureThatOnlyTheCameraSetsHasNoStep) {
     EXPECT_EQ(capabilities.Step, 0.0);
 }
 
-TEST_F(V4l2ControlsTest, AControlThatCanOnlyBeReadHasNoStep) {
+TEST_F(ControlsTest, AControlThatCanOnlyBeReadHasNoStep) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_CONTRAST].flags = V4L2_CTRL_FLAG_READ_ONLY;
     const auto contrast = controllerOf(device)->Contrast();
@@ -231,13 +231,13 @@ TEST_F(V4l2ControlsTest, AControlThatCanOnlyBeReadHasNoStep) {
     EXPECT_FALSE(contrast->TrySetValue(3.0));
 }
 
-TEST_F(V4l2ControlsTest, ADisabledControlIsNotThere) {
+TEST_F(ControlsTest, ADisabledControlIsNotThere) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_CONTRAST].flags = V4L2_CTRL_FLAG_DISABLED;
     EXPECT_FALSE(controllerOf(device)->Contrast()->Capabilities().Supported);
 }
 
-TEST_F(V4l2ControlsTest, EachRefusalIsAResultAndNoError) {
+TEST_F(ControlsTest, EachRefusalIsAResultAndNoError) {
     const auto exposure = controller()->Exposure();
     ASSERT_TRUE(exposure->TrySetAuto(false));
     double value = 0;
@@ -255,14 +255,14 @@ TEST_F(V4l2ControlsTest, EachRefusalIsAResultAndNoError) {
     EXPECT_TRUE(exposure->TrySetValue(-4.0));
 }
 
-TEST_F(V4l2ControlsTest, ACameraThatDoesNotAnswerIsAnError) {
+TEST_F(ControlsTest, ACameraThatDoesNotAnswerIsAnError) {
     const auto exposure = controller()->Exposure();
     driver->failOn(VIDIOC_S_CTRL, ETIMEDOUT);
     EXPECT_EQ(raisedBy([&] { exposure->TrySetValue(-4.0); }),
               "800705B4 VIDIOC_S_CTRL on /dev/video0: Connection timed out (the camera does not answer)");
 }
 
-TEST_F(V4l2ControlsTest, IsoSpeedsAreThoseOfTheMenu) {
+TEST_F(ControlsTest, IsoSpeedsAreThoseOfTheMenu) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_ISO_SENSITIVITY] = {
         V4L2_CTRL_TYPE_INTEGER_MENU, 0, 3, 1, 1, 0, {{0, 100'000}, {1, 200'000}, {2, 400'000}, {3, 800'000}}};
@@ -277,20 +277,20 @@ TEST_F(V4l2ControlsTest, IsoSpeedsAreThoseOfTheMenu) {
     blockingWait(iso->SetValueAsync(390));
     EXPECT_FALSE(iso->Auto());
     EXPECT_EQ(iso->Value(), 400u);
-    EXPECT_EQ(driver->writes(Path), (Writes{{V4L2_CID_ISO_SENSITIVITY_AUTO, 0}, {V4L2_CID_ISO_SENSITIVITY, 2}}));
+    EXPECT_EQ(driver->writes(videoPath), (Writes{{V4L2_CID_ISO_SENSITIVITY_AUTO, 0}, {V4L2_CID_ISO_SENSITIVITY, 2}}));
     driver->failOn(VIDIOC_S_CTRL, EIO);
     EXPECT_EQ(raisedBy([&] { blockingWait(iso->SetValueAsync(100)); }),
               "80004005 IsoSpeedControl.SetValueAsync on /dev/video0: the camera refuses");
 }
 
-TEST_F(V4l2ControlsTest, ASensitivityWithoutAMenuIsNotTaken) {
+TEST_F(ControlsTest, ASensitivityWithoutAMenuIsNotTaken) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_ISO_SENSITIVITY] = {V4L2_CTRL_TYPE_INTEGER, 0, std::numeric_limits<std::int32_t>::max()};
     EXPECT_FALSE(controllerOf(device)->IsoSpeedControl()->Supported());
     EXPECT_EQ(driver->calls(VIDIOC_QUERYMENU), 0u);
 }
 
-TEST_F(V4l2ControlsTest, AMenuWithoutEndIsCutOff) {
+TEST_F(ControlsTest, AMenuWithoutEndIsCutOff) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_ISO_SENSITIVITY] = {
         V4L2_CTRL_TYPE_INTEGER_MENU, 0, std::numeric_limits<std::int32_t>::max(), 1, 0, 0, {{0, 100'000}}};
@@ -298,7 +298,7 @@ TEST_F(V4l2ControlsTest, AMenuWithoutEndIsCutOff) {
     EXPECT_LE(driver->calls(VIDIOC_QUERYMENU), 1000u);
 }
 
-TEST_F(V4l2ControlsTest, TheExposureBiasIsInStops) {
+TEST_F(ControlsTest, TheExposureBiasIsInStops) {
     FakeDevice device = usbCamera();
     device.controls[V4L2_CID_AUTO_EXPOSURE_BIAS] = {V4L2_CTRL_TYPE_INTEGER_MENU,    0, 2, 1, 0, 0,
                                                     {{0, -1500}, {1, 0}, {2, 1500}}};

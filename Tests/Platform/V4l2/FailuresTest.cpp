@@ -14,7 +14,7 @@ namespace {
 using std::chrono::milliseconds;
 
 /// The road of one capture, as the hub goes it. Raises what the platform raises.
-class V4l2FailuresTest : public CameraFixture {
+class FailuresTest : public CameraFixture {
 protected:
     /// False where the still has not come in time.
     bool captureOnce(milliseconds limit = milliseconds(400)) {
@@ -40,7 +40,7 @@ protected:
     }
 };
 
-TEST(V4l2DeviceErrors, NameOperationDeviceReasonAndMeaning) {
+TEST(DeviceErrorsTest, NameOperationDeviceReasonAndMeaning) {
     const auto text = [](int error, const char* operation = "VIDIOC_S_FMT") {
         return raisedBy([&] { throw deviceError(operation, "/dev/video3", error); });
     };
@@ -70,12 +70,12 @@ struct FailingCall {
 
 std::ostream& operator<<(std::ostream& stream, const FailingCall& call) { return stream << call.name; }
 
-class V4l2FailingCalls : public V4l2FailuresTest, public testing::WithParamInterface<FailingCall> {};
+class FailingCallsTest : public V4l2FailuresTest, public testing::WithParamInterface<FailingCall> {};
 
 /// Every error at every call: the capture succeeds in spite of it, or ends with an error that names it, or its still
 /// does not come; and nothing is left open (see the fixture).
-TEST_P(V4l2FailingCalls, EndInAnErrorThatNamesThemAndLeaveNothingBehind) {
-    const FrameClock clock(*driver, Path);
+TEST_P(FailingCallsTest, EndInAnErrorThatNamesThemAndLeaveNothingBehind) {
+    const FrameClock clock(*driver, videoPath);
     for (const int error : {EACCES, EAGAIN, EBUSY, EFAULT, EINVAL, EIO, EMFILE, ENODEV, ENOMEM, ENOSPC, ENOTTY, EPERM,
                             EPIPE, EPROTO, ERANGE, ESHUTDOWN, ETIMEDOUT}) {
         for (unsigned after = 0; after < 3; ++after) {
@@ -111,9 +111,9 @@ TEST_P(V4l2FailingCalls, EndInAnErrorThatNamesThemAndLeaveNothingBehind) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    EachCall, V4l2FailingCalls,
+    EachCall, FailingCallsTest,
     testing::Values(
-        FailingCall{"open", OpenCall, true}, FailingCall{"mmap", MapCall, true},
+        FailingCall{"open", openCall, true}, FailingCall{"mmap", mapCall, true},
         FailingCall{"VIDIOC_QUERYCAP", VIDIOC_QUERYCAP, true}, FailingCall{"VIDIOC_ENUM_FMT", VIDIOC_ENUM_FMT, true},
         FailingCall{"VIDIOC_ENUM_FRAMESIZES", VIDIOC_ENUM_FRAMESIZES, true},
         FailingCall{"VIDIOC_ENUM_FRAMEINTERVALS", VIDIOC_ENUM_FRAMEINTERVALS, true},
@@ -127,8 +127,8 @@ INSTANTIATE_TEST_SUITE_P(
         FailingCall{"VIDIOC_S_CTRL", VIDIOC_S_CTRL, true}),
     [](const auto& item) { return item.param.name; });
 
-TEST_F(V4l2FailuresTest, PullingTheCameraOutAtAnyCallEndsWellAndLeavesNothing) {
-    const FrameClock clock(*driver, Path);
+TEST_F(FailuresTest, PullingTheCameraOutAtAnyCallEndsWellAndLeavesNothing) {
+    const FrameClock clock(*driver, videoPath);
     ASSERT_TRUE(captureOnce(milliseconds(5000)));
     const unsigned calls = driver->allCalls();
     ASSERT_GT(calls, 50u);
@@ -138,7 +138,7 @@ TEST_F(V4l2FailuresTest, PullingTheCameraOutAtAnyCallEndsWellAndLeavesNothing) {
         VideoNode node = usbNode(0);
         node.usb->session = std::to_string(call);
         lister->replace(node);
-        driver->unplugAtCall(Path, call);
+        driver->unplugAtCall(videoPath, call);
         const std::string text = raisedBy([&] { captureOnce(milliseconds(30)); });
         if (text != "nothing raised") {
             EXPECT_EQ(text.substr(0, 9), "80070002 ") << text;
@@ -150,7 +150,7 @@ TEST_F(V4l2FailuresTest, PullingTheCameraOutAtAnyCallEndsWellAndLeavesNothing) {
     EXPECT_GT(reported, 20);
 }
 
-TEST_F(V4l2FailuresTest, ACameraThatIsGoneLetsGoAtOnceAndRaisesOnEveryUseButStopAndClose) {
+TEST_F(FailuresTest, ACameraThatIsGoneLetsGoAtOnceAndRaisesOnEveryUseButStopAndClose) {
     const auto capture = open();
     setFormat(capture, 1);
     const auto source = sourceOf(capture);
@@ -158,7 +158,7 @@ TEST_F(V4l2FailuresTest, ACameraThatIsGoneLetsGoAtOnceAndRaisesOnEveryUseButStop
     const auto reader = startReader(capture);
     const auto control = capture->VideoDeviceController()->Exposure();
     const auto newer = capture->VideoDeviceController()->IsoSpeedControl();
-    driver->unplug(Path);
+    driver->unplug(videoPath);
     // Nobody calls anything: the stream alone finds it out.
     EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
@@ -182,20 +182,20 @@ TEST_F(V4l2FailuresTest, ACameraThatIsGoneLetsGoAtOnceAndRaisesOnEveryUseButStop
     capture->Close();
 }
 
-TEST_F(V4l2FailuresTest, AnIdleCameraThatIsGoneRaisesAtTheNextUse) {
+TEST_F(FailuresTest, AnIdleCameraThatIsGoneRaisesAtTheNextUse) {
     const auto capture = open();
-    driver->unplug(Path);
+    driver->unplug(videoPath);
     EXPECT_EQ(raisedBy([&] { capture->FrameSources(); }),
               "80070002 VIDIOC_QUERYCAP on /dev/video0: No such device (the camera has been unplugged)");
     EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
 }
 
-TEST_F(V4l2FailuresTest, AStillUnderWayNeverEndsOnACameraThatGoes) {
+TEST_F(FailuresTest, AStillUnderWayNeverEndsOnACameraThatGoes) {
     const auto capture = open();
     const auto reader = startReader(capture);
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
-    driver->unplug(Path);
+    driver->unplug(videoPath);
     EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
     blockingWait(reader->StopAsync());
     capture->Close();
@@ -203,18 +203,18 @@ TEST_F(V4l2FailuresTest, AStillUnderWayNeverEndsOnACameraThatGoes) {
     EXPECT_EQ(stream->Size(), 0u);
 }
 
-TEST_F(V4l2FailuresTest, ACameraThatGoesBetweenTwoAttemptsAtAStreamIsLetGoAtOnce) {
+TEST_F(FailuresTest, ACameraThatGoesBetweenTwoAttemptsAtAStreamIsLetGoAtOnce) {
     limits.restart = std::chrono::minutes(1);
     platform = createV4l2Platform(driver, lister, limits);
     const auto capture = open();
     const auto reader = startReader(capture);
-    ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0})); // as the endpoint goes first
-    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
-    driver->unplug(Path);
+    ASSERT_TRUE(driver->deliver(videoPath, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0})); // as the endpoint goes first
+    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath); }));
+    driver->unplug(videoPath);
     EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
 }
 
-TEST_F(V4l2FailuresTest, ADriverThatComplainsBetweenTwoAttemptsAtAStreamIsHeardOnce) {
+TEST_F(FailuresTest, ADriverThatComplainsBetweenTwoAttemptsAtAStreamIsHeardOnce) {
     FakeDevice device = usbCamera();
     device.complainsWithoutStream = true;
     plug(device);
@@ -222,14 +222,14 @@ TEST_F(V4l2FailuresTest, ADriverThatComplainsBetweenTwoAttemptsAtAStreamIsHeardO
     platform = createV4l2Platform(driver, lister, limits);
     const auto capture = open();
     const auto reader = startReader(capture);
-    ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
-    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
-    const unsigned polls = driver->calls(PollCall);
+    ASSERT_TRUE(driver->deliver(videoPath, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
+    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath); }));
+    const unsigned polls = driver->calls(pollCall);
     std::this_thread::sleep_for(milliseconds(100)); // for it to complain
-    EXPECT_LE(driver->calls(PollCall), polls + 2);
+    EXPECT_LE(driver->calls(pollCall), polls + 2);
 }
 
-TEST_F(V4l2FailuresTest, AStillThatNeverEndsMayOwnTheCamera) {
+TEST_F(FailuresTest, AStillThatNeverEndsMayOwnTheCamera) {
     auto capture = open();
     auto reader = startReader(capture);
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
@@ -238,12 +238,12 @@ TEST_F(V4l2FailuresTest, AStillThatNeverEndsMayOwnTheCamera) {
     capture = nullptr;
     reader = nullptr;
     const auto begin = std::chrono::steady_clock::now();
-    driver->unplug(Path);
+    driver->unplug(videoPath);
     EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, limits.answer / 2);
 }
 
-TEST_F(V4l2FailuresTest, AStillUnderWayFailsWhenTheCaptureIsClosed) {
+TEST_F(FailuresTest, AStillUnderWayFailsWhenTheCaptureIsClosed) {
     const auto capture = open();
     const auto reader = startReader(capture);
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
@@ -252,11 +252,11 @@ TEST_F(V4l2FailuresTest, AStillUnderWayFailsWhenTheCaptureIsClosed) {
     EXPECT_EQ(raisedBy([&] { blockingWait(action); }), "80000013 still on /dev/video0: the capture is closed");
 }
 
-TEST_F(V4l2FailuresTest, ACameraThatComesBackUnderAnotherNumberHasItsId) {
+TEST_F(FailuresTest, ACameraThatComesBackUnderAnotherNumberHasItsId) {
     const auto id = group()->Id();
     const auto capture = open();
     const auto reader = startReader(capture);
-    driver->unplug(Path);
+    driver->unplug(videoPath);
     lister->remove(usbNode(0).systemPath);
     VideoNode back = usbNode(0);
     back.devicePath = "/dev/video7";
@@ -271,7 +271,7 @@ TEST_F(V4l2FailuresTest, ACameraThatComesBackUnderAnotherNumberHasItsId) {
     EXPECT_TRUE(still(again));
 }
 
-TEST_F(V4l2FailuresTest, ADriverThatNeverAnswersCostsALimitedTime) {
+TEST_F(FailuresTest, ADriverThatNeverAnswersCostsALimitedTime) {
     const auto capture = open();
     const auto reader = startReader(capture);
     const auto exposure = capture->VideoDeviceController()->Exposure();
@@ -291,7 +291,7 @@ TEST_F(V4l2FailuresTest, ADriverThatNeverAnswersCostsALimitedTime) {
     EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }));
 }
 
-TEST_F(V4l2FailuresTest, ADriverThatAnswersLateIsUsedAgain) {
+TEST_F(FailuresTest, ADriverThatAnswersLateIsUsedAgain) {
     const auto capture = open();
     const auto exposure = capture->VideoDeviceController()->Exposure();
     driver->blockOn(VIDIOC_S_CTRL);
@@ -301,15 +301,15 @@ TEST_F(V4l2FailuresTest, ADriverThatAnswersLateIsUsedAgain) {
     EXPECT_TRUE(exposure->TrySetValue(-5.0));
 }
 
-TEST_F(V4l2FailuresTest, AnOpeningThatNeverEndsCostsALimitedTime) {
+TEST_F(FailuresTest, AnOpeningThatNeverEndsCostsALimitedTime) {
     const auto known = group();
     driver->blockOn(VIDIOC_QUERYCAP);
     EXPECT_EQ(raisedBy([&] { blockingWait(platform->CreateMediaCapture()->InitializeAsync({known})); }),
               "800705B4 open on /dev/video0: Connection timed out (the camera does not answer)");
 }
 
-TEST_F(V4l2FailuresTest, ManyOpeningsAndClosingsAtOnceLeaveNothing) {
-    const FrameClock clock(*driver, Path);
+TEST_F(FailuresTest, ManyOpeningsAndClosingsAtOnceLeaveNothing) {
+    const FrameClock clock(*driver, videoPath);
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([this] {
@@ -317,9 +317,9 @@ TEST_F(V4l2FailuresTest, ManyOpeningsAndClosingsAtOnceLeaveNothing) {
                 raisedBy([this] { captureOnce(milliseconds(50)); }); // most find it busy
         });
     for (int i = 0; i < 20; ++i) {
-        driver->unplug(Path);
+        driver->unplug(videoPath);
         std::this_thread::sleep_for(milliseconds(5));
-        driver->plug(Path, usbCamera());
+        driver->plug(videoPath, usbCamera());
         std::this_thread::sleep_for(milliseconds(10));
     }
     for (std::thread& thread : threads)

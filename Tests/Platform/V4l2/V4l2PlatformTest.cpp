@@ -58,12 +58,12 @@ TEST_F(V4l2PlatformTest, TheCapturesOutliveThePlatform) {
     setFormat(capture, 1);
     const auto reader = startReader(capture);
     platform.reset();
-    const FrameClock clock(*driver, Path);
+    const FrameClock clock(*driver, videoPath);
     EXPECT_TRUE(still(capture));
 }
 
 /// On the machine as it is, with whatever cameras it has.
-TEST(V4l2PlatformOnThisMachine, StartsAndReportsTheCamerasThatAreThere) {
+TEST(V4l2PlatformOnThisMachineTest, StartsAndReportsTheCamerasThatAreThere) {
     const auto platform = createV4l2Platform();
     const auto groups = blockingWait(platform->FindAllAsync());
     // The handlers may still be running when the test ends.

@@ -6,10 +6,10 @@
 namespace Platform::V4l2 {
 namespace {
 
-class V4l2DeviceWatcherTest : public CameraFixture {
+class WatcherTest : public CameraFixture {
 protected:
     /// Before the handlers' notes go.
-    ~V4l2DeviceWatcherTest() override {
+    ~WatcherTest() override {
         watcher.reset();
         platform.reset();
     }
@@ -44,47 +44,47 @@ protected:
     DeviceWatcher watcher;
 };
 
-constexpr const char* Id = "usb-Maker_Ltd_Model_5_1234-if00-video-index0";
+constexpr const char* cameraId = "usb-Maker_Ltd_Model_5_1234-if00-video-index0";
 
-TEST_F(V4l2DeviceWatcherTest, ReportsWhatIsThereAndThenThatThisWasAll) {
+TEST_F(WatcherTest, ReportsWhatIsThereAndThenThatThisWasAll) {
     start();
     ASSERT_TRUE(noteComes(2));
-    EXPECT_EQ(noted(), (std::vector<std::string>{std::string("added ") + Id, "complete"}));
+    EXPECT_EQ(noted(), (std::vector<std::string>{std::string("added ") + cameraId, "complete"}));
 }
 
-TEST_F(V4l2DeviceWatcherTest, ReportsComingAndGoing) {
+TEST_F(WatcherTest, ReportsComingAndGoing) {
     start();
     ASSERT_TRUE(noteComes(2));
     driver->plug("/dev/video1", usbCamera());
     lister->add(usbNode(1, "5678"));
     ASSERT_TRUE(noteComes(3));
     EXPECT_EQ(noted()[2], "added usb-Maker_Ltd_Model_5_5678-if00-video-index0");
-    driver->unplug(Path);
+    driver->unplug(videoPath);
     lister->remove(usbNode(0).systemPath);
     ASSERT_TRUE(noteComes(4));
-    EXPECT_EQ(noted()[3], std::string("removed ") + Id);
+    EXPECT_EQ(noted()[3], std::string("removed ") + cameraId);
 }
 
-TEST_F(V4l2DeviceWatcherTest, ACameraThatIsPulledAndPluggedAtOnceHasGoneAndCome) {
+TEST_F(WatcherTest, ACameraThatIsPulledAndPluggedAtOnceHasGoneAndCome) {
     start();
     ASSERT_TRUE(noteComes(2));
     VideoNode again = usbNode(0);
     again.usb->session = "1.99";
     lister->replace(again);
     ASSERT_TRUE(noteComes(4));
-    EXPECT_EQ(noted()[2], std::string("removed ") + Id);
-    EXPECT_EQ(noted()[3], std::string("added ") + Id);
+    EXPECT_EQ(noted()[2], std::string("removed ") + cameraId);
+    EXPECT_EQ(noted()[3], std::string("added ") + cameraId);
 }
 
-TEST_F(V4l2DeviceWatcherTest, ANodeThatIsBoundAnewUnchangedHasGoneAndCome) {
+TEST_F(WatcherTest, ANodeThatIsBoundAnewUnchangedHasGoneAndCome) {
     start();
     ASSERT_TRUE(noteComes(2));
     lister->replace(usbNode(0));
     ASSERT_TRUE(noteComes(4));
-    EXPECT_EQ(noted()[3], std::string("added ") + Id);
+    EXPECT_EQ(noted()[3], std::string("added ") + cameraId);
 }
 
-TEST_F(V4l2DeviceWatcherTest, NewsOfOtherDevicesReportNothing) {
+TEST_F(WatcherTest, NewsOfOtherDevicesReportNothing) {
     start();
     ASSERT_TRUE(noteComes(2));
     lister->touch();
@@ -94,12 +94,12 @@ TEST_F(V4l2DeviceWatcherTest, NewsOfOtherDevicesReportNothing) {
     EXPECT_EQ(noted().size(), 3u);
 }
 
-TEST_F(V4l2DeviceWatcherTest, ACameraWithoutPermissionIsReportedAndItsLookUpSaysWhy) {
-    driver->failOn(OpenCall, EACCES);
+TEST_F(WatcherTest, ACameraWithoutPermissionIsReportedAndItsLookUpSaysWhy) {
+    driver->failOn(openCall, EACCES);
     start();
     ASSERT_TRUE(noteComes(2));
-    EXPECT_EQ(noted()[0], std::string("added ") + Id);
-    const auto id = std::u16string(Id, Id + std::string(Id).size());
+    EXPECT_EQ(noted()[0], std::string("added ") + cameraId);
+    const auto id = std::u16string(cameraId, cameraId + std::string(cameraId).size());
     EXPECT_EQ(raisedBy([&] { blockingWait(platform->FromIdAsync(id)); }),
               "80070005 open on /dev/video0: Permission denied (the user that runs the hub must be in the group "
               "\"video\")");
@@ -107,11 +107,11 @@ TEST_F(V4l2DeviceWatcherTest, ACameraWithoutPermissionIsReportedAndItsLookUpSays
     driver->heal();
     lister->touch(); // udev has set the permissions
     ASSERT_TRUE(noteComes(4));
-    EXPECT_EQ(noted()[3], std::string("added ") + Id);
+    EXPECT_EQ(noted()[3], std::string("added ") + cameraId);
     EXPECT_EQ(blockingWait(platform->FromIdAsync(id))->Id(), id);
 }
 
-TEST_F(V4l2DeviceWatcherTest, CamerasStayWhileTheSystemCannotBeAskedAndItIsAskedAgain) {
+TEST_F(WatcherTest, CamerasStayWhileTheSystemCannotBeAskedAndItIsAskedAgain) {
     start();
     ASSERT_TRUE(noteComes(2));
     lister->refuseToList(EMFILE);
@@ -121,11 +121,11 @@ TEST_F(V4l2DeviceWatcherTest, CamerasStayWhileTheSystemCannotBeAskedAndItIsAsked
     EXPECT_EQ(noted().size(), 2u);
     lister->refuseToList(0);
     ASSERT_TRUE(noteComes(4));
-    EXPECT_EQ(noted()[2], std::string("removed ") + Id);
-    EXPECT_EQ(noted()[3], std::string("added ") + Id);
+    EXPECT_EQ(noted()[2], std::string("removed ") + cameraId);
+    EXPECT_EQ(noted()[3], std::string("added ") + cameraId);
 }
 
-TEST_F(V4l2DeviceWatcherTest, StartRaisesWhereListeningIsNotPossibleAndMayBeTriedAgain) {
+TEST_F(WatcherTest, StartRaisesWhereListeningIsNotPossibleAndMayBeTriedAgain) {
     lister->refuseToMonitor(EPERM);
     EXPECT_EQ(raisedBy([&] { start(); }), "80070005 monitor on video4linux: Operation not permitted");
     lister->refuseToMonitor(0);
@@ -134,7 +134,7 @@ TEST_F(V4l2DeviceWatcherTest, StartRaisesWhereListeningIsNotPossibleAndMayBeTrie
     EXPECT_EQ(raisedBy([&] { watcher->Start(); }).substr(0, 9), "8000000E ");
 }
 
-TEST_F(V4l2DeviceWatcherTest, MayBeDestroyedAtAnyMoment) {
+TEST_F(WatcherTest, MayBeDestroyedAtAnyMoment) {
     for (int i = 0; i < 50; ++i) {
         auto short_lived = platform->CreateWatcher(platform->GetDeviceSelector());
         short_lived->Added([](const DeviceWatcher&, const DeviceInformation&) { return winrt::result::ok; });
@@ -144,7 +144,7 @@ TEST_F(V4l2DeviceWatcherTest, MayBeDestroyedAtAnyMoment) {
     }
 }
 
-TEST_F(V4l2DeviceWatcherTest, MayBeDestroyedByItsOwnHandler) {
+TEST_F(WatcherTest, MayBeDestroyedByItsOwnHandler) {
     auto holder = std::make_shared<DeviceWatcher>(platform->CreateWatcher(platform->GetDeviceSelector()));
     const auto done = std::make_shared<std::atomic<bool>>(false);
     (*holder)->Added([done, holder](const DeviceWatcher&, const DeviceInformation&) {

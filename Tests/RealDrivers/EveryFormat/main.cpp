@@ -20,7 +20,7 @@ namespace {
 
 using namespace Platform;
 
-constexpr double HighestRate = 30.0; // frames a second: an emulated machine has little use for more
+constexpr double highestRate = 30.0; // frames a second: an emulated machine has little use for more
 
 /// The one of a pixel format's entries that is to be used, by the format's name.
 using Choice = std::map<std::u16string, MediaFrameFormat>;
@@ -28,7 +28,7 @@ using Choice = std::map<std::u16string, MediaFrameFormat>;
 Choice formatsOf(const MediaFrameSource& source, std::uint32_t width, std::uint32_t height) {
     Choice choice;
     for (const MediaFrameFormat& format : source->SupportedFormats()) {
-        if (format.Width != width || format.Height != height || format.FrameRate > HighestRate)
+        if (format.Width != width || format.Height != height || format.FrameRate > highestRate)
             continue;
         const auto known = choice.find(format.Subtype);
         if (known == choice.end() || known->second.FrameRate < format.FrameRate)

@@ -11,14 +11,14 @@ namespace {
 using std::chrono::steady_clock;
 
 // Standard requests of USB.
-constexpr std::uint8_t GetStatus = 0;
-constexpr std::uint8_t ClearFeature = 1;
-constexpr std::uint8_t GetDescriptor = 6;
-constexpr std::uint8_t GetConfiguration = 8;
-constexpr std::uint8_t SetInterface = 11;
+constexpr std::uint8_t getStatus = 0;
+constexpr std::uint8_t clearFeature = 1;
+constexpr std::uint8_t getDescriptor = 6;
+constexpr std::uint8_t getConfiguration = 8;
+constexpr std::uint8_t setInterface = 11;
 
-constexpr std::uint8_t KindMask = 0x60; // of the request's type
-constexpr std::uint8_t ClassKind = 0x20;
+constexpr std::uint8_t kindMask = 0x60; // of the request's type
+constexpr std::uint8_t classKind = 0x20;
 
 constexpr std::uint8_t typeOf(const Request& request) { return request.setup[0]; }
 constexpr std::uint8_t codeOf(const Request& request) { return request.setup[1]; }
@@ -41,7 +41,7 @@ bool Camera::serve() {
         return false;
     if (request->isUnlink)
         _link.unlinked(*request, _stream.forget(request->target));
-    else if (request->endpoint == Number::FrameEndpoint)
+    else if (request->endpoint == Number::frameEndpoint)
         _stream.want(*request);
     else
         control(*request);
@@ -60,7 +60,7 @@ std::chrono::milliseconds Camera::takeFrames() {
 }
 
 void Camera::control(const Request& request) {
-    if (_script.isMute() && (typeOf(request) & KindMask) == ClassKind)
+    if (_script.isMute() && (typeOf(request) & kindMask) == classKind)
         return; // the kernel takes the request back in the end
     auto bytes = answer(request);
     if (_script.isUnplugged())
@@ -72,21 +72,21 @@ void Camera::control(const Request& request) {
 }
 
 std::optional<Bytes> Camera::answer(const Request& request) {
-    return (typeOf(request) & KindMask) == ClassKind ? classAnswer(request) : standardAnswer(request);
+    return (typeOf(request) & kindMask) == classKind ? classAnswer(request) : standardAnswer(request);
 }
 
 std::optional<Bytes> Camera::standardAnswer(const Request& request) {
     switch (codeOf(request)) {
-    case GetDescriptor: {
+    case getDescriptor: {
         Bytes bytes = descriptor(_model, highValue(request), lowValue(request));
         return bytes.empty() ? std::nullopt : std::optional(std::move(bytes));
     }
-    case GetStatus:
+    case getStatus:
         return Bytes{0, 0};
-    case GetConfiguration:
+    case getConfiguration:
         return Bytes{1};
-    case ClearFeature: // of the endpoint: that is how the kernel ends a stream of bulk transfers
-    case SetInterface:
+    case clearFeature: // of the endpoint: that is how the kernel ends a stream of bulk transfers
+    case setInterface:
         _stream.stop();
         return Bytes{};
     default:
@@ -97,8 +97,8 @@ std::optional<Bytes> Camera::standardAnswer(const Request& request) {
 std::optional<Bytes> Camera::classAnswer(const Request& request) {
     const std::uint8_t selector = highValue(request);
     const std::uint8_t unit = highIndex(request);
-    const bool isStreaming = lowIndex(request) == Number::StreamingInterface;
-    if (codeOf(request) == ClassRequest::SetCurrent) {
+    const bool isStreaming = lowIndex(request) == Number::streamingInterface;
+    if (codeOf(request) == ClassRequest::setCurrent) {
         const bool done =
             isStreaming ? _stream.set(selector, request.data) : _controls.set(unit, selector, request.data);
         return done ? std::optional(Bytes{}) : std::nullopt;

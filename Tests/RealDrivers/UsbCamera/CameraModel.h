@@ -31,12 +31,12 @@ struct CameraModel {
 
 /// Of the camera's interfaces, units and endpoints.
 namespace Number {
-constexpr std::uint8_t ControlInterface = 0;
-constexpr std::uint8_t StreamingInterface = 1;
-constexpr std::uint8_t CameraTerminal = 1;
-constexpr std::uint8_t ProcessingUnit = 2;
-constexpr std::uint8_t OutputTerminal = 3;
-constexpr std::uint8_t FrameEndpoint = 1;
+constexpr std::uint8_t controlInterface = 0;
+constexpr std::uint8_t streamingInterface = 1;
+constexpr std::uint8_t cameraTerminal = 1;
+constexpr std::uint8_t processingUnit = 2;
+constexpr std::uint8_t outputTerminal = 3;
+constexpr std::uint8_t frameEndpoint = 1;
 } // namespace Number
 
 } // namespace UsbCamera

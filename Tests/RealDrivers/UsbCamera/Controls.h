@@ -13,14 +13,14 @@ namespace UsbCamera {
 
 /// The requests of the video class, as the wire has them.
 namespace ClassRequest {
-constexpr std::uint8_t SetCurrent = 0x01;
-constexpr std::uint8_t GetCurrent = 0x81;
-constexpr std::uint8_t GetMinimum = 0x82;
-constexpr std::uint8_t GetMaximum = 0x83;
-constexpr std::uint8_t GetResolution = 0x84;
-constexpr std::uint8_t GetLength = 0x85;
-constexpr std::uint8_t GetInfo = 0x86;
-constexpr std::uint8_t GetDefault = 0x87;
+constexpr std::uint8_t setCurrent = 0x01;
+constexpr std::uint8_t getCurrent = 0x81;
+constexpr std::uint8_t getMinimum = 0x82;
+constexpr std::uint8_t getMaximum = 0x83;
+constexpr std::uint8_t getResolution = 0x84;
+constexpr std::uint8_t getLength = 0x85;
+constexpr std::uint8_t getInfo = 0x86;
+constexpr std::uint8_t getDefault = 0x87;
 } // namespace ClassRequest
 
 /// The controls of the camera terminal and of the processing unit.

@@ -8,22 +8,22 @@
 namespace UsbCamera {
 namespace {
 
-constexpr std::uint8_t DeviceType = 1;
-constexpr std::uint8_t ConfigurationType = 2;
-constexpr std::uint8_t StringType = 3;
-constexpr std::uint8_t InterfaceType = 4;
-constexpr std::uint8_t EndpointType = 5;
-constexpr std::uint8_t AssociationType = 11;
-constexpr std::uint8_t ClassInterfaceType = 0x24;
+constexpr std::uint8_t deviceType = 1;
+constexpr std::uint8_t configurationType = 2;
+constexpr std::uint8_t stringType = 3;
+constexpr std::uint8_t interfaceType = 4;
+constexpr std::uint8_t endpointType = 5;
+constexpr std::uint8_t associationType = 11;
+constexpr std::uint8_t classInterfaceType = 0x24;
 
-constexpr std::uint8_t VideoClass = 14;
-constexpr std::uint8_t ControlSubclass = 1;
-constexpr std::uint8_t StreamingSubclass = 2;
-constexpr std::uint8_t CollectionSubclass = 3;
+constexpr std::uint8_t videoClass = 14;
+constexpr std::uint8_t controlSubclass = 1;
+constexpr std::uint8_t streamingSubclass = 2;
+constexpr std::uint8_t collectionSubclass = 3;
 
 // Of the numbers that are free for tests.
-constexpr std::uint16_t Vendor = 0x1209;
-constexpr std::uint16_t Product = 0x0001;
+constexpr std::uint16_t vendor = 0x1209;
+constexpr std::uint16_t product = 0x0001;
 
 enum StringIndex : std::uint8_t { NoString = 0, MakerString = 1, ProductString = 2, SerialString = 3 };
 
@@ -39,11 +39,11 @@ std::uint8_t numberOf(const std::string& text, std::uint8_t number) {
 }
 
 Bytes deviceDescriptor(const CameraModel& model) {
-    Bytes d{DeviceType};
+    Bytes d{deviceType};
     append(d, 0x0200, 2);             // USB 2.0
     append(d, Bytes{0xEF, 2, 1, 64}); // class: by association; packets of 64 at endpoint 0
-    append(d, Vendor, 2);
-    append(d, Product, 2);
+    append(d, vendor, 2);
+    append(d, product, 2);
     append(d, 0x0100, 2);
     append(d, Bytes{numberOf(model.maker, MakerString), numberOf(model.product, ProductString),
                     numberOf(model.serial, SerialString), 1});
@@ -51,14 +51,14 @@ Bytes deviceDescriptor(const CameraModel& model) {
 }
 
 Bytes stringDescriptor(const std::string& ascii) {
-    Bytes d{StringType};
+    Bytes d{stringType};
     for (const char c : ascii)
         append(d, static_cast<std::uint8_t>(c), 2);
     return withLength(d);
 }
 
 Bytes interfaceDescriptor(std::uint8_t number, std::uint8_t endpoints, std::uint8_t subclass) {
-    return withLength({InterfaceType, number, 0, endpoints, VideoClass, subclass, 0, ProductString});
+    return withLength({interfaceType, number, 0, endpoints, videoClass, subclass, 0, ProductString});
 }
 
 /// A class descriptor that tells the length of all that belong together, itself included.
@@ -74,22 +74,22 @@ Bytes withHeader(const Bytes& before, const Bytes& behind, const Bytes& others) 
 
 Bytes controlDescriptors() {
     // Auto exposure mode, exposure time, focus, auto focus.
-    constexpr std::uint32_t CameraControls = 1 << 1 | 1 << 3 | 1 << 5 | 1 << 17;
+    constexpr std::uint32_t cameraControls = 1 << 1 | 1 << 3 | 1 << 5 | 1 << 17;
     // Brightness, contrast, white balance temperature and its automatic.
-    constexpr std::uint32_t ProcessingControls = 1 << 0 | 1 << 1 | 1 << 6 | 1 << 12;
+    constexpr std::uint32_t processingControls = 1 << 0 | 1 << 1 | 1 << 6 | 1 << 12;
 
-    Bytes camera{ClassInterfaceType, 2, Number::CameraTerminal};
+    Bytes camera{classInterfaceType, 2, Number::cameraTerminal};
     append(camera, 0x0201, 2);
     append(camera, Bytes{0, 0, 0, 0, 0, 0, 0, 0, 3});
-    append(camera, CameraControls, 3);
+    append(camera, cameraControls, 3);
 
-    Bytes processing{ClassInterfaceType, 5, Number::ProcessingUnit, Number::CameraTerminal, 0, 0, 2};
-    append(processing, ProcessingControls, 2);
+    Bytes processing{classInterfaceType, 5, Number::processingUnit, Number::cameraTerminal, 0, 0, 2};
+    append(processing, processingControls, 2);
     append(processing, Bytes{0, 0});
 
-    Bytes output{ClassInterfaceType, 3, Number::OutputTerminal};
+    Bytes output{classInterfaceType, 3, Number::outputTerminal};
     append(output, 0x0101, 2);
-    append(output, Bytes{0, Number::ProcessingUnit, 0});
+    append(output, Bytes{0, Number::processingUnit, 0});
 
     Bytes units = withLength(camera);
     append(units, withLength(processing));
@@ -97,14 +97,14 @@ Bytes controlDescriptors() {
 
     Bytes behind;
     append(behind, 48'000'000, 4); // Hz, of a clock that nobody asks for
-    append(behind, Bytes{1, Number::StreamingInterface});
-    return withHeader({ClassInterfaceType, 1, 0x10, 0x01}, behind, units);
+    append(behind, Bytes{1, Number::streamingInterface});
+    return withHeader({classInterfaceType, 1, 0x10, 0x01}, behind, units);
 }
 
 Bytes formatDescriptor(Format format, std::uint8_t index, std::uint8_t frames) {
     if (format == Format::Mjpeg)
-        return withLength({ClassInterfaceType, 6, index, frames, 1, 1, 0, 0, 0, 0});
-    Bytes d{ClassInterfaceType, 4, index, frames, 'Y', 'U', 'Y', '2'};
+        return withLength({classInterfaceType, 6, index, frames, 1, 1, 0, 0, 0, 0});
+    Bytes d{classInterfaceType, 4, index, frames, 'Y', 'U', 'Y', '2'};
     append(d, Bytes{0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}); // the GUID's common part
     append(d, Bytes{16, 1, 0, 0, 0, 0});
     return withLength(d);
@@ -112,7 +112,7 @@ Bytes formatDescriptor(Format format, std::uint8_t index, std::uint8_t frames) {
 
 Bytes frameDescriptor(const CameraModel& model, Format format, std::uint8_t index, const Size& size) {
     const std::uint32_t bytes = size.width * size.height * 2;
-    Bytes d{ClassInterfaceType, static_cast<std::uint8_t>(format == Format::Mjpeg ? 7 : 5), index, 0};
+    Bytes d{classInterfaceType, static_cast<std::uint8_t>(format == Format::Mjpeg ? 7 : 5), index, 0};
     append(d, size.width, 2);
     append(d, size.height, 2);
     append(d, std::uint64_t{bytes} * 8 * model.rate, 4);
@@ -131,23 +131,23 @@ Bytes streamingDescriptors(const CameraModel& model) {
                                          static_cast<std::uint8_t>(model.sizes.size())));
         for (std::size_t s = 0; s < model.sizes.size(); ++s)
             append(formats, frameDescriptor(model, model.formats[f], static_cast<std::uint8_t>(s + 1), model.sizes[s]));
-        append(formats, withLength({ClassInterfaceType, 13, 1, 1, 4})); // BT.709 primaries and curve, BT.601 matrix
+        append(formats, withLength({classInterfaceType, 13, 1, 1, 4})); // BT.709 primaries and curve, BT.601 matrix
     }
     const auto count = static_cast<std::uint8_t>(model.formats.size());
-    Bytes behind{0x80 | Number::FrameEndpoint, 0, Number::OutputTerminal, 0, 0, 0, 1};
+    Bytes behind{0x80 | Number::frameEndpoint, 0, Number::outputTerminal, 0, 0, 0, 1};
     behind.resize(behind.size() + count); // no controls of a format
-    return withHeader({ClassInterfaceType, 1, count}, behind, formats);
+    return withHeader({classInterfaceType, 1, count}, behind, formats);
 }
 
 Bytes configurationDescriptor(const CameraModel& model) {
-    Bytes all = withLength({AssociationType, 0, 2, VideoClass, CollectionSubclass, 0, ProductString});
-    append(all, interfaceDescriptor(Number::ControlInterface, 0, ControlSubclass));
+    Bytes all = withLength({associationType, 0, 2, videoClass, collectionSubclass, 0, ProductString});
+    append(all, interfaceDescriptor(Number::controlInterface, 0, controlSubclass));
     append(all, controlDescriptors());
-    append(all, interfaceDescriptor(Number::StreamingInterface, 1, StreamingSubclass));
+    append(all, interfaceDescriptor(Number::streamingInterface, 1, streamingSubclass));
     append(all, streamingDescriptors(model));
-    append(all, withLength({EndpointType, 0x80 | Number::FrameEndpoint, 2, 0x00, 0x02, 0})); // bulk, packets of 512
+    append(all, withLength({endpointType, 0x80 | Number::frameEndpoint, 2, 0x00, 0x02, 0})); // bulk, packets of 512
 
-    Bytes d{ConfigurationType};
+    Bytes d{configurationType};
     append(d, 9 + all.size(), 2);
     append(d, Bytes{2, 1, 0, 0x80, 250}); // two interfaces; fed by the bus, 500 mA
     d = withLength(d);
@@ -158,15 +158,15 @@ Bytes configurationDescriptor(const CameraModel& model) {
 } // namespace
 
 Bytes descriptor(const CameraModel& model, std::uint8_t type, std::uint8_t index) {
-    if (type == DeviceType)
+    if (type == deviceType)
         return deviceDescriptor(model);
-    if (type == ConfigurationType && index == 0)
+    if (type == configurationType && index == 0)
         return configurationDescriptor(model);
-    if (type != StringType)
+    if (type != stringType)
         return {};
     switch (index) {
     case NoString:
-        return withLength({StringType, 0x09, 0x04}); // English
+        return withLength({stringType, 0x09, 0x04}); // English
     case MakerString:
         return stringDescriptor(model.maker);
     case ProductString:

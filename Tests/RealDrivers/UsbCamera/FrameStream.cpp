@@ -9,17 +9,17 @@
 namespace UsbCamera {
 namespace {
 
-constexpr std::uint8_t ProbeSelector = 1;
-constexpr std::uint8_t CommitSelector = 2;
-constexpr std::size_t ProbeSize = 34; // bytes, of UVC 1.1
+constexpr std::uint8_t probeSelector = 1;
+constexpr std::uint8_t commitSelector = 2;
+constexpr std::size_t probeSize = 34; // bytes, of UVC 1.1
 
 // One payload fills one transfer of the kernel, which has at most 32 packets of 512 bytes.
-constexpr std::uint32_t PayloadSize = 16384;
+constexpr std::uint32_t payloadSize = 16384;
 
-constexpr std::uint8_t HeaderSize = 2;
-constexpr std::uint8_t EndOfFrame = 0x02;
-constexpr std::uint8_t Error = 0x40;
-constexpr std::uint8_t EndOfHeader = 0x80;
+constexpr std::uint8_t headerSize = 2;
+constexpr std::uint8_t endOfFrame = 0x02;
+constexpr std::uint8_t error = 0x40;
+constexpr std::uint8_t endOfHeader = 0x80;
 
 std::uint8_t within(std::uint32_t value, std::size_t count) {
     return static_cast<std::uint8_t>(std::clamp<std::size_t>(value, 1, count));
@@ -31,11 +31,11 @@ FrameStream::FrameStream(const CameraModel& model, UsbIpLink& link, Script& scri
     : _model(model), _link(link), _script(script) {}
 
 std::optional<Bytes> FrameStream::get(std::uint8_t request, std::uint8_t selector) const {
-    if (selector != ProbeSelector && selector != CommitSelector)
+    if (selector != probeSelector && selector != commitSelector)
         return std::nullopt;
-    if (request == ClassRequest::GetLength)
-        return Bytes{ProbeSize, 0};
-    if (request == ClassRequest::GetInfo)
+    if (request == ClassRequest::getLength)
+        return Bytes{probeSize, 0};
+    if (request == ClassRequest::getInfo)
         return Bytes{3};
     return probeBlock();
 }
@@ -52,20 +52,20 @@ Bytes FrameStream::probeBlock() const {
     append(block, _model.interval(), 4);
     append(block, 0, 10); // key frames, compression, delay
     append(block, std::uint64_t{size.width} * size.height * 2, 4);
-    append(block, PayloadSize, 4);
+    append(block, payloadSize, 4);
     append(block, 48'000'000, 4);
     append(block, 3, 1); // frame toggle and end of frame are to be looked at
-    block.resize(ProbeSize);
+    block.resize(probeSize);
     return block;
 }
 
 bool FrameStream::set(std::uint8_t selector, const Bytes& value) {
-    if (selector == ProbeSelector) {
+    if (selector == probeSelector) {
         _script.passed("probe");
         _probed = choiceFrom(_model, value);
         return true;
     }
-    if (selector != CommitSelector || _script.refusalOf("commit") != 0)
+    if (selector != commitSelector || _script.refusalOf("commit") != 0)
         return false;
     _committed = choiceFrom(_model, value);
     _running = true;
@@ -122,8 +122,8 @@ void FrameStream::refuse() {
 }
 
 Bytes FrameStream::header(bool isLast) const {
-    return {HeaderSize,
-            static_cast<std::uint8_t>(EndOfHeader | _toggle | (isLast ? EndOfFrame : 0) | (_marked ? Error : 0))};
+    return {headerSize,
+            static_cast<std::uint8_t>(endOfHeader | _toggle | (isLast ? endOfFrame : 0) | (_marked ? error : 0))};
 }
 
 void FrameStream::send() {
@@ -132,7 +132,7 @@ void FrameStream::send() {
     while (!_frame.empty() && !_wanted.empty() && !_script.isUnplugged()) {
         const Request request = _wanted.front();
         _wanted.pop_front();
-        const std::size_t room = std::min(request.length, PayloadSize) - HeaderSize;
+        const std::size_t room = std::min(request.length, payloadSize) - headerSize;
         const std::size_t count = std::min(room, _frame.size() - _sent);
         const bool isLast = _sent + count == _frame.size();
         Bytes payload = header(isLast);

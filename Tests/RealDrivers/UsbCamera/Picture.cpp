@@ -12,10 +12,10 @@
 namespace UsbCamera {
 namespace {
 
-constexpr unsigned Block = 16; // pixels
-constexpr unsigned BitsInRow = 16;
-constexpr unsigned ColourBlocks = 5;
-constexpr int JpegQuality = 90;
+constexpr unsigned blockSide = 16; // pixels
+constexpr unsigned bitsInRow = 16;
+constexpr unsigned colourBlocks = 5;
+constexpr int jpegQuality = 90;
 
 struct Colour {
     std::uint8_t y;
@@ -34,8 +34,8 @@ struct Palette {
     }
 };
 
-constexpr Palette Limited{{16, 128, 128}, {235, 128, 128}, {81, 90, 240}, {145, 54, 34}, {41, 240, 110}, 16, 219};
-constexpr Palette Full{{0, 128, 128}, {255, 128, 128}, {76, 85, 255}, {150, 44, 21}, {29, 255, 107}, 0, 255};
+constexpr Palette limitedRange{{16, 128, 128}, {235, 128, 128}, {81, 90, 240}, {145, 54, 34}, {41, 240, 110}, 16, 219};
+constexpr Palette fullRange{{0, 128, 128}, {255, 128, 128}, {76, 85, 255}, {150, 44, 21}, {29, 255, 107}, 0, 255};
 
 /// YUYV.
 class Canvas {
@@ -53,9 +53,10 @@ public:
     }
 
     void drawBits(unsigned row, std::uint32_t value, const Palette& palette) {
-        for (unsigned bit = 0; bit < BitsInRow; ++bit) {
-            const bool isSet = (value >> (BitsInRow - 1 - bit) & 1) != 0;
-            fill(bit * Block, row * Block, (bit + 1) * Block, (row + 1) * Block, isSet ? palette.white : palette.black);
+        for (unsigned bit = 0; bit < bitsInRow; ++bit) {
+            const bool isSet = (value >> (bitsInRow - 1 - bit) & 1) != 0;
+            fill(bit * blockSide, row * blockSide, (bit + 1) * blockSide, (row + 1) * blockSide,
+                 isSet ? palette.white : palette.black);
         }
     }
 
@@ -83,8 +84,8 @@ Canvas draw(const FrameState& frame, const Size& size, const Palette& palette) {
     canvas.drawBits(2, automatics(frame), palette);
     unsigned left = 0;
     for (const Colour& colour : {palette.red, palette.green, palette.blue}) {
-        canvas.fill(left, 3 * Block, left + ColourBlocks * Block, 4 * Block, colour);
-        left += ColourBlocks * Block;
+        canvas.fill(left, 3 * blockSide, left + colourBlocks * blockSide, 4 * blockSide, colour);
+        left += colourBlocks * blockSide;
     }
     return canvas;
 }
@@ -112,7 +113,7 @@ Bytes compress(Canvas& canvas) {
     unsigned long size = 0;
     const int result = tjCompressFromYUVPlanes(compressor.get(), pointers.data(), static_cast<int>(canvas.size().width),
                                                nullptr, static_cast<int>(canvas.size().height), TJSAMP_422, &jpeg,
-                                               &size, JpegQuality, TJFLAG_FASTDCT);
+                                               &size, jpegQuality, TJFLAG_FASTDCT);
     const std::unique_ptr<unsigned char, void (*)(unsigned char*)> owner(jpeg, &tjFree);
     if (result != 0)
         throw std::runtime_error(tjGetErrorStr2(compressor.get()));
@@ -122,7 +123,7 @@ Bytes compress(Canvas& canvas) {
 } // namespace
 
 Bytes encode(const FrameState& frame, Format format, const Size& size) {
-    Canvas canvas = draw(frame, size, format == Format::Yuyv ? Limited : Full);
+    Canvas canvas = draw(frame, size, format == Format::Yuyv ? limitedRange : fullRange);
     return format == Format::Yuyv ? std::move(canvas.bytes()) : compress(canvas);
 }
 

@@ -5,13 +5,13 @@
 namespace UsbCamera {
 namespace {
 
-constexpr std::uint32_t SceneExposure = 250; // 100 us; what the automatic comes to
-constexpr std::uint32_t FirstExposure = 20;
+constexpr std::uint32_t sceneExposure = 250; // 100 us; what the automatic comes to
+constexpr std::uint32_t firstExposure = 20;
 
 } // namespace
 
 Sensor::Sensor(const CameraModel& model) : _model(model) {
-    _state.exposure = FirstExposure;
+    _state.exposure = firstExposure;
     _state.autoExposure = _state.autoFocus = _state.autoWhiteBalance = true;
     _wanted = _state;
 }
@@ -30,7 +30,7 @@ FrameState Sensor::next() {
         _changes.pop_front();
     }
     if (_state.autoExposure) {
-        const auto missing = static_cast<std::int32_t>(SceneExposure) - static_cast<std::int32_t>(_state.exposure);
+        const auto missing = static_cast<std::int32_t>(sceneExposure) - static_cast<std::int32_t>(_state.exposure);
         const std::int32_t part = missing / 4 != 0 ? missing / 4 : missing;
         _state.exposure = static_cast<std::uint32_t>(static_cast<std::int32_t>(_state.exposure) + part);
     }

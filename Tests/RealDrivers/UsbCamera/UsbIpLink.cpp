@@ -15,15 +15,15 @@
 namespace UsbCamera {
 namespace {
 
-constexpr const char* AttachFile = "/sys/devices/platform/vhci_hcd.0/attach";
-constexpr int HighSpeed = 3;           // usb_device_speed of the kernel
-constexpr unsigned DeviceId = 0x10002; // bus 1, device 2: of no meaning to the kernel
+constexpr const char* attachFile = "/sys/devices/platform/vhci_hcd.0/attach";
+constexpr int highSpeed = 3;               // usb_device_speed of the kernel
+constexpr unsigned deviceNumber = 0x10002; // bus 1, device 2: of no meaning to the kernel
 
-constexpr std::uint32_t CommandSubmit = 1;
-constexpr std::uint32_t CommandUnlink = 2;
-constexpr std::uint32_t ReplySubmit = 3;
-constexpr std::uint32_t ReplyUnlink = 4;
-constexpr std::uint32_t DirectionIn = 1;
+constexpr std::uint32_t commandSubmit = 1;
+constexpr std::uint32_t commandUnlink = 2;
+constexpr std::uint32_t replySubmit = 3;
+constexpr std::uint32_t replyUnlink = 4;
+constexpr std::uint32_t directionIn = 1;
 
 /// The twelve numbers, in network order, that each message begins with.
 using Header = std::array<std::uint32_t, 12>;
@@ -57,15 +57,15 @@ void sendAll(int socket, std::span<const std::uint8_t> bytes) {
 }
 
 void attach(unsigned port, int socket) {
-    const std::string text = std::to_string(port) + " " + std::to_string(socket) + " " + std::to_string(DeviceId) +
-                             " " + std::to_string(HighSpeed);
+    const std::string text = std::to_string(port) + " " + std::to_string(socket) + " " + std::to_string(deviceNumber) +
+                             " " + std::to_string(highSpeed);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    const int file = open(AttachFile, O_WRONLY | O_CLOEXEC);
+    const int file = open(attachFile, O_WRONLY | O_CLOEXEC);
     if (file < 0)
-        raise(AttachFile);
+        raise(attachFile);
     while (write(file, text.data(), text.size()) < 0) {
         if ((errno != EBUSY && errno != EINVAL) || std::chrono::steady_clock::now() > end)
-            raise(AttachFile);
+            raise(attachFile);
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     close(file);
@@ -93,14 +93,14 @@ std::optional<Request> UsbIpLink::receive() {
         return std::nullopt;
     Request request;
     request.number = ntohl(header[1]);
-    if (ntohl(header[0]) == CommandUnlink) {
+    if (ntohl(header[0]) == commandUnlink) {
         request.isUnlink = true;
         request.target = ntohl(header[5]);
         return request;
     }
-    if (ntohl(header[0]) != CommandSubmit)
+    if (ntohl(header[0]) != commandSubmit)
         return std::nullopt;
-    request.isIn = ntohl(header[3]) == DirectionIn;
+    request.isIn = ntohl(header[3]) == directionIn;
     request.endpoint = ntohl(header[4]);
     request.length = ntohl(header[6]);
     std::memcpy(request.setup.data(), &header[10], request.setup.size());
@@ -113,13 +113,13 @@ std::optional<Request> UsbIpLink::receive() {
 }
 
 void UsbIpLink::succeed(const Request& request, std::span<const std::uint8_t> data) {
-    reply(ReplySubmit, request, 0, request.isIn ? static_cast<std::uint32_t>(data.size()) : request.length, data);
+    reply(replySubmit, request, 0, request.isIn ? static_cast<std::uint32_t>(data.size()) : request.length, data);
 }
 
-void UsbIpLink::fail(const Request& request, int status) { reply(ReplySubmit, request, status, 0, {}); }
+void UsbIpLink::fail(const Request& request, int status) { reply(replySubmit, request, status, 0, {}); }
 
 void UsbIpLink::unlinked(const Request& request, bool wasWaiting) {
-    reply(ReplyUnlink, request, wasWaiting ? -ECONNRESET : 0, 0, {});
+    reply(replyUnlink, request, wasWaiting ? -ECONNRESET : 0, 0, {});
 }
 
 void UsbIpLink::reply(std::uint32_t command, const Request& request, int status, std::uint32_t length,

@@ -20,7 +20,7 @@ namespace {
 
 using namespace UsbCamera;
 
-constexpr const char* Usage = "Usage: UsbCamera [port=N] [maker=TEXT] [product=TEXT] [serial=TEXT] "
+constexpr const char* usage = "Usage: UsbCamera [port=N] [maker=TEXT] [product=TEXT] [serial=TEXT] "
                               "[formats=yuyv,mjpeg] [sizes=640x480,...] [rate=N] [latency=FRAMES] [exposure=MIN-MAX]\n";
 
 std::vector<std::string> split(const std::string& text) {
@@ -134,7 +134,7 @@ int main(int argc, char* argv[]) {
             arguments.take(argv[i]);
         run(arguments);
     } catch (const std::invalid_argument& error) {
-        std::fprintf(stderr, "%s\n%s", error.what(), Usage);
+        std::fprintf(stderr, "%s\n%s", error.what(), usage);
         return 2;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -29,7 +29,7 @@ const std::string nodeMakeA = R"("System.Devices.DeviceManufacturer": "A")";
 const std::string containerMakeB = R"("System.Devices.Manufacturer": "B")";
 const std::string containerModelM = R"("System.Devices.ModelName": "M")";
 
-class MakeAndModel : public SimulatedHub {
+class MakeAndModelTest : public SimulatedHub {
 protected:
     void find(const PropertyMap& properties) { getMakeAndModel(deviceWith(properties), model, make); }
 
@@ -37,7 +37,7 @@ protected:
     std::string model;
 };
 
-TEST_F(MakeAndModel, ADeviceWithNeitherNodeNorContainerHasNeitherAndNothingIsAskedOrLogged) {
+TEST_F(MakeAndModelTest, ADeviceWithNeitherNodeNorContainerHasNeitherAndNothingIsAskedOrLogged) {
     find({{u"System.Devices.ModelName", std::u16string(u"M")}, {u"System.Devices.Manufacturer", std::u16string(u"B")}});
     EXPECT_EQ(make, "");
     EXPECT_EQ(model, "");
@@ -45,47 +45,47 @@ TEST_F(MakeAndModel, ADeviceWithNeitherNodeNorContainerHasNeitherAndNothingIsAsk
     EXPECT_TRUE(log().records().empty());
 }
 
-TEST_F(MakeAndModel, TheMakerOfTheNodeWinsOverThatOfTheContainer) {
+TEST_F(MakeAndModelTest, TheMakerOfTheNodeWinsOverThatOfTheContainer) {
     useScenario(scenarioOf(nodeMakeA, containerMakeB + ", " + containerModelM));
     find({inNode, inContainer});
     EXPECT_EQ(make, "A");
     EXPECT_EQ(model, "M");
 }
 
-TEST_F(MakeAndModel, ANodeWithoutAMakerLeavesItToTheContainer) {
+TEST_F(MakeAndModelTest, ANodeWithoutAMakerLeavesItToTheContainer) {
     useScenario(scenarioOf("", containerMakeB));
     find({inNode, inContainer});
     EXPECT_EQ(make, "B");
 }
 
-TEST_F(MakeAndModel, ADeviceWithoutANodeHasTheMakerOfItsContainer) {
+TEST_F(MakeAndModelTest, ADeviceWithoutANodeHasTheMakerOfItsContainer) {
     useScenario(scenarioOf(nodeMakeA, containerMakeB));
     find({inContainer});
     EXPECT_EQ(make, "B");
 }
 
-TEST_F(MakeAndModel, AnEmptyMakerOfTheNodeCountsAsFound) {
+TEST_F(MakeAndModelTest, AnEmptyMakerOfTheNodeCountsAsFound) {
     useScenario(scenarioOf(R"("System.Devices.DeviceManufacturer": "")", containerMakeB));
     make = "before";
     find({inNode, inContainer});
     EXPECT_EQ(make, "");
 }
 
-TEST_F(MakeAndModel, TheModelIsTheContainersOnly) {
+TEST_F(MakeAndModelTest, TheModelIsTheContainersOnly) {
     useScenario(scenarioOf(R"("System.Devices.ModelName": "of the node")", ""));
     find({inNode, inContainer});
     EXPECT_EQ(model, "");
     EXPECT_EQ(make, "");
 }
 
-TEST_F(MakeAndModel, WithoutAContainerThereIsNoModel) {
+TEST_F(MakeAndModelTest, WithoutAContainerThereIsNoModel) {
     useScenario(scenarioOf(nodeMakeA, containerModelM));
     find({inNode});
     EXPECT_EQ(make, "A");
     EXPECT_EQ(model, "");
 }
 
-TEST_F(MakeAndModel, TheNodeIsAskedFirstAndTheContainerByItsGuidInLowerCaseAndBraces) {
+TEST_F(MakeAndModelTest, TheNodeIsAskedFirstAndTheContainerByItsGuidInLowerCaseAndBraces) {
     useScenario(scenarioOf(nodeMakeA, containerModelM));
     find({inContainer, inNode});
     EXPECT_EQ(calls(), (std::vector<std::string>{
@@ -94,7 +94,7 @@ TEST_F(MakeAndModel, TheNodeIsAskedFirstAndTheContainerByItsGuidInLowerCaseAndBr
                                R"(",2,["System.Devices.ModelName","System.Devices.Manufacturer"]])"}));
 }
 
-TEST_F(MakeAndModel, TextsAreUtf8) {
+TEST_F(MakeAndModelTest, TextsAreUtf8) {
     useScenario(
         scenarioOf(R"("System.Devices.DeviceManufacturer": "Gerätebau")", R"("System.Devices.ModelName": "📷")"));
     find({inNode, inContainer});
@@ -102,7 +102,7 @@ TEST_F(MakeAndModel, TextsAreUtf8) {
     EXPECT_EQ(model, "📷");
 }
 
-TEST_F(MakeAndModel, TextThatCannotBeConvertedIsEmptyAndCountsAsFound) {
+TEST_F(MakeAndModelTest, TextThatCannotBeConvertedIsEmptyAndCountsAsFound) {
     const std::u16string broken{u'A', char16_t{0xD800}};
     const auto altered = AlteredPlatform::install();
     altered->node = [broken] {
@@ -116,18 +116,18 @@ TEST_F(MakeAndModel, TextThatCannotBeConvertedIsEmptyAndCountsAsFound) {
     EXPECT_EQ(model, "");
 }
 
-TEST_F(MakeAndModel, ANodeThatIsNotThereRaisesAndTheContainerIsNotAsked) {
+TEST_F(MakeAndModelTest, ANodeThatIsNotThereRaisesAndTheContainerIsNotAsked) {
     useScenario(R"("containers": [])");
     EXPECT_EQ(errorOf([&] { find({inNode, inContainer}); }).code(), winrt::result::notFound);
     EXPECT_EQ(calls().size(), 1u);
 }
 
-TEST_F(MakeAndModel, AContainerThatIsNotThereRaises) {
+TEST_F(MakeAndModelTest, AContainerThatIsNotThereRaises) {
     useScenario(R"("containers": [])");
     EXPECT_EQ(errorOf([&] { find({inContainer}); }).code(), winrt::result::notFound);
 }
 
-TEST_F(MakeAndModel, AFailedLookupRaisesThePlatformsError) {
+TEST_F(MakeAndModelTest, AFailedLookupRaisesThePlatformsError) {
     useScenario(scenarioOf(nodeMakeA, containerModelM) +
                 R"(, "faults": {"DeviceInformation.CreateFromIdAsync": {"message": "No.", "code": -5, "after": 1}})");
     const auto error = errorOf([&] { find({inNode, inContainer}); });
@@ -136,7 +136,7 @@ TEST_F(MakeAndModel, AFailedLookupRaisesThePlatformsError) {
     EXPECT_EQ(make, "A");
 }
 
-TEST_F(MakeAndModel, APropertyOfAnotherTypeRaises) {
+TEST_F(MakeAndModelTest, APropertyOfAnotherTypeRaises) {
     EXPECT_EQ(errorOf([&] { find({{inNode.first, containerId}}); }).code(), winrt::result::noInterface);
     EXPECT_EQ(errorOf([&] { find({{inContainer.first, std::u16string(u"text")}}); }).code(),
               winrt::result::noInterface);

@@ -6,7 +6,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-class Adjustments : public DriverFixture {
+class AdjustmentsTest : public DriverFixture {
 protected:
     using Command = void (*)(Console&, Platform::MediaCapture, bool);
 
@@ -22,7 +22,7 @@ protected:
 constexpr bool up = true;
 constexpr bool down = false;
 
-TEST_F(Adjustments, BrightnessIsSteppedUpByItsOwnStepWithTheAutomaticOff) {
+TEST_F(AdjustmentsTest, BrightnessIsSteppedUpByItsOwnStepWithTheAutomaticOff) {
     EXPECT_EQ(
         run(adjustBrightness, up,
             R"({"brightness": {"supported": true, "min": -64, "max": 64, "step": 2.5, "value": 11, "auto": true}})"),
@@ -32,14 +32,14 @@ TEST_F(Adjustments, BrightnessIsSteppedUpByItsOwnStepWithTheAutomaticOff) {
                                 "MediaDeviceControl.TrySetValue Brightness[13.5]"}));
 }
 
-TEST_F(Adjustments, BrightnessIsSteppedDown) {
+TEST_F(AdjustmentsTest, BrightnessIsSteppedDown) {
     EXPECT_EQ(run(adjustBrightness, down,
                   R"({"brightness": {"supported": true, "min": -64, "max": 64, "step": 1, "value": 0}})"),
               "Brightness range: [-64.000000 , 64.000000\n"
               "Brightness set to: -1.000000. Latched to: -1.000000\n");
 }
 
-TEST_F(Adjustments, BrightnessBeyondTheMaximumIsSentAllTheSame) {
+TEST_F(AdjustmentsTest, BrightnessBeyondTheMaximumIsSentAllTheSame) {
     EXPECT_EQ(
         run(adjustBrightness, up, R"({"brightness": {"supported": true, "min": 0, "max": 10, "step": 4, "value": 8}})"),
         "Brightness range: [0.000000 , 10.000000\n"
@@ -47,12 +47,12 @@ TEST_F(Adjustments, BrightnessBeyondTheMaximumIsSentAllTheSame) {
     EXPECT_EQ(changes().back(), "MediaDeviceControl.TrySetValue Brightness[12.0]");
 }
 
-TEST_F(Adjustments, BrightnessThatIsNotSupportedIsOneLineAndNoChange) {
+TEST_F(AdjustmentsTest, BrightnessThatIsNotSupportedIsOneLineAndNoChange) {
     EXPECT_EQ(run(adjustBrightness, up, "{}"), "Brightness changes not supported \n");
     EXPECT_EQ(changes(), Texts{});
 }
 
-TEST_F(Adjustments, BrightnessGoesOnWhenTheAutomaticDoesNotGoOff) {
+TEST_F(AdjustmentsTest, BrightnessGoesOnWhenTheAutomaticDoesNotGoOff) {
     EXPECT_EQ(run(adjustBrightness, up,
                   R"({"brightness": {"supported": true, "min": 0, "max": 10, "step": 1, "refuse": ["TrySetAuto"]}})"),
               "Can't disable auto brightness\n"
@@ -60,7 +60,7 @@ TEST_F(Adjustments, BrightnessGoesOnWhenTheAutomaticDoesNotGoOff) {
               "Brightness set to: 1.000000. Latched to: 1.000000\n");
 }
 
-TEST_F(Adjustments, BrightnessThatCannotBeReadCountsAs0) {
+TEST_F(AdjustmentsTest, BrightnessThatCannotBeReadCountsAs0) {
     EXPECT_EQ(
         run(adjustBrightness, up,
             R"({"brightness": {"supported": true, "max": 10, "step": 3, "value": 7, "refuse": ["TryGetValue"]}})"),
@@ -69,7 +69,7 @@ TEST_F(Adjustments, BrightnessThatCannotBeReadCountsAs0) {
     EXPECT_EQ(changes().back(), "MediaDeviceControl.TrySetValue Brightness[3.0]");
 }
 
-TEST_F(Adjustments, BrightnessThatCannotBeSetIsReportedWithWhatTheCameraHas) {
+TEST_F(AdjustmentsTest, BrightnessThatCannotBeSetIsReportedWithWhatTheCameraHas) {
     EXPECT_EQ(
         run(adjustBrightness, down,
             R"({"brightness": {"supported": true, "max": 10, "step": 3, "value": 7, "refuse": ["TrySetValue"]}})"),
@@ -78,7 +78,7 @@ TEST_F(Adjustments, BrightnessThatCannotBeSetIsReportedWithWhatTheCameraHas) {
         "Brightness set to: 4.000000. Latched to: 7.000000\n");
 }
 
-TEST_F(Adjustments, TheStepAndTheRangeAreReadOnceTheAutomaticIsOff) {
+TEST_F(AdjustmentsTest, TheStepAndTheRangeAreReadOnceTheAutomaticIsOff) {
     useCamera(R"({"brightness": {"supported": true, "max": 10, "step": 1},
                   "faults": {"MediaDeviceControl.Capabilities": {"code": -7, "after": 1}}})");
     TypedConsole console;
@@ -86,7 +86,7 @@ TEST_F(Adjustments, TheStepAndTheRangeAreReadOnceTheAutomaticIsOff) {
     EXPECT_EQ(changes(), Texts{"MediaDeviceControl.TrySetAuto Brightness[false]"});
 }
 
-TEST_F(Adjustments, ContrastIsSteppedLikeBrightness) {
+TEST_F(AdjustmentsTest, ContrastIsSteppedLikeBrightness) {
     EXPECT_EQ(
         run(adjustContrast, down, R"({"contrast": {"supported": true, "min": 0, "max": 10, "step": 0.5, "value": 2}})"),
         "Contrast range: [0.000000 , 10.000000\n"
@@ -95,12 +95,12 @@ TEST_F(Adjustments, ContrastIsSteppedLikeBrightness) {
               (Texts{"MediaDeviceControl.TrySetAuto Contrast[false]", "MediaDeviceControl.TrySetValue Contrast[1.5]"}));
 }
 
-TEST_F(Adjustments, ContrastThatIsNotSupportedIsOneLineAndNoChange) {
+TEST_F(AdjustmentsTest, ContrastThatIsNotSupportedIsOneLineAndNoChange) {
     EXPECT_EQ(run(adjustContrast, up, "{}"), "Contrast changes not supported \n");
     EXPECT_EQ(changes(), Texts{});
 }
 
-TEST_F(Adjustments, ContrastGoesOnAfterEveryRefusal) {
+TEST_F(AdjustmentsTest, ContrastGoesOnAfterEveryRefusal) {
     EXPECT_EQ(run(adjustContrast, up,
                   R"({"contrast": {"supported": true, "max": 9, "step": 1,
                 "refuse": ["TrySetAuto", "TryGetValue", "TrySetValue"]}})"),
@@ -114,7 +114,7 @@ constexpr const char* bothExposures = R"({
     "exposureControl": {"supported": true, "auto": true, "min": 1000, "max": 10000000, "step": 1000, "value": 333000},
     "exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "value": -6}})";
 
-TEST_F(Adjustments, ExposurePrefersTheNewerControlAndCountsInTicks) {
+TEST_F(AdjustmentsTest, ExposurePrefersTheNewerControlAndCountsInTicks) {
     const std::string text = run(adjustExposure, up, R"({"exposureControl":
         {"supported": true, "min": 1000, "max": 10000000, "step": 1000, "value": 333000}})");
     EXPECT_EQ(text, "ExposureControl range: [1000 , 10000000\n"
@@ -122,7 +122,7 @@ TEST_F(Adjustments, ExposurePrefersTheNewerControlAndCountsInTicks) {
     EXPECT_EQ(changes(), (Texts{"ExposureControl.SetAutoAsync [false]", "ExposureControl.SetValueAsync [334000]"}));
 }
 
-TEST_F(Adjustments, ExposureWithBothControlsNeverTouchesTheOlderOne) {
+TEST_F(AdjustmentsTest, ExposureWithBothControlsNeverTouchesTheOlderOne) {
     const std::string text = run(adjustExposure, down, bothExposures);
     EXPECT_EQ(text.rfind("ExposureControl range: [1000 , 10000000\nExposureControl set to: ", 0), 0U) << text;
     EXPECT_EQ(text.find("\nExposure"), text.find("\nExposureControl set to: ")) << text;
@@ -130,14 +130,14 @@ TEST_F(Adjustments, ExposureWithBothControlsNeverTouchesTheOlderOne) {
         EXPECT_EQ(change.rfind("ExposureControl.", 0), 0U) << change;
 }
 
-TEST_F(Adjustments, ExposureOfTheNewerControlMayGoBelowTheRange) {
+TEST_F(AdjustmentsTest, ExposureOfTheNewerControlMayGoBelowTheRange) {
     EXPECT_EQ(run(adjustExposure, down, R"({"exposureControl":
         {"supported": true, "min": 1000, "max": 10000000, "step": 5000, "value": 1000}})"),
               "ExposureControl range: [1000 , 10000000\n"
               "ExposureControl set to: -4000. Latched to: 1000\n");
 }
 
-TEST_F(Adjustments, ExposureOfTheOlderControlIsSteppedInPowersOfTwo) {
+TEST_F(AdjustmentsTest, ExposureOfTheOlderControlIsSteppedInPowersOfTwo) {
     EXPECT_EQ(run(adjustExposure, up,
                   R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "value": -6, "auto": false}})"),
               "Exposure range: [-13.000000 , 0.000000\n"
@@ -146,39 +146,39 @@ TEST_F(Adjustments, ExposureOfTheOlderControlIsSteppedInPowersOfTwo) {
                                 "MediaDeviceControl.TrySetValue Exposure[-5.0]"}));
 }
 
-TEST_F(Adjustments, ExposureThatIsNotSupportedIsOneLineAndNoChange) {
+TEST_F(AdjustmentsTest, ExposureThatIsNotSupportedIsOneLineAndNoChange) {
     EXPECT_EQ(run(adjustExposure, up, "{}"), "Exposure changes not supported\n");
     EXPECT_EQ(changes(), Texts{});
 }
 
-TEST_F(Adjustments, ExposureStopsWhenTheAutomaticDoesNotGoOff) {
+TEST_F(AdjustmentsTest, ExposureStopsWhenTheAutomaticDoesNotGoOff) {
     EXPECT_EQ(run(adjustExposure, up,
                   R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "refuse": ["TrySetAuto"]}})"),
               "Can't disable auto exposure\n");
     EXPECT_EQ(changes(), Texts{"MediaDeviceControl.TrySetAuto Exposure[false]"});
 }
 
-TEST_F(Adjustments, ExposureStopsWhenItCannotBeRead) {
+TEST_F(AdjustmentsTest, ExposureStopsWhenItCannotBeRead) {
     EXPECT_EQ(run(adjustExposure, up,
                   R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "refuse": ["TryGetValue"]}})"),
               "Failed to read exposure\n");
     EXPECT_EQ(changes(), Texts{"MediaDeviceControl.TrySetAuto Exposure[false]"});
 }
 
-TEST_F(Adjustments, ExposureStopsWhenItCannotBeSet) {
+TEST_F(AdjustmentsTest, ExposureStopsWhenItCannotBeSet) {
     EXPECT_EQ(run(adjustExposure, up,
                   R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "refuse": ["TrySetValue"]}})"),
               "Failed to set exposure\n");
 }
 
-TEST_F(Adjustments, IsoIsSteppedInItsOwnControl) {
+TEST_F(AdjustmentsTest, IsoIsSteppedInItsOwnControl) {
     EXPECT_EQ(run(adjustIso, up, R"({"isoSpeedControl": {"supported": true, "value": 200}})"),
               "IsoSpeedControl range: [100 , 800\n"
               "IsoSpeedControl set to: 300. Latched to: 300\n");
     EXPECT_EQ(changes(), Texts{"IsoSpeedControl.SetValueAsync [300]"});
 }
 
-TEST_F(Adjustments, IsoBeyondTheRangeIsSentAllTheSame) {
+TEST_F(AdjustmentsTest, IsoBeyondTheRangeIsSentAllTheSame) {
     EXPECT_EQ(run(adjustIso, up, R"({"isoSpeedControl": {"supported": true, "value": 800}})"),
               "IsoSpeedControl range: [100 , 800\n"
               "IsoSpeedControl set to: 900. Latched to: 800\n");
@@ -187,18 +187,18 @@ TEST_F(Adjustments, IsoBeyondTheRangeIsSentAllTheSame) {
               "IsoSpeedControl set to: 0. Latched to: 100\n");
 }
 
-TEST_F(Adjustments, IsoInAutomaticModeIsLeftAlone) {
+TEST_F(AdjustmentsTest, IsoInAutomaticModeIsLeftAlone) {
     EXPECT_EQ(run(adjustIso, up, R"({"isoSpeedControl": {"supported": true, "auto": true}})"),
               "IsoSpeedControl is auto \n");
     EXPECT_EQ(changes(), Texts{});
 }
 
-TEST_F(Adjustments, IsoThatIsNotSupportedIsOneLineAndNoChange) {
+TEST_F(AdjustmentsTest, IsoThatIsNotSupportedIsOneLineAndNoChange) {
     EXPECT_EQ(run(adjustIso, down, "{}"), "IsoSpeedControl changes not supported\n");
     EXPECT_EQ(changes(), Texts{});
 }
 
-TEST_F(Adjustments, AFailureOfThePlatformGoesToTheCaller) {
+TEST_F(AdjustmentsTest, AFailureOfThePlatformGoesToTheCaller) {
     useCamera(R"({"exposureControl": {"supported": true},
                   "faults": {"ExposureControl.SetValueAsync": {"message": "It broke.", "code": -7}}})");
     TypedConsole console;

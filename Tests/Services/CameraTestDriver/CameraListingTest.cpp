@@ -7,7 +7,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-class CameraListing : public DriverFixture {
+class CameraListingTest : public DriverFixture {
 protected:
     std::string list() {
         TypedConsole console;
@@ -18,7 +18,7 @@ protected:
     DriverContext context;
 };
 
-TEST_F(CameraListing, TellsOfEveryGroupSourceAndDevice) {
+TEST_F(CameraListingTest, TellsOfEveryGroupSourceAndDevice) {
     useScenario(R"("groups": [
       {"id": "group 1", "displayName": "Built-in é", "sources": [
         {"id": "infrared", "streamType": "VideoRecord", "kind": "Infrared", "profileId": "p1", "device": {"id": "a"}},
@@ -53,7 +53,7 @@ TEST_F(CameraListing, TellsOfEveryGroupSourceAndDevice) {
     EXPECT_EQ(context.availableCameras[1].kind, 3);
 }
 
-TEST_F(CameraListing, APanelIsToldByItsName) {
+TEST_F(CameraListingTest, APanelIsToldByItsName) {
     const Texts names{"Unknown", "Front", "Back", "Top", "Bottom", "Left", "Right"};
     for (std::size_t panel = 0; panel < names.size(); ++panel) {
         useScenario(R"("groups": [{"id": "g", "sources": [{"id": "s", "profiles": [{"width": 2, "height": 2}],
@@ -63,7 +63,7 @@ TEST_F(CameraListing, APanelIsToldByItsName) {
     }
 }
 
-TEST_F(CameraListing, ANumberWithoutANameIsToldAsNothing) {
+TEST_F(CameraListingTest, ANumberWithoutANameIsToldAsNothing) {
     useScenario(R"("groups": [{"id": "g", "sources": [
         {"id": "s", "streamType": 9, "kind": 8, "device": {"id": "d"}}]}])");
     EXPECT_EQ(list(), "Found Source Group. Display Name:  Id: g\n"
@@ -72,7 +72,7 @@ TEST_F(CameraListing, ANumberWithoutANameIsToldAsNothing) {
                       "Skipping non colour-visual media\n");
 }
 
-TEST_F(CameraListing, TheLargestPictureGivesTheSizeAndTheProfile) {
+TEST_F(CameraListingTest, TheLargestPictureGivesTheSizeAndTheProfile) {
     useScenario(R"("groups": [{"id": "g", "sources": [{"id": "s", "device": {"id": "d"}, "profiles": [
         {"width": 640, "height": 480}, {"width": 1920, "height": 1080, "frameRate": 15},
         {"width": 1920, "height": 1080, "frameRate": 30}, {"width": 1280, "height": 720, "frameRate": 60}]}]}])");
@@ -83,7 +83,7 @@ TEST_F(CameraListing, TheLargestPictureGivesTheSizeAndTheProfile) {
     EXPECT_EQ(context.availableCameras[0].profileIndex, 2);
 }
 
-TEST_F(CameraListing, MakeAndModelComeFromTheDeviceNodeAndTheContainer) {
+TEST_F(CameraListingTest, MakeAndModelComeFromTheDeviceNodeAndTheContainer) {
     useScenario(R"("groups": [{"id": "g", "sources": [{"id": "s", "profiles": [{"width": 2, "height": 2}], "device":
         {"id": "d", "properties": {"System.Devices.DeviceInstanceId": "node",
          "System.Devices.ContainerId": "{0f8fad5b-d9cb-469f-a165-70867728950e}"}}}]}],
@@ -96,7 +96,7 @@ TEST_F(CameraListing, MakeAndModelComeFromTheDeviceNodeAndTheContainer) {
     EXPECT_EQ(context.availableCameras[0].model, u"Model é");
 }
 
-TEST_F(CameraListing, ASourceWithoutTheSecondInterfaceEndsTheListing) {
+TEST_F(CameraListingTest, ASourceWithoutTheSecondInterfaceEndsTheListing) {
     useScenario(R"("groups": [)" + cameraGroup("first", "First") + ", " +
                 cameraGroup("second", "Second", 64, 48, R"(, "sourceInfo2": false)") + ", " +
                 cameraGroup("third", "Third") + "]");
@@ -110,18 +110,18 @@ TEST_F(CameraListing, ASourceWithoutTheSecondInterfaceEndsTheListing) {
     EXPECT_EQ(context.availableCameras.size(), 1U);
 }
 
-TEST_F(CameraListing, ASourceWithoutProfilesRaises) {
+TEST_F(CameraListingTest, ASourceWithoutProfilesRaises) {
     useScenario(R"("groups": [{"id": "g", "sources": [{"id": "s", "device": {"id": "d"}}]}])");
     EXPECT_EQ(errorOf([&] { list(); }).code(), winrt::result::outOfBounds);
     EXPECT_TRUE(context.availableCameras.empty());
 }
 
-TEST_F(CameraListing, AFailureOfThePlatformGoesToTheCaller) {
+TEST_F(CameraListingTest, AFailureOfThePlatformGoesToTheCaller) {
     useScenario(R"("groups": [], "faults": {"MediaFrameSourceGroup.FindAllAsync": {"message": "No.", "code": -3}})");
     EXPECT_EQ(errorOf([&] { list(); }).code(), -3);
 }
 
-class ConnectCamera : public DriverFixture {
+class ConnectCameraTest : public DriverFixture {
 protected:
     static DriverCamera camera(const std::u16string& id, std::int32_t kind, std::int32_t profileIndex = -1) {
         DriverCamera camera;
@@ -138,7 +138,7 @@ protected:
     }
 };
 
-TEST_F(ConnectCamera, TheFirstSourceWithThatIdAndThatKindIsOpened) {
+TEST_F(ConnectCameraTest, TheFirstSourceWithThatIdAndThatKindIsOpened) {
     const auto group = [](const std::string& id, const std::string& source, const std::string& device) {
         return R"({"id": ")" + id + R"(", "sources": [{"id": ")" + source + R"(", "device": )" + device +
                R"(, "profiles": [{"width": 2, "height": 2}]}]})";
@@ -151,7 +151,7 @@ TEST_F(ConnectCamera, TheFirstSourceWithThatIdAndThatKindIsOpened) {
     EXPECT_EQ(calls("MediaFrameSource.SetFormatAsync"), Texts{R"(["3",0])"});
 }
 
-TEST_F(ConnectCamera, WithoutAMatchTheCaptureIsThereButNotOpen) {
+TEST_F(ConnectCameraTest, WithoutAMatchTheCaptureIsThereButNotOpen) {
     useFormats();
     const auto capture = connectCamera(camera(u"d", 2));
     ASSERT_TRUE(capture);
@@ -159,26 +159,26 @@ TEST_F(ConnectCamera, WithoutAMatchTheCaptureIsThereButNotOpen) {
     errorOf([&] { capture->FrameSources(); });
 }
 
-TEST_F(ConnectCamera, ThePositionOfTheProfileIsUsedAsItIs) {
+TEST_F(ConnectCameraTest, ThePositionOfTheProfileIsUsedAsItIs) {
     useFormats();
     connectCamera(camera(u"d", 1, 2));
     EXPECT_EQ(calls("MediaFrameSource.SetFormatAsync"), Texts{R"(["s",2])"});
 }
 
-TEST_F(ConnectCamera, APositionThatIsNoneGivesTheLargestPicture) {
+TEST_F(ConnectCameraTest, APositionThatIsNoneGivesTheLargestPicture) {
     useFormats();
     connectCamera(camera(u"d", 1, -1));
     connectCamera(camera(u"d", 1, 3));
     EXPECT_EQ(calls("MediaFrameSource.SetFormatAsync"), (Texts{R"(["s",1])", R"(["s",1])"}));
 }
 
-TEST_F(ConnectCamera, APhotoSourceTakesItsOwnPhotos) {
+TEST_F(ConnectCameraTest, APhotoSourceTakesItsOwnPhotos) {
     useFormats("Photo");
     connectCamera(camera(u"d", 1));
     EXPECT_EQ(calls("MediaCapture.InitializeAsync"), Texts{R"(["g",0,2])"});
 }
 
-TEST_F(ConnectCamera, AFailureOfThePlatformGoesToTheCaller) {
+TEST_F(ConnectCameraTest, AFailureOfThePlatformGoesToTheCaller) {
     useCamera(R"({"faults": {"MediaCapture.InitializeAsync": {"message": "Busy.", "code": -2147024726}}})");
     EXPECT_EQ(errorOf([&] { connectCamera(camera(u"cam", 1)); }).code(), winrt::result::busy);
 }

@@ -8,7 +8,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-class CameraMenu : public DriverFixture {
+class CameraMenuTest : public DriverFixture {
 protected:
     /// One camera of that hardware, connected and selected.
     void connect(const std::string& hardware = "{}") {
@@ -26,13 +26,13 @@ protected:
     DriverContext context;
 };
 
-TEST_F(CameraMenu, WithoutASelectionItGoesBack) {
+TEST_F(CameraMenuTest, WithoutASelectionItGoesBack) {
     EXPECT_EQ(run("0", MainMenuState), "There is not currently connected cam selected..\n");
     context.selectedConnection = 0;
     EXPECT_EQ(run("0", MainMenuState), "There is not currently connected cam selected..\n");
 }
 
-TEST_F(CameraMenu, Help) {
+TEST_F(CameraMenuTest, Help) {
     connect();
     EXPECT_EQ(run("0"), "ActOnCamera> You may..\n"
                         "1. Converge camera settings\n"
@@ -51,7 +51,7 @@ TEST_F(CameraMenu, Help) {
                         "14. Put down the camera\n");
 }
 
-TEST_F(CameraMenu, ConvergingAsksForTheThreeFlags) {
+TEST_F(CameraMenuTest, ConvergingAsksForTheThreeFlags) {
     connect(R"({"exposure": {"supported": true}})");
     EXPECT_EQ(run("1 1 0 1"), "ActOnCamera> Converge camera settings..\n"
                               "Exposure?> \n"
@@ -69,7 +69,7 @@ TEST_F(CameraMenu, ConvergingAsksForTheThreeFlags) {
                               "No white balance supported\n");
 }
 
-TEST_F(CameraMenu, ConvergingNothingSaysNothingMore) {
+TEST_F(CameraMenuTest, ConvergingNothingSaysNothingMore) {
     connect();
     EXPECT_EQ(run("1 0 0 0"), "ActOnCamera> Converge camera settings..\n"
                               "Exposure?> \n"
@@ -78,7 +78,7 @@ TEST_F(CameraMenu, ConvergingNothingSaysNothingMore) {
                               "\n");
 }
 
-TEST_F(CameraMenu, TheEightStepsGoTheirWay) {
+TEST_F(CameraMenuTest, TheEightStepsGoTheirWay) {
     connect(R"({"exposure": {"supported": true, "min": -100, "max": 100, "step": 1},
                 "brightness": {"supported": true, "min": -100, "max": 100, "step": 10},
                 "contrast": {"supported": true, "min": -100, "max": 100, "step": 20},
@@ -96,7 +96,7 @@ TEST_F(CameraMenu, TheEightStepsGoTheirWay) {
                "IsoSpeedControl.SetValueAsync [500]", "IsoSpeedControl.SetValueAsync [400]"}));
 }
 
-TEST_F(CameraMenu, ACaptureTellsTheStatusAndTheId) {
+TEST_F(CameraMenuTest, ACaptureTellsTheStatusAndTheId) {
     connect(R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "value": -6}})");
     EXPECT_EQ(run("10"), "ActOnCamera> Capturing..\n"
                          "Auto Exposure:  off \n"
@@ -107,7 +107,7 @@ TEST_F(CameraMenu, ACaptureTellsTheStatusAndTheId) {
     EXPECT_EQ(context.connectedCameras[0].images.count(imageIdToText(imageIds()[0])), 1U);
 }
 
-TEST_F(CameraMenu, AFailedCaptureAddsAnIdAllTheSame) {
+TEST_F(CameraMenuTest, AFailedCaptureAddsAnIdAllTheSame) {
     connect(R"({"faults": {"MediaCapture.CapturePhotoToStreamAsync": {"message": "No light.", "code": -9}}})");
     EXPECT_EQ(run("10"), "ActOnCamera> Capturing..\n"
                          "Camera Stream State: 0\n"
@@ -116,7 +116,7 @@ TEST_F(CameraMenu, AFailedCaptureAddsAnIdAllTheSame) {
     EXPECT_EQ(imageIds().size(), 1U);
 }
 
-TEST_F(CameraMenu, PicturesAreListedFrom1) {
+TEST_F(CameraMenuTest, PicturesAreListedFrom1) {
     connect();
     EXPECT_EQ(run("11"), "ActOnCamera> Available photos..\n");
     run("10");
@@ -126,7 +126,7 @@ TEST_F(CameraMenu, PicturesAreListedFrom1) {
                          "2: {2}\n");
 }
 
-TEST_F(CameraMenu, PicturesOfAllCamerasAreInOneList) {
+TEST_F(CameraMenuTest, PicturesOfAllCamerasAreInOneList) {
     useScenario(R"("groups": [)" + cameraGroup("a", cameraName()) + ", " + cameraGroup("b", cameraName()) + "]");
     context.connectedCameras = {connectionTo("a", cameraName()), connectionTo("b", cameraName())};
     for (const std::int32_t camera : {0, 1}) {
@@ -136,7 +136,7 @@ TEST_F(CameraMenu, PicturesOfAllCamerasAreInOneList) {
     EXPECT_EQ(run("11"), "ActOnCamera> Available photos..\n1: {1}\n2: {2}\n");
 }
 
-TEST_F(CameraMenu, APictureIsSavedIntoTheFolderOfTheCamera) {
+TEST_F(CameraMenuTest, APictureIsSavedIntoTheFolderOfTheCamera) {
     connect();
     run("10");
     EXPECT_EQ(run("12 1"), "ActOnCamera> Save an image..\n"
@@ -150,12 +150,12 @@ TEST_F(CameraMenu, APictureIsSavedIntoTheFolderOfTheCamera) {
                            "We don't have image 1\n");
 }
 
-TEST_F(CameraMenu, ThereIsNoPrinting) {
+TEST_F(CameraMenuTest, ThereIsNoPrinting) {
     connect();
     EXPECT_EQ(run("13"), "ActOnCamera> ERROR: PC LOAD LETTER (0x80A4FFE7)\n");
 }
 
-TEST_F(CameraMenu, PuttingTheCameraDownGoesBackAndClosesNothing) {
+TEST_F(CameraMenuTest, PuttingTheCameraDownGoesBackAndClosesNothing) {
     connect();
     EXPECT_EQ(run("14", MainMenuState), "ActOnCamera> ");
     ASSERT_EQ(context.connectedCameras.size(), 1U);
@@ -163,14 +163,14 @@ TEST_F(CameraMenu, PuttingTheCameraDownGoesBackAndClosesNothing) {
     EXPECT_EQ(calls("MediaCapture.Close"), Texts{});
 }
 
-TEST_F(CameraMenu, AnUnknownNumberPromptsAgainWithinTheSameCall) {
+TEST_F(CameraMenuTest, AnUnknownNumberPromptsAgainWithinTheSameCall) {
     connect();
     EXPECT_EQ(run("15 -1 14", MainMenuState), "ActOnCamera> We don't actually have that implemented.. \n"
                                               "ActOnCamera> We don't actually have that implemented.. \n"
                                               "ActOnCamera> ");
 }
 
-TEST_F(CameraMenu, EveryCommandOpensTheFolderAnew) {
+TEST_F(CameraMenuTest, EveryCommandOpensTheFolderAnew) {
     connect();
     run("0");
     EXPECT_TRUE(std::filesystem::remove(outputFolder()));
@@ -178,7 +178,7 @@ TEST_F(CameraMenu, EveryCommandOpensTheFolderAnew) {
     EXPECT_TRUE(std::filesystem::is_directory(outputFolder()));
 }
 
-TEST_F(CameraMenu, ACameraWhoseNameGivesNoFolderRaisesBeforeThePrompt) {
+TEST_F(CameraMenuTest, ACameraWhoseNameGivesNoFolderRaisesBeforeThePrompt) {
     connect();
     context.connectedCameras[0].camera.name = u"..";
     TypedConsole console("0");

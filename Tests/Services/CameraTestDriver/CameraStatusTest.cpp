@@ -5,7 +5,7 @@
 
 namespace {
 
-class CameraStatus : public DriverFixture {
+class CameraStatusTest : public DriverFixture {
 protected:
     std::string statusOf(const std::string& hardware) {
         useCamera(hardware);
@@ -15,11 +15,11 @@ protected:
     }
 };
 
-TEST_F(CameraStatus, ACameraWithoutControlsTellsTheStateOfItsStream) {
+TEST_F(CameraStatusTest, ACameraWithoutControlsTellsTheStateOfItsStream) {
     EXPECT_EQ(statusOf("{}"), "Camera Stream State: 0\n");
 }
 
-TEST_F(CameraStatus, TheNewerControlsInTheirOrder) {
+TEST_F(CameraStatusTest, TheNewerControlsInTheirOrder) {
     EXPECT_EQ(statusOf(R"({"exposureControl": {"supported": true, "auto": false, "value": 333000},
                            "exposureCompensationControl": {"supported": true, "value": -0.5},
                            "isoSpeedControl": {"supported": true, "auto": true},
@@ -32,7 +32,7 @@ TEST_F(CameraStatus, TheNewerControlsInTheirOrder) {
               "Camera Stream State: 0\n");
 }
 
-TEST_F(CameraStatus, TheOlderControls) {
+TEST_F(CameraStatusTest, TheOlderControls) {
     EXPECT_EQ(statusOf(R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "value": -6},
                            "isoSpeedControl": {"supported": true, "auto": false},
                            "whiteBalance": {"supported": true, "auto": true}})"),
@@ -43,39 +43,39 @@ TEST_F(CameraStatus, TheOlderControls) {
               "Camera Stream State: 0\n");
 }
 
-TEST_F(CameraStatus, AutomaticExposureIsOnInBothGenerations) {
+TEST_F(CameraStatusTest, AutomaticExposureIsOnInBothGenerations) {
     const std::string newer = statusOf(R"({"exposureControl": {"supported": true, "auto": true}})");
     EXPECT_EQ(newer.substr(0, newer.find('\n')), "Auto ExposureControl:  on ");
     const std::string older = statusOf(R"({"exposure": {"supported": true, "auto": true}})");
     EXPECT_EQ(older.substr(0, older.find('\n')), "Auto Exposure:  on ");
 }
 
-TEST_F(CameraStatus, TheOlderExposureIsNotAskedBesideTheNewer) {
+TEST_F(CameraStatusTest, TheOlderExposureIsNotAskedBesideTheNewer) {
     const std::string text = statusOf(R"({"exposureControl": {"supported": true}, "exposure": {"supported": true}})");
     EXPECT_EQ(text.find("Auto Exposure: "), std::string::npos) << text;
 }
 
-TEST_F(CameraStatus, BothWhiteBalancesAreTold) {
+TEST_F(CameraStatusTest, BothWhiteBalancesAreTold) {
     EXPECT_EQ(statusOf(R"({"whiteBalanceControl": {"supported": true}, "whiteBalance": {"supported": true}})"),
               "WB control: 0\n"
               "WB auto: 0\n"
               "Camera Stream State: 0\n");
 }
 
-TEST_F(CameraStatus, AnExposureThatCannotBeReadIsPassedOverInSilence) {
+TEST_F(CameraStatusTest, AnExposureThatCannotBeReadIsPassedOverInSilence) {
     EXPECT_EQ(statusOf(R"({"exposure": {"supported": true, "refuse": ["TryGetAuto", "TryGetValue"]}})"),
               "Camera Stream State: 0\n");
     EXPECT_EQ(statusOf(R"({"exposure": {"supported": true, "refuse": ["TryGetAuto"]}})"), "Exposure time: 0.000000\n"
                                                                                           "Camera Stream State: 0\n");
 }
 
-TEST_F(CameraStatus, AWhiteBalanceThatCannotBeReadIsTold) {
+TEST_F(CameraStatusTest, AWhiteBalanceThatCannotBeReadIsTold) {
     EXPECT_EQ(statusOf(R"({"whiteBalance": {"supported": true, "refuse": ["TryGetAuto"]}})"),
               "Failed to get auto\n"
               "Camera Stream State: 0\n");
 }
 
-TEST_F(CameraStatus, ARunningStreamIsState1) {
+TEST_F(CameraStatusTest, ARunningStreamIsState1) {
     useCamera("{}");
     const auto capture = openCamera();
     const auto sources = capture->FrameSources();
@@ -86,7 +86,7 @@ TEST_F(CameraStatus, ARunningStreamIsState1) {
     EXPECT_EQ(console.text(), "Camera Stream State: 1\n");
 }
 
-TEST_F(CameraStatus, ACaptureThatIsNotOpenRaises) {
+TEST_F(CameraStatusTest, ACaptureThatIsNotOpenRaises) {
     useCamera("{}");
     TypedConsole console;
     errorOf([&] { printCameraStatus(console, connectionTo("another camera").mediaCapture); });

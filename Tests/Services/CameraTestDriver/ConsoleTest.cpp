@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(Console, WideAndNarrowTextGoToOneOutputInTheOrderOfWritingInUtf8) {
+TEST(ConsoleTest, WideAndNarrowTextGoToOneOutputInTheOrderOfWritingInUtf8) {
     TypedConsole console;
     console->writeLine("narrow é ", std::u16string(u"wide é \U0001F4F7"), std::string(" narrow"));
     console->write(u"wide, ");
@@ -13,13 +13,13 @@ TEST(Console, WideAndNarrowTextGoToOneOutputInTheOrderOfWritingInUtf8) {
     EXPECT_EQ(console.text(), "narrow é wide é \U0001F4F7 narrow\nwide, narrow, wide\n");
 }
 
-TEST(Console, WideTextThatIsNotWellFormedIsLeftOut) {
+TEST(ConsoleTest, WideTextThatIsNotWellFormedIsLeftOut) {
     TypedConsole console;
     console->writeLine("[", std::u16string(1, u'\xD800'), "]");
     EXPECT_EQ(console.text(), "[]\n");
 }
 
-TEST(Console, DoublesHaveSixDigitsBehindThePointAndOtherNumbersAreDecimal) {
+TEST(ConsoleTest, DoublesHaveSixDigitsBehindThePointAndOtherNumbersAreDecimal) {
     TypedConsole console;
     console->writeLine(-6.5, " ", 0.5F, " ", 1e21, " ", 1.0 / 3.0);
     console->writeLine(-7, " ", std::uint32_t{4294967295U}, " ", std::int64_t{-9223372036854775807});
@@ -27,7 +27,7 @@ TEST(Console, DoublesHaveSixDigitsBehindThePointAndOtherNumbersAreDecimal) {
                               "-7 4294967295 -9223372036854775807\n");
 }
 
-TEST(Console, APromptIsFlushedBeforeTheReadAndHasNoLineEnd) {
+TEST(ConsoleTest, APromptIsFlushedBeforeTheReadAndHasNoLineEnd) {
     TypedConsole console("5");
     std::int32_t number = -1;
     console->ask("Which?> ", number);
@@ -36,7 +36,7 @@ TEST(Console, APromptIsFlushedBeforeTheReadAndHasNoLineEnd) {
     EXPECT_EQ(number, 5);
 }
 
-TEST(Console, AnswersAreDividedByBlanksAndLineEnds) {
+TEST(ConsoleTest, AnswersAreDividedByBlanksAndLineEnds) {
     TypedConsole console("  5 -7\n\n 1\r\n0");
     std::int32_t first = -1;
     std::int32_t second = -1;
@@ -52,7 +52,7 @@ TEST(Console, AnswersAreDividedByBlanksAndLineEnds) {
     EXPECT_FALSE(fourth);
 }
 
-TEST(Console, AReadThatFailsStores0AndLaterOnesStoreNothing) {
+TEST(ConsoleTest, AReadThatFailsStores0AndLaterOnesStoreNothing) {
     TypedConsole console("abc 5");
     std::int32_t first = -1;
     std::int32_t second = -1;
@@ -66,7 +66,7 @@ TEST(Console, AReadThatFailsStores0AndLaterOnesStoreNothing) {
     EXPECT_EQ(console.text(), "abc") << "the prompts go on";
 }
 
-TEST(Console, AReadAtTheEndOfTheInputStoresNothing) {
+TEST(ConsoleTest, AReadAtTheEndOfTheInputStoresNothing) {
     TypedConsole console("5");
     std::int32_t number = -1;
     console->ask("", number);
@@ -75,7 +75,7 @@ TEST(Console, AReadAtTheEndOfTheInputStoresNothing) {
     EXPECT_EQ(number, -1);
 }
 
-TEST(Console, ANumberTooLargeBecomesTheLargestAndFailsTheInput) {
+TEST(ConsoleTest, ANumberTooLargeBecomesTheLargestAndFailsTheInput) {
     TypedConsole console("2147483648 5");
     std::int32_t first = -1;
     std::int32_t second = -1;
@@ -85,7 +85,7 @@ TEST(Console, ANumberTooLargeBecomesTheLargestAndFailsTheInput) {
     EXPECT_EQ(second, -1);
 }
 
-TEST(Console, AFlagOtherThan0And1IsTrueAndFailsTheInput) {
+TEST(ConsoleTest, AFlagOtherThan0And1IsTrueAndFailsTheInput) {
     TypedConsole console("2 0");
     bool first = false;
     bool second = true;
@@ -95,7 +95,7 @@ TEST(Console, AFlagOtherThan0And1IsTrueAndFailsTheInput) {
     EXPECT_TRUE(second);
 }
 
-TEST(Console, AWordEndsAtABlankAndIsConvertedToWideText) {
+TEST(ConsoleTest, AWordEndsAtABlankAndIsConvertedToWideText) {
     TypedConsole console("\n usb:\u00e9\U0001F4F7#1 rest");
     std::u16string word;
     console->ask("ID?>", word);
@@ -104,7 +104,7 @@ TEST(Console, AWordEndsAtABlankAndIsConvertedToWideText) {
     EXPECT_EQ(word, u"rest");
 }
 
-TEST(Console, AWordThatIsNotUtf8IsEmpty) {
+TEST(ConsoleTest, AWordThatIsNotUtf8IsEmpty) {
     TypedConsole console("\xff\xfe");
     std::u16string word = u"before";
     console->ask("ID?>", word);

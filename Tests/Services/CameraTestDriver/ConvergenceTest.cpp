@@ -7,7 +7,7 @@ namespace {
 using std::chrono::milliseconds;
 using Texts = std::vector<std::string>;
 
-class Convergence : public DriverFixture {
+class ConvergenceTest : public DriverFixture {
 protected:
     std::string run(const std::string& hardware, bool exposure, bool focus, bool wb) {
         useCamera(hardware);
@@ -17,13 +17,13 @@ protected:
     }
 };
 
-TEST_F(Convergence, ThreeFalseFlagsDoNothing) {
+TEST_F(ConvergenceTest, ThreeFalseFlagsDoNothing) {
     EXPECT_EQ(run(R"({"exposure": {"supported": true}})", false, false, false), "");
     EXPECT_EQ(changes(), Texts{});
     EXPECT_TRUE(clock().sleeps().empty());
 }
 
-TEST_F(Convergence, TheOlderControlsAreOnForTwoSeconds) {
+TEST_F(ConvergenceTest, TheOlderControlsAreOnForTwoSeconds) {
     EXPECT_EQ(
         run(R"({"exposure": {"supported": true}, "focus": {"supported": true}, "whiteBalance": {"supported": true}})",
             true, true, true),
@@ -45,7 +45,7 @@ TEST_F(Convergence, TheOlderControlsAreOnForTwoSeconds) {
     EXPECT_EQ(clock().sleeps(), std::vector{milliseconds(2000)});
 }
 
-TEST_F(Convergence, TheNewerControlsArePreferred) {
+TEST_F(ConvergenceTest, TheNewerControlsArePreferred) {
     EXPECT_EQ(run(R"({"exposureControl": {"supported": true}, "focusControl": {"supported": true, "preset": 4},
                       "whiteBalanceControl": {"supported": true, "preset": 3}, "exposure": {"supported": true},
                       "focus": {"supported": true}, "whiteBalance": {"supported": true}})",
@@ -66,7 +66,7 @@ TEST_F(Convergence, TheNewerControlsArePreferred) {
         << "the presets stay automatic";
 }
 
-TEST_F(Convergence, AFalseFlagIsSwitchedOffOnce) {
+TEST_F(ConvergenceTest, AFalseFlagIsSwitchedOffOnce) {
     EXPECT_EQ(
         run(R"({"exposure": {"supported": true}, "focus": {"supported": true}, "whiteBalance": {"supported": true}})",
             true, false, false),
@@ -80,12 +80,12 @@ TEST_F(Convergence, AFalseFlagIsSwitchedOffOnce) {
         "Auto Exposure:  off \n");
 }
 
-TEST_F(Convergence, EachFlagIsNamed) {
+TEST_F(ConvergenceTest, EachFlagIsNamed) {
     EXPECT_EQ(run("{}", false, true, false).substr(0, 50), "Turning on a preview stream to converge: [focus] \n");
     EXPECT_EQ(run("{}", false, false, true).substr(0, 47), "Turning on a preview stream to converge: [WB] \n");
 }
 
-TEST_F(Convergence, ACameraWithoutControls) {
+TEST_F(ConvergenceTest, ACameraWithoutControls) {
     EXPECT_EQ(run("{}", true, true, true), "Turning on a preview stream to converge: [exposure] [focus] [WB] \n"
                                            "Turn auto settings on or off..\n"
                                            "No exposure control supported\n"
@@ -99,7 +99,7 @@ TEST_F(Convergence, ACameraWithoutControls) {
     EXPECT_EQ(clock().sleeps(), std::vector{milliseconds(2000)});
 }
 
-TEST_F(Convergence, ACameraThatRefuses) {
+TEST_F(ConvergenceTest, ACameraThatRefuses) {
     EXPECT_EQ(run(R"({"exposure": {"supported": true, "refuse": ["TrySetAuto"]},
                       "focus": {"supported": true, "refuse": ["TrySetAuto"]},
                       "whiteBalance": {"supported": true, "refuse": ["TrySetAuto"]}})",
@@ -116,7 +116,7 @@ TEST_F(Convergence, ACameraThatRefuses) {
               "Can't set auto WB:  off \n");
 }
 
-TEST_F(Convergence, ControlsWithoutAutomaticModeAreLeftAloneButForExposure) {
+TEST_F(ConvergenceTest, ControlsWithoutAutomaticModeAreLeftAloneButForExposure) {
     EXPECT_EQ(run(R"({"exposure": {"supported": true, "autoModeSupported": false},
                       "focus": {"supported": true, "autoModeSupported": false},
                       "whiteBalance": {"supported": true, "autoModeSupported": false}})",
@@ -135,7 +135,7 @@ TEST_F(Convergence, ControlsWithoutAutomaticModeAreLeftAloneButForExposure) {
               (Texts{"MediaDeviceControl.TrySetAuto Exposure[true]", "MediaDeviceControl.TrySetAuto Exposure[false]"}));
 }
 
-TEST_F(Convergence, AFailureOfThePlatformGoesToTheCaller) {
+TEST_F(ConvergenceTest, AFailureOfThePlatformGoesToTheCaller) {
     useCamera(R"({"focusControl": {"supported": true}, "faults": {"FocusControl.SetPresetAsync": {"code": -5}}})");
     TypedConsole console;
     EXPECT_EQ(errorOf([&] { converge(console, connectionTo("cam"), true, true, true); }).code(), -5);

@@ -8,7 +8,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-class MainMenu : public DriverFixture {
+class MainMenuTest : public DriverFixture {
 protected:
     std::string run(const std::string& typed, int next = MainMenuState) {
         TypedConsole console(typed);
@@ -24,13 +24,13 @@ protected:
     DriverContext context;
 };
 
-TEST_F(MainMenu, TheStatesHaveTheirNumbers) {
+TEST_F(MainMenuTest, TheStatesHaveTheirNumbers) {
     EXPECT_EQ(MainMenuState, 0);
     EXPECT_EQ(CameraMenuState, 2);
     EXPECT_EQ(LeaveState, 3);
 }
 
-TEST_F(MainMenu, Help) {
+TEST_F(MainMenuTest, Help) {
     EXPECT_EQ(run("0"), "Main> You may..\n"
                         "1. List Available Cameras\n"
                         "2. Connect to a listed Camera \n"
@@ -41,7 +41,7 @@ TEST_F(MainMenu, Help) {
                         "\n");
 }
 
-TEST_F(MainMenu, CamerasAreListedFrom0) {
+TEST_F(MainMenuTest, CamerasAreListedFrom0) {
     useTwoCameras();
     EXPECT_EQ(run("1"), "Main> Found Source Group. Display Name: Group of left Id: left group\n"
                         "  SourceInfo.  Id: left source StreamType: VideoPreview\n"
@@ -66,7 +66,7 @@ TEST_F(MainMenu, CamerasAreListedFrom0) {
                         "\n");
 }
 
-TEST_F(MainMenu, AListingReplacesTheOneBefore) {
+TEST_F(MainMenuTest, AListingReplacesTheOneBefore) {
     useTwoCameras();
     run("1");
     run("1");
@@ -76,7 +76,7 @@ TEST_F(MainMenu, AListingReplacesTheOneBefore) {
     EXPECT_TRUE(context.availableCameras.empty());
 }
 
-TEST_F(MainMenu, ACameraIsPrintedWithMakeAndModel) {
+TEST_F(MainMenuTest, ACameraIsPrintedWithMakeAndModel) {
     DriverCamera camera;
     camera.name = u"Name é";
     camera.make = u"Make";
@@ -90,7 +90,7 @@ TEST_F(MainMenu, ACameraIsPrintedWithMakeAndModel) {
     EXPECT_EQ(console.text(), "Name é:Make:Model\n1920x1080\nthe id:3\n\n");
 }
 
-TEST_F(MainMenu, AListedCameraIsConnectedByItsNumber) {
+TEST_F(MainMenuTest, AListedCameraIsConnectedByItsNumber) {
     useTwoCameras();
     run("1");
     EXPECT_EQ(run("2 1"), "Main> \n"
@@ -103,7 +103,7 @@ TEST_F(MainMenu, AListedCameraIsConnectedByItsNumber) {
     EXPECT_EQ(context.selectedConnection, -1);
 }
 
-TEST_F(MainMenu, ANumberThatNoListedCameraHas) {
+TEST_F(MainMenuTest, ANumberThatNoListedCameraHas) {
     useTwoCameras();
     const std::string refusal = "Main> \n"
                                 "Connect to Camera..\n"
@@ -115,7 +115,7 @@ TEST_F(MainMenu, ANumberThatNoListedCameraHas) {
     EXPECT_TRUE(context.connectedCameras.empty());
 }
 
-TEST_F(MainMenu, ACameraConnectedTwiceStandsInTheListTwice) {
+TEST_F(MainMenuTest, ACameraConnectedTwiceStandsInTheListTwice) {
     useTwoCameras();
     run("1");
     run("2 0");
@@ -133,7 +133,7 @@ TEST_F(MainMenu, ACameraConnectedTwiceStandsInTheListTwice) {
                         "\n");
 }
 
-TEST_F(MainMenu, AKnownCameraIsConnectedByIdAndKindWithoutAListing) {
+TEST_F(MainMenuTest, AKnownCameraIsConnectedByIdAndKindWithoutAListing) {
     useTwoCameras();
     EXPECT_EQ(run("3 right 1"), "Main> Connect known..\n"
                                 "ID?>\n"
@@ -148,7 +148,7 @@ TEST_F(MainMenu, AKnownCameraIsConnectedByIdAndKindWithoutAListing) {
                         "\n");
 }
 
-TEST_F(MainMenu, ACameraThatNothingMatchesIsTakenForConnected) {
+TEST_F(MainMenuTest, ACameraThatNothingMatchesIsTakenForConnected) {
     useTwoCameras();
     EXPECT_EQ(run("3 left 2"), "Main> Connect known..\n"
                                "ID?>\n"
@@ -158,7 +158,7 @@ TEST_F(MainMenu, ACameraThatNothingMatchesIsTakenForConnected) {
     EXPECT_EQ(calls("MediaCapture.InitializeAsync"), Texts{});
 }
 
-TEST_F(MainMenu, OnlyANullCaptureIsAFailedConnection) {
+TEST_F(MainMenuTest, OnlyANullCaptureIsAFailedConnection) {
     Platform::setCameraPlatformFactory([] { return std::make_shared<BarrenPlatform>([] { return nullptr; }); });
     context.availableCameras.emplace_back();
     EXPECT_EQ(run("2 0"), "Main> \n"
@@ -171,9 +171,9 @@ TEST_F(MainMenu, OnlyANullCaptureIsAFailedConnection) {
     EXPECT_TRUE(context.connectedCameras.empty());
 }
 
-TEST_F(MainMenu, NoConnectedCameras) { EXPECT_EQ(run("4"), "Main> Connected cams..\n"); }
+TEST_F(MainMenuTest, NoConnectedCameras) { EXPECT_EQ(run("4"), "Main> Connected cams..\n"); }
 
-TEST_F(MainMenu, AConnectedCameraIsSelectedByItsNumber) {
+TEST_F(MainMenuTest, AConnectedCameraIsSelectedByItsNumber) {
     useTwoCameras();
     run("3 left 1");
     run("3 right 1");
@@ -181,7 +181,7 @@ TEST_F(MainMenu, AConnectedCameraIsSelectedByItsNumber) {
     EXPECT_EQ(context.selectedConnection, 1);
 }
 
-TEST_F(MainMenu, ANumberThatNoConnectedCameraHasLeavesTheSelection) {
+TEST_F(MainMenuTest, ANumberThatNoConnectedCameraHasLeavesTheSelection) {
     useTwoCameras();
     run("3 left 1");
     run("5 0", CameraMenuState);
@@ -192,15 +192,15 @@ TEST_F(MainMenu, ANumberThatNoConnectedCameraHasLeavesTheSelection) {
     EXPECT_EQ(context.selectedConnection, 0);
 }
 
-TEST_F(MainMenu, ExitIsTheStateThatLeaves) { EXPECT_EQ(run("6", LeaveState), "Main> "); }
+TEST_F(MainMenuTest, ExitIsTheStateThatLeaves) { EXPECT_EQ(run("6", LeaveState), "Main> "); }
 
-TEST_F(MainMenu, AnUnknownNumberPromptsAgainWithinTheSameCall) {
+TEST_F(MainMenuTest, AnUnknownNumberPromptsAgainWithinTheSameCall) {
     EXPECT_EQ(run("7 -1 6", LeaveState), "Main> We don't actually have anything implemented for that\n"
                                          "Main> We don't actually have anything implemented for that\n"
                                          "Main> ");
 }
 
-TEST_F(MainMenu, AFailureOfThePlatformGoesToTheCaller) {
+TEST_F(MainMenuTest, AFailureOfThePlatformGoesToTheCaller) {
     useScenario(R"("groups": [], "faults": {"MediaFrameSourceGroup.FindAllAsync": {"code": -3}})");
     TypedConsole console("1");
     EXPECT_EQ(errorOf([&] { runMainMenu(console, context); }).code(), -3);

@@ -9,9 +9,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class OutputFolder : public DriverFixture {
+class OutputFolderTest : public DriverFixture {
 protected:
-    OutputFolder() { useScenario(R"("groups": [])"); }
+    OutputFolderTest() { useScenario(R"("groups": [])"); }
 
     /// The path of the folder, UTF-8.
     std::string open(const std::u16string& name) { return Halden::toUtf8(openOutputFolder(console, name)->Path()); }
@@ -23,27 +23,27 @@ protected:
     TypedConsole console;
 };
 
-TEST_F(OutputFolder, StandsBesideTheExecutableUnderTheCamerasName) {
+TEST_F(OutputFolderTest, StandsBesideTheExecutableUnderTheCamerasName) {
     EXPECT_EQ(open(Halden::toUtf16(cameraName())), outputFolder().native());
     EXPECT_TRUE(fs::is_directory(outputFolder()));
     EXPECT_EQ(console.text(), "");
 }
 
-TEST_F(OutputFolder, OneThatIsThereIsUsedAsItIs) {
+TEST_F(OutputFolderTest, OneThatIsThereIsUsedAsItIs) {
     fs::create_directory(outputFolder());
     std::ofstream(outputFolder() / "older.png");
     EXPECT_EQ(open(Halden::toUtf16(cameraName())), outputFolder().native());
     EXPECT_EQ(filesIn(outputFolder()), std::vector<std::string>{"older.png"});
 }
 
-TEST_F(OutputFolder, ASeparatorInTheNameMakesAFolderWithinAFolder) {
+TEST_F(OutputFolderTest, ASeparatorInTheNameMakesAFolderWithinAFolder) {
     EXPECT_EQ(open(Halden::toUtf16(cameraName() + "/front/left")), (outputFolder() / "front" / "left").native());
     EXPECT_EQ(open(Halden::toUtf16(cameraName() + "\\back")), (outputFolder() / "back").native());
     EXPECT_TRUE(fs::is_directory(outputFolder() / "front" / "left"));
     EXPECT_TRUE(fs::is_directory(outputFolder() / "back"));
 }
 
-TEST_F(OutputFolder, NamesThatWouldLeadElsewhereAreRefused) {
+TEST_F(OutputFolderTest, NamesThatWouldLeadElsewhereAreRefused) {
     for (const std::u16string name : {u".", u"..", u"../elsewhere", u"camera/../../elsewhere", u"..\\elsewhere",
                                       u"/elsewhere", u"\\elsewhere", u"camera//left"}) {
         EXPECT_EQ(refusalOf(name).code(), winrt::result::invalidArgument) << Halden::toUtf8(name);
@@ -53,36 +53,36 @@ TEST_F(OutputFolder, NamesThatWouldLeadElsewhereAreRefused) {
     EXPECT_FALSE(fs::exists("/elsewhere"));
 }
 
-TEST_F(OutputFolder, ANameOfNothingIsRefused) {
+TEST_F(OutputFolderTest, ANameOfNothingIsRefused) {
     EXPECT_EQ(refusalOf(u"").code(), winrt::result::invalidArgument);
     EXPECT_EQ(refusalOf(std::u16string(1, u'\xD800')).code(), winrt::result::invalidArgument)
         << "what is not well-formed is nothing in UTF-8";
 }
 
-TEST_F(OutputFolder, ThreeDotsAreAnOrdinaryName) {
+TEST_F(OutputFolderTest, ThreeDotsAreAnOrdinaryName) {
     EXPECT_EQ(open(Halden::toUtf16(cameraName() + "/...")), (outputFolder() / "...").native());
 }
 
-TEST_F(OutputFolder, ANameMayHaveAnyLetters) {
+TEST_F(OutputFolderTest, ANameMayHaveAnyLetters) {
     EXPECT_EQ(open(Halden::toUtf16(cameraName() + " \u00e9 \U0001F4F7")),
               (outputFolder().native() + " \u00e9 \U0001F4F7"));
     fs::remove(outputFolder().native() + " \u00e9 \U0001F4F7");
 }
 
-TEST_F(OutputFolder, AFileInItsPlaceRaises) {
+TEST_F(OutputFolderTest, AFileInItsPlaceRaises) {
     std::ofstream(outputFolder()) << "a file";
     const auto error = refusalOf(Halden::toUtf16(cameraName()));
     EXPECT_LT(error.code(), 0);
     EXPECT_NE(Halden::toUtf8(error.message()).find(cameraName()), std::string::npos) << Halden::toUtf8(error.message());
 }
 
-TEST_F(OutputFolder, WithoutAnExecutableItIsLookedForElsewhereWithANote) {
+TEST_F(OutputFolderTest, WithoutAnExecutableItIsLookedForElsewhereWithANote) {
     const auto error = errorOf([&] { openOutputFolder(console, u"camera", fs::path()); });
     EXPECT_EQ(console.text(), "\nError getting the path to executable, defaulting output folder to C:\\test");
     EXPECT_EQ(error.code(), winrt::result::invalidArgument) << "there is no such place on this system";
 }
 
-TEST_F(OutputFolder, AnExecutableThatHasGoneRaises) {
+TEST_F(OutputFolderTest, AnExecutableThatHasGoneRaises) {
     EXPECT_EQ(errorOf([&] { openOutputFolder(console, u"camera", "/nowhere/program"); }).code(),
               winrt::result::notFound);
 }

@@ -14,9 +14,9 @@ namespace {
 using Texts = std::vector<std::string>;
 using Platform::Imaging::RgbImage;
 
-class SavePicture : public DriverFixture {
+class SavePictureTest : public DriverFixture {
 protected:
-    SavePicture() { useScenario(R"("groups": [)" + cameraGroup("cam", cameraName(), 320, 240) + "]"); }
+    SavePictureTest() { useScenario(R"("groups": [)" + cameraGroup("cam", cameraName(), 320, 240) + "]"); }
 
     std::string take() {
         TypedConsole console;
@@ -51,7 +51,7 @@ protected:
     winrt::hresult raised = winrt::result::ok;
 };
 
-TEST_F(SavePicture, TheFileIsNamedAfterTheCounterAndTheId) {
+TEST_F(SavePictureTest, TheFileIsNamedAfterTheCounterAndTheId) {
     connect();
     const std::string id = take();
     EXPECT_EQ(save("1\n"), "Save an image..\n"
@@ -64,7 +64,7 @@ TEST_F(SavePicture, TheFileIsNamedAfterTheCounterAndTheId) {
     EXPECT_EQ(connection.images.size(), 1U) << "the picture itself stays in memory";
 }
 
-TEST_F(SavePicture, TheThirdSaveHasTheNumber2) {
+TEST_F(SavePictureTest, TheThirdSaveHasTheNumber2) {
     connect();
     for (const char* typed : {"1", "1", "1"}) {
         take();
@@ -76,7 +76,7 @@ TEST_F(SavePicture, TheThirdSaveHasTheNumber2) {
     EXPECT_EQ(connection.saveCounter, 3);
 }
 
-TEST_F(SavePicture, SavingTheFirstOfTwoMakesTheSecondOneNumber1) {
+TEST_F(SavePictureTest, SavingTheFirstOfTwoMakesTheSecondOneNumber1) {
     connect();
     take();
     const std::string second = take();
@@ -86,7 +86,7 @@ TEST_F(SavePicture, SavingTheFirstOfTwoMakesTheSecondOneNumber1) {
     EXPECT_EQ(filesIn(outputFolder()).back(), "1-" + second + ".png");
 }
 
-TEST_F(SavePicture, NumbersBeginAt1AndEndWithTheList) {
+TEST_F(SavePictureTest, NumbersBeginAt1AndEndWithTheList) {
     connect();
     take();
     EXPECT_EQ(save("0"), "Save an image..\nWhich?> \nWe don't have image 0\n");
@@ -97,7 +97,7 @@ TEST_F(SavePicture, NumbersBeginAt1AndEndWithTheList) {
     EXPECT_EQ(connection.saveCounter, 0);
 }
 
-TEST_F(SavePicture, TheFileDecodesToThePictureThatWasTaken) {
+TEST_F(SavePictureTest, TheFileDecodesToThePictureThatWasTaken) {
     connect();
     const std::string id = take();
     const auto& taken = *connection.images.at(id);
@@ -113,7 +113,7 @@ TEST_F(SavePicture, TheFileDecodesToThePictureThatWasTaken) {
     }
 }
 
-TEST_F(SavePicture, TheColoursOfTheTestChartAreInTheFile) {
+TEST_F(SavePictureTest, TheColoursOfTheTestChartAreInTheFile) {
     connect();
     const std::string id = take();
     save("1");
@@ -130,7 +130,7 @@ TEST_F(SavePicture, TheColoursOfTheTestChartAreInTheFile) {
     }
 }
 
-TEST_F(SavePicture, ATakenNameGetsANumber) {
+TEST_F(SavePictureTest, ATakenNameGetsANumber) {
     connect();
     const std::string id = take();
     std::filesystem::create_directories(outputFolder());
@@ -144,7 +144,7 @@ TEST_F(SavePicture, ATakenNameGetsANumber) {
     EXPECT_EQ(std::filesystem::file_size(outputFolder() / ("0-" + id + ".png")), 12U);
 }
 
-TEST_F(SavePicture, APictureOfAnotherCameraRaisesAndLeavesAnEmptyFile) {
+TEST_F(SavePictureTest, APictureOfAnotherCameraRaisesAndLeavesAnEmptyFile) {
     connect();
     const std::string id = take();
     connect(); // the same camera again is a connection of its own
@@ -158,7 +158,7 @@ TEST_F(SavePicture, APictureOfAnotherCameraRaisesAndLeavesAnEmptyFile) {
     EXPECT_EQ(connection.saveCounter, 1);
 }
 
-TEST_F(SavePicture, AnIdOfAFailedCaptureRaisesTheSameWay) {
+TEST_F(SavePictureTest, AnIdOfAFailedCaptureRaisesTheSameWay) {
     useScenario(R"("groups": [)" + cameraGroup("cam", cameraName()) +
                 R"(], "cameras": {"cam": {"capture": {"outcome": "error"}}})");
     connect();
@@ -169,7 +169,7 @@ TEST_F(SavePicture, AnIdOfAFailedCaptureRaisesTheSameWay) {
     EXPECT_EQ(raised, winrt::result::invalidArgument);
 }
 
-TEST_F(SavePicture, AFolderThatHasGoneRaises) {
+TEST_F(SavePictureTest, AFolderThatHasGoneRaises) {
     connect();
     take();
     TypedConsole console("1");

@@ -12,7 +12,7 @@
 
 namespace {
 
-class TestDriverMain : public DriverFixture {
+class TestDriverMainTest : public DriverFixture {
 protected:
     /// As much as the driver writes within that many bytes, when it goes on for ever.
     static std::string endlessSession(const std::string& typed, std::size_t limit = 100'000) {
@@ -40,9 +40,9 @@ const std::string mainHelp = "Main> You may..\n"
                              "6. Exit App.\n"
                              "\n";
 
-TEST_F(TestDriverMain, GreetsAndLeaves) { EXPECT_EQ(session("6\n"), greeting + "Main> "); }
+TEST_F(TestDriverMainTest, GreetsAndLeaves) { EXPECT_EQ(session("6\n"), greeting + "Main> "); }
 
-TEST_F(TestDriverMain, AWholeSession) {
+TEST_F(TestDriverMainTest, AWholeSession) {
     useScenario(R"("groups": [)" + cameraGroup("cam", cameraName(), 320, 240) + R"(],
         "cameras": {"cam": {"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "value": -6},
                             "whiteBalance": {"supported": true}}})");
@@ -110,20 +110,20 @@ TEST_F(TestDriverMain, AWholeSession) {
     EXPECT_EQ(imageIds().size(), 1U) << "the list outlives the driver";
 }
 
-TEST_F(TestDriverMain, APlatformFailureInTheMainMenuEndsIt) {
+TEST_F(TestDriverMainTest, APlatformFailureInTheMainMenuEndsIt) {
     useScenario(R"("groups": [], "faults": {"MediaFrameSourceGroup.FindAllAsync":
                     {"message": "Keine Kameras für Sie.", "code": -2147024891}})");
     EXPECT_EQ(session("1\n0\n"), greeting + "Main> Keine Kameras für Sie. -2147024891\n");
 }
 
-TEST_F(TestDriverMain, APlatformFailureInTheCameraMenuEndsIt) {
+TEST_F(TestDriverMainTest, APlatformFailureInTheCameraMenuEndsIt) {
     useCamera(R"({"isoSpeedControl": {"supported": true},
                   "faults": {"IsoSpeedControl.SetValueAsync": {"message": "It broke.", "code": -7}}})");
     const std::string text = session("1 2 0 5 0 8 0");
     EXPECT_EQ(text.substr(text.rfind("Which?> ")), "Which?> ActOnCamera> It broke. -7\n");
 }
 
-TEST_F(TestDriverMain, ACameraThatIsNotOpenEndsItAtTheFirstUse) {
+TEST_F(TestDriverMainTest, ACameraThatIsNotOpenEndsItAtTheFirstUse) {
     useScenario(R"("groups": [])");
     const std::string text = session("3 nowhere 1 5 0 2");
     EXPECT_EQ(text.rfind(greeting + "Main> Connect known..\n"
@@ -138,7 +138,7 @@ TEST_F(TestDriverMain, ACameraThatIsNotOpenEndsItAtTheFirstUse) {
     EXPECT_TRUE(std::filesystem::remove(executableFolder() / "Reloaded")) << "the folder of a camera typed in";
 }
 
-TEST_F(TestDriverMain, AFolderThatCannotBeMadeEndsItWithThePlatformsMessage) {
+TEST_F(TestDriverMainTest, AFolderThatCannotBeMadeEndsItWithThePlatformsMessage) {
     useScenario(R"("groups": [)" + cameraGroup("cam", cameraName()) + "]");
     std::ofstream(outputFolder()) << "a file in its place";
     const std::string text = session("1 2 0 5 0 14 6");
@@ -146,7 +146,7 @@ TEST_F(TestDriverMain, AFolderThatCannotBeMadeEndsItWithThePlatformsMessage) {
     EXPECT_EQ(end, "Which?> mkdir on FOLDER/Test Camera: File exists -2147467259\n");
 }
 
-TEST_F(TestDriverMain, AFolderThatCannotBeWrittenEndsItWithThePlatformsMessage) {
+TEST_F(TestDriverMainTest, AFolderThatCannotBeWrittenEndsItWithThePlatformsMessage) {
     std::filesystem::create_directory(outputFolder());
     runInPrivateMounts([&] {
         ASSERT_TRUE(mountMemory(outputFolder(), 1 << 20));
@@ -160,7 +160,7 @@ TEST_F(TestDriverMain, AFolderThatCannotBeWrittenEndsItWithThePlatformsMessage) 
     });
 }
 
-TEST_F(TestDriverMain, APictureOfAnotherCameraEndsItWithThePlatformsMessage) {
+TEST_F(TestDriverMainTest, APictureOfAnotherCameraEndsItWithThePlatformsMessage) {
     useScenario(R"("groups": [)" + cameraGroup("cam", cameraName()) + "]");
     const std::string text = session("1 2 0 2 0 5 0 10 14 5 1 12 1 6");
     const std::string end = text.substr(text.rfind("Which?> "));
@@ -170,32 +170,32 @@ TEST_F(TestDriverMain, APictureOfAnotherCameraEndsItWithThePlatformsMessage) {
     EXPECT_EQ(filesIn(outputFolder()).size(), 1U) << "an empty file";
 }
 
-TEST_F(TestDriverMain, APlatformThatCannotBeMadeEndsIt) {
+TEST_F(TestDriverMainTest, APlatformThatCannotBeMadeEndsIt) {
     Platform::setCameraPlatformFactory(
         []() -> std::shared_ptr<Platform::CameraPlatform> { throw winrt::hresult_error(-4, u"No platform."); });
     EXPECT_EQ(session("1"), greeting + "Main> No platform. -4\n");
 }
 
-TEST_F(TestDriverMain, AnyOtherExceptionGoesToTheCaller) {
+TEST_F(TestDriverMainTest, AnyOtherExceptionGoesToTheCaller) {
     Platform::setCameraPlatformFactory(
         []() -> std::shared_ptr<Platform::CameraPlatform> { throw std::runtime_error("another"); });
     TypedConsole console("1");
     EXPECT_THROW(testDriverMain(console), std::runtime_error);
 }
 
-TEST_F(TestDriverMain, TextInPlaceOfANumberGivesTheHelpOnceAndThenTheSameLineWithoutEnd) {
+TEST_F(TestDriverMainTest, TextInPlaceOfANumberGivesTheHelpOnceAndThenTheSameLineWithoutEnd) {
     const std::string text = endlessSession("list\n6\n");
     EXPECT_EQ(text, repeated(greeting + mainHelp, "Main> We don't actually have anything implemented for that\n",
                              text.size()));
     EXPECT_EQ(text.size(), 100'000U);
 }
 
-TEST_F(TestDriverMain, TheEndOfTheInputRepeatsTheSameLineWithoutEnd) {
+TEST_F(TestDriverMainTest, TheEndOfTheInputRepeatsTheSameLineWithoutEnd) {
     const std::string text = endlessSession("");
     EXPECT_EQ(text, repeated(greeting, "Main> We don't actually have anything implemented for that\n", text.size()));
 }
 
-TEST_F(TestDriverMain, TextInPlaceOfACommandRepeatsTheCameraMenuWithoutEnd) {
+TEST_F(TestDriverMainTest, TextInPlaceOfACommandRepeatsTheCameraMenuWithoutEnd) {
     useCamera("{}");
     const std::string text = endlessSession("1 2 0 5 0 up", 10'000);
     const std::string beginning = text.substr(0, text.find("ActOnCamera> "));
@@ -218,7 +218,7 @@ TEST_F(TestDriverMain, TextInPlaceOfACommandRepeatsTheCameraMenuWithoutEnd) {
               repeated(beginning + help, "ActOnCamera> We don't actually have that implemented.. \n", text.size()));
 }
 
-TEST_F(TestDriverMain, LeavingReleasesTheCamerasAndClosesNone) {
+TEST_F(TestDriverMainTest, LeavingReleasesTheCamerasAndClosesNone) {
     std::vector<std::weak_ptr<UntouchedCapture>> captures;
     const auto makeCapture = [&captures] {
         const auto capture = std::make_shared<testing::StrictMock<UntouchedCapture>>(); // no call, not even Close

@@ -34,9 +34,9 @@ template <typename Error> std::shared_ptr<Unreadable<Error>> unreadable(Error er
 
 const winrt::hresult_error deviceLost(-77, u"lost");
 
-class CameraEnumerationFailures : public CameraEnumerationFixture {};
+class CameraEnumerationFailuresTest : public CameraEnumerationFixture {};
 
-TEST_F(CameraEnumerationFailures, AFailureToWatchIsLoggedAndTheMapStaysEmpty) {
+TEST_F(CameraEnumerationFailuresTest, AFailureToWatchIsLoggedAndTheMapStaysEmpty) {
     for (const std::string operation :
          {"MediaFrameSourceGroup.GetDeviceSelector", "DeviceInformation.CreateWatcher", "DeviceWatcher.Start"}) {
         useScenario(groups(group("cam")) + R"(, "faults": {")" + operation +
@@ -50,20 +50,20 @@ TEST_F(CameraEnumerationFailures, AFailureToWatchIsLoggedAndTheMapStaysEmpty) {
     }
 }
 
-TEST_F(CameraEnumerationFailures, APlatformThatCannotBeMadeIsAFailureToWatch) {
+TEST_F(CameraEnumerationFailuresTest, APlatformThatCannotBeMadeIsAFailureToWatch) {
     Platform::setCameraPlatformFactory([]() -> std::shared_ptr<Platform::CameraPlatform> { throw deviceLost; });
     start();
     EXPECT_EQ(lines(), Lines{"ERROR CameraEnumeration: could not create watcher - lost"});
     EXPECT_FALSE(enumeration->isWatcherStarted());
 }
 
-TEST_F(CameraEnumerationFailures, AnotherExceptionLeavesTheInitialisation) {
+TEST_F(CameraEnumerationFailuresTest, AnotherExceptionLeavesTheInitialisation) {
     AlteredPlatform::install()->selector = []() -> std::u16string { throw std::runtime_error("no platform error"); };
     EXPECT_THROW(start(), std::runtime_error);
     EXPECT_TRUE(lines().empty());
 }
 
-TEST_F(CameraEnumerationFailures, AHandlerThatCannotReadAnIdReturnsTheErrorsCode) {
+TEST_F(CameraEnumerationFailuresTest, AHandlerThatCannotReadAnIdReturnsTheErrorsCode) {
     startScripted(groups(group("cam")));
     watcher->added(deviceWithId("cam"));
     log().clear();
@@ -73,14 +73,14 @@ TEST_F(CameraEnumerationFailures, AHandlerThatCannotReadAnIdReturnsTheErrorsCode
     EXPECT_EQ(uids(), Lines{"cam"}) << "the lock has been released";
 }
 
-TEST_F(CameraEnumerationFailures, AnAddedDeviceWhoseIdCannotBeReadIsAFailedLookup) {
+TEST_F(CameraEnumerationFailuresTest, AnAddedDeviceWhoseIdCannotBeReadIsAFailedLookup) {
     startScripted(groups(group("cam")));
     EXPECT_EQ(watcher->added(unreadable(deviceLost)), winrt::result::ok);
     EXPECT_EQ(lines(), Lines{"ERROR lost -77"});
     EXPECT_TRUE(uids().empty());
 }
 
-TEST_F(CameraEnumerationFailures, AnAddedDeviceWhoseIdFailsAtTheLogLineStaysInTheMap) {
+TEST_F(CameraEnumerationFailuresTest, AnAddedDeviceWhoseIdFailsAtTheLogLineStaysInTheMap) {
     startScripted(groups(group("cam")));
     EXPECT_EQ(watcher->added(unreadable(deviceLost, 1)), -77);
     EXPECT_TRUE(linesOf("INFO").empty());
@@ -88,14 +88,14 @@ TEST_F(CameraEnumerationFailures, AnAddedDeviceWhoseIdFailsAtTheLogLineStaysInTh
     EXPECT_EQ(uids(), Lines{"cam"});
 }
 
-TEST_F(CameraEnumerationFailures, AnUpdateThatTheDeviceRefusesReturnsTheErrorsCode) {
+TEST_F(CameraEnumerationFailuresTest, AnUpdateThatTheDeviceRefusesReturnsTheErrorsCode) {
     startScripted(groups(group("cam")));
     watcher->added(deviceWithId("cam"));
     EXPECT_EQ(watcher->updated(unreadable(deviceLost, 1)), -77);
     EXPECT_EQ(uids(), Lines{"cam"});
 }
 
-TEST_F(CameraEnumerationFailures, NoOtherExceptionOfAHandlerReachesThePlatformsThreadEither) {
+TEST_F(CameraEnumerationFailuresTest, NoOtherExceptionOfAHandlerReachesThePlatformsThreadEither) {
     startScripted(groups(group("cam")));
     const std::runtime_error error("no platform error");
     EXPECT_EQ(watcher->added(unreadable(error)), winrt::result::fail);
@@ -104,7 +104,7 @@ TEST_F(CameraEnumerationFailures, NoOtherExceptionOfAHandlerReachesThePlatformsT
     EXPECT_TRUE(uids().empty());
 }
 
-TEST_F(CameraEnumerationFailures, AClientOfAHubThatCannotWatchSeesNoCamera) {
+TEST_F(CameraEnumerationFailuresTest, AClientOfAHubThatCannotWatchSeesNoCamera) {
     for (const std::string operation : {"MediaFrameSourceGroup.GetDeviceSelector", "DeviceInformation.CreateWatcher"}) {
         useScenario(groups(group("cam")) + R"(, "faults": {")" + operation + R"(": {"message": "Broken."}})");
         log().clear();

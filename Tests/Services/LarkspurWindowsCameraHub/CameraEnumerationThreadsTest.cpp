@@ -52,9 +52,9 @@ private:
     const ScopedClock _scope{clock};
 };
 
-class CameraEnumerationThreads : public CameraEnumerationFixture {};
+class CameraEnumerationThreadsTest : public CameraEnumerationFixture {};
 
-TEST_F(CameraEnumerationThreads, ADeviceIsGivenHalfASecondBeforeItIsOpened) {
+TEST_F(CameraEnumerationThreadsTest, ADeviceIsGivenHalfASecondBeforeItIsOpened) {
     useScenario(groups(group("cam")));
     const BlockedSleeps sleeps;
     start();
@@ -65,7 +65,7 @@ TEST_F(CameraEnumerationThreads, ADeviceIsGivenHalfASecondBeforeItIsOpened) {
     EXPECT_TRUE(waitForUids({"cam"}));
 }
 
-TEST_F(CameraEnumerationThreads, ARemovalDuringTheDelayDoesNotKeepTheRecordOut) {
+TEST_F(CameraEnumerationThreadsTest, ARemovalDuringTheDelayDoesNotKeepTheRecordOut) {
     startScripted(groups(group("cam")));
     std::thread platformThread;
     {
@@ -81,7 +81,7 @@ TEST_F(CameraEnumerationThreads, ARemovalDuringTheDelayDoesNotKeepTheRecordOut) 
     EXPECT_EQ(lines().back(), "INFO Device added: cam");
 }
 
-TEST_F(CameraEnumerationThreads, ARemovalDuringTheOpeningDoesNotKeepTheRecordOut) {
+TEST_F(CameraEnumerationThreadsTest, ARemovalDuringTheOpeningDoesNotKeepTheRecordOut) {
     useScenario(
         groups(group("cam")) +
         R"(, "cameras": {"cam": {"faults": {"MediaCapture.InitializeAsync": {"fails": false, "delayMs": 200}}}})");
@@ -96,7 +96,7 @@ TEST_F(CameraEnumerationThreads, ARemovalDuringTheOpeningDoesNotKeepTheRecordOut
     EXPECT_EQ(uids(), Lines{"cam"});
 }
 
-TEST_F(CameraEnumerationThreads, EventsAfterItsEndDoNothing) {
+TEST_F(CameraEnumerationThreadsTest, EventsAfterItsEndDoNothing) {
     startScripted(groups(group("cam")));
     enumeration.reset();
     EXPECT_EQ(watcher->added(deviceWithId("cam")), winrt::result::ok);
@@ -108,7 +108,7 @@ TEST_F(CameraEnumerationThreads, EventsAfterItsEndDoNothing) {
     EXPECT_TRUE(log().records().empty());
 }
 
-TEST_F(CameraEnumerationThreads, TheHandlersHoldItOnlyWhileTheyRun) {
+TEST_F(CameraEnumerationThreadsTest, TheHandlersHoldItOnlyWhileTheyRun) {
     startScripted(groups(group("cam")));
     watcher->added(deviceWithId("cam"));
     const std::weak_ptr<CameraEnumeration> weak = enumeration;
@@ -117,7 +117,7 @@ TEST_F(CameraEnumerationThreads, TheHandlersHoldItOnlyWhileTheyRun) {
     EXPECT_TRUE(weak.expired());
 }
 
-TEST_F(CameraEnumerationThreads, ItMayEndWhileAHandlerSleeps) {
+TEST_F(CameraEnumerationThreadsTest, ItMayEndWhileAHandlerSleeps) {
     useScenario(groups(group("cam")));
     std::weak_ptr<CameraEnumeration> weak;
     {
@@ -133,7 +133,7 @@ TEST_F(CameraEnumerationThreads, ItMayEndWhileAHandlerSleeps) {
     EXPECT_TRUE(linesOf("ERROR").empty());
 }
 
-TEST_F(CameraEnumerationThreads, ItsMapMayBeReadWhileCamerasComeAndGo) {
+TEST_F(CameraEnumerationThreadsTest, ItsMapMayBeReadWhileCamerasComeAndGo) {
     startScripted(groups(group("cam") + ", " + group("dog")));
     std::thread platformThread([this] {
         for (int i = 0; i < 10; ++i) {
@@ -153,7 +153,7 @@ TEST_F(CameraEnumerationThreads, ItsMapMayBeReadWhileCamerasComeAndGo) {
     EXPECT_EQ(uids(), Lines{"dog"});
 }
 
-TEST_F(CameraEnumerationThreads, AClientThatAsksBeforeTheDelayIsOverSeesNoCamera) {
+TEST_F(CameraEnumerationThreadsTest, AClientThatAsksBeforeTheDelayIsOverSeesNoCamera) {
     useScenario(groups(group("cam")));
     const BlockedSleeps sleeps;
     PavoCameraClient client(-1, std::make_shared<CameraServer>());

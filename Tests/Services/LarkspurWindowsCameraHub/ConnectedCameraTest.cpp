@@ -99,9 +99,9 @@ struct OpeningFault {
     bool isLogged; ///< the opening itself caught the failure; the first use of the closed capture raises
 };
 
-class ConnectedCameraOpeningFault : public OneCamera, public testing::WithParamInterface<OpeningFault> {};
+class ConnectedCameraOpeningFaultTest : public OneCamera, public testing::WithParamInterface<OpeningFault> {};
 
-TEST_P(ConnectedCameraOpeningFault, RaisesAndLeavesTheCameraToTheNextAttempt) {
+TEST_P(ConnectedCameraOpeningFaultTest, RaisesAndLeavesTheCameraToTheNextAttempt) {
     const OpeningFault& step = GetParam();
     useScenario(oneCamera(withFaults("{}", fault(step.operation, step.members))));
     EXPECT_EQ(errorOf([] { ConnectedCamera camera(found()); }).code(), step.raised);
@@ -115,7 +115,7 @@ TEST_P(ConnectedCameraOpeningFault, RaisesAndLeavesTheCameraToTheNextAttempt) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    EachStep, ConnectedCameraOpeningFault,
+    EachStep, ConnectedCameraOpeningFaultTest,
     testing::Values(OpeningFault{"MediaCapture.InitializeAsync", R"("times": 1)", winrt::result::closed, true},
                     OpeningFault{"MediaCapture.FrameSources", R"("times": 1)", winrt::result::closed, true},
                     OpeningFault{"MediaFrameSource.SetFormatAsync", R"("times": 1)", winrt::result::closed, true},

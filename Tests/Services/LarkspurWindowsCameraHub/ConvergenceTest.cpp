@@ -21,9 +21,9 @@ struct Switch {
     const char* called; ///< the last call, as the journal has it; none for a control that is left alone
 };
 
-class AutoControls : public OneCamera, public testing::WithParamInterface<Switch> {};
+class AutoControlsTest : public OneCamera, public testing::WithParamInterface<Switch> {};
 
-TEST_P(AutoControls, PrefersTheNewerControlAndLogsTheOutcome) {
+TEST_P(AutoControlsTest, PrefersTheNewerControlAndLogsTheOutcome) {
     const Switch& expected = GetParam();
     useScenario(oneCamera(expected.camera));
     const auto capture = CameraHelper::CreateMediaCapture(found());
@@ -58,7 +58,7 @@ constexpr const char* trySetOff = "MediaDeviceControl.TrySetAuto [false]";
 std::string nameOfSwitch(const testing::TestParamInfo<Switch>& info) { return info.param.name; }
 
 INSTANTIATE_TEST_SUITE_P(
-    Exposure, AutoControls,
+    Exposure, AutoControlsTest,
     testing::Values(
         Switch{"NewerOn", autoExposure, newerExposure, true, "INFO   Auto ExposureControl:  on ",
                "ExposureControl.SetAutoAsync [true]"},
@@ -76,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOfSwitch);
 
 INSTANTIATE_TEST_SUITE_P(
-    Focus, AutoControls,
+    Focus, AutoControlsTest,
     testing::Values(
         Switch{"NewerOn", autoFocus, newerFocus, true, "INFO   Auto Focus:  on ", "FocusControl.SetPresetAsync [0]"},
         // the same preset for off
@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOfSwitch);
 
 INSTANTIATE_TEST_SUITE_P(
-    WhiteBalance, AutoControls,
+    WhiteBalance, AutoControlsTest,
     testing::Values(
         Switch{"NewerOn", autoWhiteBalance, newerBalance, true, "INFO   Auto WB:  on ",
                "WhiteBalanceControl.SetPresetAsync [0]"},

@@ -32,7 +32,7 @@ FoundCamera camera(const std::string& uid, std::int32_t profileIndex) {
     return found;
 }
 
-class CreateMediaCapture : public SimulatedHub {
+class CreateMediaCaptureTest : public SimulatedHub {
 protected:
     static Platform::MediaCapture open(std::int32_t profileIndex = 0, const std::string& uid = "cam") {
         return CameraHelper::CreateMediaCapture(camera(uid, profileIndex));
@@ -52,7 +52,7 @@ protected:
     using Lines = std::vector<std::string>;
 };
 
-TEST_F(CreateMediaCapture, ACameraIsOpenedForVideoInTheFormatOfItsRecord) {
+TEST_F(CreateMediaCaptureTest, ACameraIsOpenedForVideoInTheFormatOfItsRecord) {
     useScenario(groups(group("G", source("S"))));
     const auto capture = open(2);
     EXPECT_EQ(calls(), (Lines{"MediaFrameSourceGroup.FindAllAsync", R"(MediaCapture.InitializeAsync ["G",1,2])",
@@ -61,7 +61,7 @@ TEST_F(CreateMediaCapture, ACameraIsOpenedForVideoInTheFormatOfItsRecord) {
     EXPECT_NE(capture->VideoDeviceController(), nullptr);
 }
 
-TEST_F(CreateMediaCapture, EachStepWaitsForTheEndOfTheOneBefore) {
+TEST_F(CreateMediaCaptureTest, EachStepWaitsForTheEndOfTheOneBefore) {
     useScenario(groups(group("G", source("S"))));
     open();
     std::vector<std::string> order;
@@ -73,7 +73,7 @@ TEST_F(CreateMediaCapture, EachStepWaitsForTheEndOfTheOneBefore) {
                      "MediaFrameSource.SetFormatAsync", "end of MediaFrameSource.SetFormatAsync"}));
 }
 
-TEST_F(CreateMediaCapture, OnlyAPhotoSourceTakesRealPhotos) {
+TEST_F(CreateMediaCaptureTest, OnlyAPhotoSourceTakesRealPhotos) {
     const std::array<std::pair<std::string, std::string>, 3> expected{
         {{"Photo", R"(["G",0,2])"}, {"VideoPreview", R"(["G",1,2])"}, {"VideoRecord", R"(["G",1,2])"}}};
     for (const auto& [streamType, settings] : expected) {
@@ -83,7 +83,7 @@ TEST_F(CreateMediaCapture, OnlyAPhotoSourceTakesRealPhotos) {
     }
 }
 
-TEST_F(CreateMediaCapture, AnUnknownCameraIsAnUninitialisedCaptureWithoutALogLine) {
+TEST_F(CreateMediaCaptureTest, AnUnknownCameraIsAnUninitialisedCaptureWithoutALogLine) {
     useScenario(groups(group("G", source("S"))));
     const auto capture = open(0, "other");
     ASSERT_NE(capture, nullptr);
@@ -96,20 +96,20 @@ TEST_F(CreateMediaCapture, AnUnknownCameraIsAnUninitialisedCaptureWithoutALogLin
     EXPECT_NE(capture->VideoDeviceController(), nullptr);
 }
 
-TEST_F(CreateMediaCapture, TheUidIsComparedByteForByte) {
+TEST_F(CreateMediaCaptureTest, TheUidIsComparedByteForByte) {
     useScenario(
         groups(group("G", source("S", "", "CAM") + ", " + source("T", "", "cam ") + ", " + source("U", "", "ca"))));
     open();
     EXPECT_EQ(calls(), Lines{"MediaFrameSourceGroup.FindAllAsync"});
 }
 
-TEST_F(CreateMediaCapture, TheUidIsTheDevicesIdInUtf8) {
+TEST_F(CreateMediaCaptureTest, TheUidIsTheDevicesIdInUtf8) {
     useScenario(groups(group("G", source("S", "", "Gerät 📷"))));
     open(1, "Gerät 📷");
     EXPECT_EQ(callsOf("MediaFrameSource.SetFormatAsync"), Lines{R"(["S",1])"});
 }
 
-TEST_F(CreateMediaCapture, TheFirstSourceOfTheDeviceIsTakenWhateverItIs) {
+TEST_F(CreateMediaCaptureTest, TheFirstSourceOfTheDeviceIsTakenWhateverItIs) {
     useScenario(groups(
         group("F", source("X", "", "other")) + ", " +
         group("G", source("Y", "", "other") + ", " + source("I", R"(, "kind": "Infrared")") + ", " + source("S")) +
@@ -118,14 +118,14 @@ TEST_F(CreateMediaCapture, TheFirstSourceOfTheDeviceIsTakenWhateverItIs) {
     EXPECT_EQ(callsOf("MediaCapture.InitializeAsync"), Lines{R"(["G",1,2])"});
 }
 
-TEST_F(CreateMediaCapture, TheProfileIndexIsAPositionAmongTheFormatsUnchanged) {
+TEST_F(CreateMediaCaptureTest, TheProfileIndexIsAPositionAmongTheFormatsUnchanged) {
     useScenario(
         groups(group("G", source("S", R"(, "formats": [{"width": 640, "height": 480}, {"width": 8, "height": 6}])"))));
     EXPECT_EQ(formatSet(1), Lines{R"(["S",1])"});
     EXPECT_TRUE(lines().empty());
 }
 
-TEST_F(CreateMediaCapture, AProfileIndexThatIsNoPositionIsReplacedByTheBestProfilesIndex) {
+TEST_F(CreateMediaCaptureTest, AProfileIndexThatIsNoPositionIsReplacedByTheBestProfilesIndex) {
     for (const std::int32_t index :
          {-1, 3, 4, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
         useScenario(groups(group("G", source("S"))));
@@ -135,20 +135,20 @@ TEST_F(CreateMediaCapture, AProfileIndexThatIsNoPositionIsReplacedByTheBestProfi
     }
 }
 
-TEST_F(CreateMediaCapture, TheBestProfilesIndexIsUsedAmongFormatsThatAreOthers) {
+TEST_F(CreateMediaCaptureTest, TheBestProfilesIndexIsUsedAmongFormatsThatAreOthers) {
     useScenario(
         groups(group("G", source("S", R"(, "formats": [{"width": 99, "height": 99}, {"width": 1, "height": 1}])"))));
     EXPECT_EQ(formatSet(2), Lines{R"(["S",1])"});
 }
 
-TEST_F(CreateMediaCapture, ABestProfileBeyondTheFormatsIsAFailure) {
+TEST_F(CreateMediaCaptureTest, ABestProfileBeyondTheFormatsIsAFailure) {
     useScenario(groups(group("G", source("S", R"(, "formats": [{"width": 16, "height": 12}])"))));
     const auto capture = open(-1);
     EXPECT_EQ(linesOf("ERROR"), Lines{"The list has no element at that position. -2147483637"});
     EXPECT_EQ(firstUseOf(capture), winrt::result::closed);
 }
 
-TEST_F(CreateMediaCapture, ASourceThatDoesNotDescribeItsProfilesOpensByIndexAlone) {
+TEST_F(CreateMediaCaptureTest, ASourceThatDoesNotDescribeItsProfilesOpensByIndexAlone) {
     useScenario(groups(group("G", source("S", R"(, "sourceInfo2": false)"))));
     EXPECT_EQ(formatSet(2), Lines{R"(["S",2])"});
     const auto capture = open(-1);
@@ -156,14 +156,14 @@ TEST_F(CreateMediaCapture, ASourceThatDoesNotDescribeItsProfilesOpensByIndexAlon
     EXPECT_EQ(firstUseOf(capture), winrt::result::closed);
 }
 
-TEST_F(CreateMediaCapture, AllGroupsAreLookedThroughEachTime) {
+TEST_F(CreateMediaCaptureTest, AllGroupsAreLookedThroughEachTime) {
     useScenario(groups(group("G", source("S"))));
     open();
     open();
     EXPECT_EQ(callsOf("MediaFrameSourceGroup.FindAllAsync").size(), 2u);
 }
 
-TEST_F(CreateMediaCapture, AFailureOfAnyStepIsLoggedAndTheCaptureClosed) {
+TEST_F(CreateMediaCaptureTest, AFailureOfAnyStepIsLoggedAndTheCaptureClosed) {
     for (const std::string operation :
          {"MediaCapture.InitializeAsync", "MediaCapture.FrameSources", "MediaFrameSource.SetFormatAsync"}) {
         useScenario(groups(group("G", source("S"))) + R"(, "cameras": {"cam": {"faults": {")" + operation +
@@ -178,7 +178,7 @@ TEST_F(CreateMediaCapture, AFailureOfAnyStepIsLoggedAndTheCaptureClosed) {
     }
 }
 
-TEST_F(CreateMediaCapture, AfterAFailureTheCaptureIsClosedBeforeAnythingIsLogged) {
+TEST_F(CreateMediaCaptureTest, AfterAFailureTheCaptureIsClosedBeforeAnythingIsLogged) {
     useScenario(groups(group("G", source("S"))) + R"(, "cameras": {"cam": {"faults": {
         "MediaFrameSource.SetFormatAsync": {"message": "Opening", "code": -7},
         "MediaCapture.Close": {"message": "Closing", "code": -8}}}})");
@@ -187,7 +187,7 @@ TEST_F(CreateMediaCapture, AfterAFailureTheCaptureIsClosedBeforeAnythingIsLogged
     EXPECT_TRUE(lines().empty()) << "the closing comes first";
 }
 
-TEST_F(CreateMediaCapture, AFailedEnumerationOfTheGroupsIsLoggedAndTheCaptureClosed) {
+TEST_F(CreateMediaCaptureTest, AFailedEnumerationOfTheGroupsIsLoggedAndTheCaptureClosed) {
     useScenario(groups(group("G", source("S"))) +
                 R"(, "faults": {"MediaFrameSourceGroup.FindAllAsync": {"message": "", "code": 7}})");
     const auto capture = open();
@@ -217,21 +217,21 @@ public:
     }
 };
 
-TEST_F(CreateMediaCapture, ADeviceThatCannotBeReadIsAFailure) {
+TEST_F(CreateMediaCaptureTest, ADeviceThatCannotBeReadIsAFailure) {
     AlteredPlatform::install()->groups = [] { return AlteredPlatform::Groups{std::make_shared<UnreadableGroup>()}; };
     const auto capture = open();
     EXPECT_EQ(lines(), Lines{"ERROR unreadable -2147024891"});
     EXPECT_EQ(firstUseOf(capture), winrt::result::closed);
 }
 
-TEST_F(CreateMediaCapture, AnotherExceptionIsNotCaught) {
+TEST_F(CreateMediaCaptureTest, AnotherExceptionIsNotCaught) {
     AlteredPlatform::install()->groups = []() -> AlteredPlatform::Groups {
         throw std::runtime_error("no platform error");
     };
     EXPECT_THROW(open(), std::runtime_error);
 }
 
-TEST_F(CreateMediaCapture, TwoCamerasMayBeOpenedAtOnce) {
+TEST_F(CreateMediaCaptureTest, TwoCamerasMayBeOpenedAtOnce) {
     const auto slow = [](const std::string& id) {
         return "\"" + id + R"(": {"faults": {"MediaCapture.InitializeAsync": {"fails": false, "delayMs": 50}}})";
     };

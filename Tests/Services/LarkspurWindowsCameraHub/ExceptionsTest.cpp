@@ -6,39 +6,39 @@ namespace {
 
 using namespace Halden::LarkspurWindowsCameraHub::Exceptions;
 
-TEST(Exceptions, AServiceExceptionHasItsTextUnchanged) { EXPECT_STREQ(ServiceException("text ").what(), "text "); }
+TEST(ExceptionsTest, AServiceExceptionHasItsTextUnchanged) { EXPECT_STREQ(ServiceException("text ").what(), "text "); }
 
-TEST(Exceptions, AnUnsupportedMethodIsNamedBehindTheText) {
+TEST(ExceptionsTest, AnUnsupportedMethodIsNamedBehindTheText) {
     EXPECT_STREQ(MethodNotSupported("camera:dance").what(), "Method not supported: camera:dance");
 }
 
-TEST(Exceptions, AnEmptyMethodLeavesTheTrailingBlank) {
+TEST(ExceptionsTest, AnEmptyMethodLeavesTheTrailingBlank) {
     EXPECT_STREQ(MethodNotSupported("").what(), "Method not supported: ");
 }
 
-TEST(Exceptions, AFailedRedirectionNamesThePath) {
+TEST(ExceptionsTest, AFailedRedirectionNamesThePath) {
     EXPECT_STREQ(RedirectDiagnosticsFailed("/a b").what(), "Failed redirecting diagnostics to: /a b");
 }
 
-TEST(Exceptions, APlatformFailureHasContextMessageAndCodeWithoutABlankBeforeTheBracket) {
+TEST(ExceptionsTest, APlatformFailureHasContextMessageAndCodeWithoutABlankBeforeTheBracket) {
     EXPECT_STREQ(winrtExceptionWrapper(u"captureImage failed", u"Device lost.", 5).what(),
                  "captureImage failed: Device lost.(5)");
 }
 
-TEST(Exceptions, ANegativeCodeKeepsItsMinusSign) {
+TEST(ExceptionsTest, ANegativeCodeKeepsItsMinusSign) {
     EXPECT_STREQ(winrtExceptionWrapper(u"captureImage failed", u"m", -2147024891).what(),
                  "captureImage failed: m(-2147024891)");
 }
 
-TEST(Exceptions, AMessageThatEndsInALineBreakKeepsIt) {
+TEST(ExceptionsTest, AMessageThatEndsInALineBreakKeepsIt) {
     EXPECT_STREQ(winrtExceptionWrapper(u"c", u"m\r\n", -1).what(), "c: m\r\n(-1)");
 }
 
-TEST(Exceptions, TheTextOfAPlatformFailureIsUtf8) {
+TEST(ExceptionsTest, TheTextOfAPlatformFailureIsUtf8) {
     EXPECT_STREQ(winrtExceptionWrapper(u"c", u"Gerät \U0001F4F7", 1).what(), "c: Gerät 📷(1)");
 }
 
-TEST(Exceptions, EachIsAServiceExceptionAndThatIsARuntimeError) {
+TEST(ExceptionsTest, EachIsAServiceExceptionAndThatIsARuntimeError) {
     EXPECT_THROW(throw MethodNotSupported("m"), ServiceException);
     EXPECT_THROW(throw RedirectDiagnosticsFailed("p"), ServiceException);
     EXPECT_THROW(throw winrtExceptionWrapper(u"c", u"m", 1), ServiceException);

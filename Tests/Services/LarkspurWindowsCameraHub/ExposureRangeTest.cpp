@@ -17,38 +17,38 @@ ExposureRange rangeOf(double min, double max, double step) {
     return range;
 }
 
-TEST(ExponentToMicroseconds, WholeStopsDivideASecond) {
+TEST(ExponentToMicrosecondsTest, WholeStopsDivideASecond) {
     EXPECT_EQ(exponentToMicroseconds(-4), microseconds(62500));
     EXPECT_EQ(exponentToMicroseconds(-7), microseconds(7812));
     EXPECT_EQ(exponentToMicroseconds(-13), microseconds(122));
 }
 
-TEST(ExponentToMicroseconds, FractionsRoundToAWholeStopHalvesAwayFromZero) {
+TEST(ExponentToMicrosecondsTest, FractionsRoundToAWholeStopHalvesAwayFromZero) {
     EXPECT_EQ(exponentToMicroseconds(-3.6), microseconds(62500));
     EXPECT_EQ(exponentToMicroseconds(-4.5), microseconds(31250));
     EXPECT_EQ(exponentToMicroseconds(-4.49), microseconds(62500));
     EXPECT_EQ(exponentToMicroseconds(1.5), microseconds(4000000));
 }
 
-TEST(ExponentToMicroseconds, ZeroIsOneSecond) {
+TEST(ExponentToMicrosecondsTest, ZeroIsOneSecond) {
     EXPECT_EQ(exponentToMicroseconds(0), microseconds(1000000));
     EXPECT_EQ(exponentToMicroseconds(-0.0), microseconds(1000000));
     EXPECT_EQ(exponentToMicroseconds(-0.4), microseconds(1000000));
     EXPECT_EQ(exponentToMicroseconds(0.4), microseconds(1000000));
 }
 
-TEST(ExponentToMicroseconds, PositiveExponentsMultiplyASecond) {
+TEST(ExponentToMicrosecondsTest, PositiveExponentsMultiplyASecond) {
     EXPECT_EQ(exponentToMicroseconds(1), microseconds(2000000));
     EXPECT_EQ(exponentToMicroseconds(11), microseconds(2048000000));
 }
 
-TEST(ExponentToMicroseconds, FromTwelveOnThe32BitResultWraps) {
+TEST(ExponentToMicrosecondsTest, FromTwelveOnThe32BitResultWraps) {
     EXPECT_EQ(exponentToMicroseconds(12), microseconds(-198967296));
     EXPECT_EQ(exponentToMicroseconds(13), microseconds(-397934592));
     EXPECT_EQ(exponentToMicroseconds(26), microseconds(0));
 }
 
-TEST(ExponentToMicroseconds, OnlyTheLowFiveBitsOfTheMagnitudeShift) {
+TEST(ExponentToMicrosecondsTest, OnlyTheLowFiveBitsOfTheMagnitudeShift) {
     EXPECT_EQ(exponentToMicroseconds(32), microseconds(1000000));
     EXPECT_EQ(exponentToMicroseconds(33), microseconds(2000000));
     EXPECT_EQ(exponentToMicroseconds(-32), microseconds(1000000));
@@ -57,7 +57,7 @@ TEST(ExponentToMicroseconds, OnlyTheLowFiveBitsOfTheMagnitudeShift) {
     EXPECT_EQ(exponentToMicroseconds(-31), microseconds(0));
 }
 
-TEST(ExponentToMicroseconds, OnlyTheLowFiveBitsShiftBeyond32BitsToo) {
+TEST(ExponentToMicrosecondsTest, OnlyTheLowFiveBitsShiftBeyond32BitsToo) {
     EXPECT_EQ(exponentToMicroseconds(2147483647.0), microseconds(0)); // 31
     EXPECT_EQ(exponentToMicroseconds(2147483649.0), microseconds(2000000));
     EXPECT_EQ(exponentToMicroseconds(-2147483649.0), microseconds(500000));
@@ -68,51 +68,53 @@ TEST(ExponentToMicroseconds, OnlyTheLowFiveBitsShiftBeyond32BitsToo) {
     EXPECT_EQ(exponentToMicroseconds(std::numeric_limits<double>::lowest()), microseconds(1000000));
 }
 
-TEST(ExponentToMicroseconds, ValuesThatNoIntegerHoldsDoNotShift) {
+TEST(ExponentToMicrosecondsTest, ValuesThatNoIntegerHoldsDoNotShift) {
     EXPECT_EQ(exponentToMicroseconds(std::numeric_limits<double>::infinity()), microseconds(1000000));
     EXPECT_EQ(exponentToMicroseconds(-std::numeric_limits<double>::infinity()), microseconds(1000000));
     EXPECT_EQ(exponentToMicroseconds(std::nan("")), microseconds(1000000));
     EXPECT_EQ(exponentToMicroseconds(-1e300), microseconds(1000000));
 }
 
-TEST(ExposureRange, TheDefaultRecordIsOneSixteenthOfASecondThatCannotBeChanged) {
+TEST(ExposureRangeTest, TheDefaultRecordIsOneSixteenthOfASecondThatCannotBeChanged) {
     const ExposureRange range;
     EXPECT_EQ(range.step, 0.0);
     EXPECT_EQ(range.minExposureInUs(), microseconds(62500));
     EXPECT_EQ(range.maxExposureInUs(), microseconds(62500));
 }
 
-TEST(ExposureRange, ATimeGoesToTheNearestPointOfTheGridFromTheMinimum) {
+TEST(ExposureRangeTest, ATimeGoesToTheNearestPointOfTheGridFromTheMinimum) {
     EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromMicroseconds(50000), -4.0);
     EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromMicroseconds(62500), -4.0);
     EXPECT_EQ(rangeOf(-12.5, 0, 1).exponentFromMicroseconds(50000), -4.5);
 }
 
-TEST(ExposureRange, AFractionalStepGivesAFractionalExponent) {
+TEST(ExposureRangeTest, AFractionalStepGivesAFractionalExponent) {
     const double exponent = rangeOf(-10, 0, 0.5).exponentFromMicroseconds(50000);
     EXPECT_EQ(exponent, -4.5);
     EXPECT_EQ(exponentToMicroseconds(exponent), microseconds(31250));
 }
 
-TEST(ExposureRange, ATimeBeyondTheRangeEndsAtItsNearerEnd) {
+TEST(ExposureRangeTest, ATimeBeyondTheRangeEndsAtItsNearerEnd) {
     const auto range = rangeOf(-13, -2, 1);
     EXPECT_EQ(range.exponentFromMicroseconds(10000000), -2.0);
     EXPECT_EQ(exponentToMicroseconds(range.exponentFromMicroseconds(10000000)), microseconds(250000));
     EXPECT_EQ(range.exponentFromMicroseconds(1), -13.0);
 }
 
-TEST(ExposureRange, NoTimeAtAllEndsAtTheMinimum) { EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromMicroseconds(0), -13.0); }
+TEST(ExposureRangeTest, NoTimeAtAllEndsAtTheMinimum) {
+    EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromMicroseconds(0), -13.0);
+}
 
-TEST(ExposureRange, ANegativeTimeComesOutAsNotANumber) {
+TEST(ExposureRangeTest, ANegativeTimeComesOutAsNotANumber) {
     EXPECT_TRUE(std::isnan(rangeOf(-13, 0, 1).exponentFromMicroseconds(-5)));
 }
 
-TEST(ExposureRange, WithoutAStepEveryTimeAndPercentageIsTheMinimum) {
+TEST(ExposureRangeTest, WithoutAStepEveryTimeAndPercentageIsTheMinimum) {
     EXPECT_EQ(rangeOf(-6, -2, 0).exponentFromMicroseconds(50000), -6.0);
     EXPECT_EQ(rangeOf(-6, -2, 0).exponentFromPercent(100), -6.0);
 }
 
-TEST(ExposureRange, PercentCountsStopsDownFromTheMaximum) {
+TEST(ExposureRangeTest, PercentCountsStopsDownFromTheMaximum) {
     const auto range = rangeOf(-13, -2, 1);
     EXPECT_EQ(range.exponentFromPercent(100), -2.0);
     EXPECT_EQ(range.exponentFromPercent(50), -3.0);
@@ -120,20 +122,20 @@ TEST(ExposureRange, PercentCountsStopsDownFromTheMaximum) {
     EXPECT_EQ(rangeOf(-13, 0, 1).exponentFromPercent(1), -7.0);
 }
 
-TEST(ExposureRange, PercentIsOnAGridFromTheMaximumAndATimeOnOneFromTheMinimum) {
+TEST(ExposureRangeTest, PercentIsOnAGridFromTheMaximumAndATimeOnOneFromTheMinimum) {
     const auto range = rangeOf(-10, -0.5, 1);
     EXPECT_EQ(range.exponentFromPercent(50), -1.5);
     EXPECT_EQ(range.exponentFromMicroseconds(250000), -2.0);
 }
 
-TEST(ExposureRange, PercentZeroIsTheMinimumAndAbove100TheMaximum) {
+TEST(ExposureRangeTest, PercentZeroIsTheMinimumAndAbove100TheMaximum) {
     const auto range = rangeOf(-13, -2, 1);
     EXPECT_EQ(range.exponentFromPercent(0), -13.0);
     EXPECT_EQ(range.exponentFromPercent(200), -2.0);
     EXPECT_EQ(range.exponentFromPercent(0.0001), -13.0);
 }
 
-TEST(ExposureRange, ANegativePercentageComesOutAsNotANumber) {
+TEST(ExposureRangeTest, ANegativePercentageComesOutAsNotANumber) {
     EXPECT_TRUE(std::isnan(rangeOf(-13, 0, 1).exponentFromPercent(-1)));
 }
 

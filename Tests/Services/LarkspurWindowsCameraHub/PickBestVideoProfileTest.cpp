@@ -19,44 +19,44 @@ std::string lineFor(double frameRate) {
     return messages.size() == 1 ? messages.front() : "not one line";
 }
 
-TEST(PickBestVideoProfile, TheLargestPictureWithTheHighestRateAndOfEqualOnesTheLast) {
+TEST(PickBestVideoProfileTest, TheLargestPictureWithTheHighestRateAndOfEqualOnesTheLast) {
     EXPECT_EQ(
         bestOf(
             {{640, 480, 30, u"NV12"}, {1920, 1080, 15, u"NV12"}, {1920, 1080, 30, u"NV12"}, {1920, 1080, 30, u"YUY2"}}),
         3);
 }
 
-TEST(PickBestVideoProfile, AreaWinsOverFrameRate) {
+TEST(PickBestVideoProfileTest, AreaWinsOverFrameRate) {
     EXPECT_EQ(bestOf({{1920, 1080, 30, u"NV12"}, {1280, 720, 60, u"NV12"}}), 0);
 }
 
-TEST(PickBestVideoProfile, ALowerFrameRateDoesNotDisplaceATie) {
+TEST(PickBestVideoProfileTest, ALowerFrameRateDoesNotDisplaceATie) {
     EXPECT_EQ(bestOf({{1280, 720, 30, u"NV12"}, {1280, 720, 15, u"NV12"}}), 0);
 }
 
-TEST(PickBestVideoProfile, AnImprovementHasToExceedTheMinimumFrameRate) {
+TEST(PickBestVideoProfileTest, AnImprovementHasToExceedTheMinimumFrameRate) {
     EXPECT_EQ(bestOf({{1920, 1080, 15, u"NV12"}, {1280, 720, 30, u"NV12"}}, 20.0), 1);
     EXPECT_EQ(bestOf({{1280, 720, 30, u"NV12"}, {1920, 1080, 20, u"NV12"}}, 20.0), 0);
 }
 
-TEST(PickBestVideoProfile, ATieNeedsNoMinimumFrameRate) {
+TEST(PickBestVideoProfileTest, ATieNeedsNoMinimumFrameRate) {
     EXPECT_EQ(bestOf({{1280, 720, 30, u"NV12"}, {0, 0, 60, u"NV12"}}, 100.0), 1);
 }
 
-TEST(PickBestVideoProfile, AFrameRateOfZeroIsNoImprovement) {
+TEST(PickBestVideoProfileTest, AFrameRateOfZeroIsNoImprovement) {
     EXPECT_EQ(bestOf({{1920, 1080, 0.0, u"NV12"}, {640, 480, 30, u"NV12"}}), 1);
 }
 
-TEST(PickBestVideoProfile, AnAreaIsComparedAsASigned32BitNumber) {
+TEST(PickBestVideoProfileTest, AnAreaIsComparedAsASigned32BitNumber) {
     EXPECT_EQ(bestOf({{640, 480, 30, u"NV12"}, {65536, 32768, 30, u"NV12"}}), 0);
 }
 
-TEST(PickBestVideoProfile, WithoutProfilesItRaises) {
+TEST(PickBestVideoProfileTest, WithoutProfilesItRaises) {
     EXPECT_THROW(bestOf({}), winrt::hresult_out_of_bounds);
     EXPECT_THROW(bestOf({{1920, 1080, 15, u"NV12"}}, 20.0), winrt::hresult_out_of_bounds);
 }
 
-TEST(PickBestVideoProfile, ASourceWithoutTheSecondInterfaceRaises) {
+TEST(PickBestVideoProfileTest, ASourceWithoutTheSecondInterfaceRaises) {
     try {
         PickBestVideoProfile(FakeSourceInfo::withoutSecondInterface(), 0.0);
         FAIL() << "nothing was raised";
@@ -65,7 +65,7 @@ TEST(PickBestVideoProfile, ASourceWithoutTheSecondInterfaceRaises) {
     }
 }
 
-TEST(PickBestVideoProfile, TheChosenProfileIsLogged) {
+TEST(PickBestVideoProfileTest, TheChosenProfileIsLogged) {
     LogRecorder log("LarkspurWindowsCameraHub.Service");
     bestOf({{640, 480, 30, u"NV12"}, {1920, 1080, 29.97, u"MJPG"}});
     const std::string logger = "LarkspurWindowsCameraHub.Service";
@@ -75,7 +75,7 @@ TEST(PickBestVideoProfile, TheChosenProfileIsLogged) {
     EXPECT_TRUE(log.contains("DEBUG", logger, "MJPG: 1920x1080 @ 29.97 fps"));
 }
 
-TEST(PrintMediaDesc, TheHundredthsOfTheFrameRateHaveNoLeadingZero) {
+TEST(PrintMediaDescTest, TheHundredthsOfTheFrameRateHaveNoLeadingZero) {
     EXPECT_EQ(lineFor(29.97), "NV12: 1920x1080 @ 29.97 fps");
     EXPECT_EQ(lineFor(30), "NV12: 1920x1080 @ 30.0 fps");
     EXPECT_EQ(lineFor(30.05), "NV12: 1920x1080 @ 30.5 fps");

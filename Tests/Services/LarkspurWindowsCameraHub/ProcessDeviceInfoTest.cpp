@@ -24,7 +24,7 @@ std::string group(const std::string& sources, const std::string& members = "") {
 /// The hardware of "cam" in JSON.
 std::string hardware(const std::string& members) { return R"(, "cameras": {"cam": {)" + members + "}}"; }
 
-class ProcessDeviceInfo : public SimulatedHub {
+class ProcessDeviceInfoTest : public SimulatedHub {
 protected:
     using Lines = std::vector<std::string>;
 
@@ -66,7 +66,7 @@ const std::string richGroup =
   "containers": [{"id": "{00000000-0000-0000-FFFF-FFFFFFFFFFFF}", "properties": {"System.Devices.ModelName": "M 5"}}],
   "cameras": {"cam": {"exposure": {"supported": true, "min": -13, "max": -1, "step": 1}}})";
 
-TEST_F(ProcessDeviceInfo, AGroupIsLoggedLineByLine) {
+TEST_F(ProcessDeviceInfoTest, AGroupIsLoggedLineByLine) {
     foundIn(richGroup);
     EXPECT_EQ(lines(),
               (Lines{"DEBUG Processing Source Group. Display Name: Büro Id: Group 1",
@@ -81,7 +81,7 @@ TEST_F(ProcessDeviceInfo, AGroupIsLoggedLineByLine) {
     EXPECT_EQ(log().records().size(), lines().size()) << "other loggers have lines too";
 }
 
-TEST_F(ProcessDeviceInfo, ARecordDescribesTheDeviceOfItsSource) {
+TEST_F(ProcessDeviceInfoTest, ARecordDescribesTheDeviceOfItsSource) {
     const auto cameras = foundIn(richGroup);
     ASSERT_EQ(cameras.size(), 1u);
     const FoundCamera& camera = cameras[0];
@@ -97,7 +97,7 @@ TEST_F(ProcessDeviceInfo, ARecordDescribesTheDeviceOfItsSource) {
     EXPECT_EQ(camera.description.exposureMaxValueInUs, 500000);
 }
 
-TEST_F(ProcessDeviceInfo, ACameraIsOpenedOnceForItsExposureAndLetGoWithoutAClose) {
+TEST_F(ProcessDeviceInfoTest, ACameraIsOpenedOnceForItsExposureAndLetGoWithoutAClose) {
     foundIn(richGroup);
     EXPECT_EQ(calls(), (Lines{R"(MediaFrameSourceGroup.FromIdAsync ["W"])",
                               R"(DeviceInformation.CreateFromIdAsync ["node",3,["System.Devices.DeviceManufacturer"]])",
@@ -108,14 +108,14 @@ TEST_F(ProcessDeviceInfo, ACameraIsOpenedOnceForItsExposureAndLetGoWithoutAClose
                               "VideoDeviceController", "MediaDeviceControl.Capabilities"}));
 }
 
-TEST_F(ProcessDeviceInfo, SourcesThatAreNotInColourAreSkipped) {
+TEST_F(ProcessDeviceInfoTest, SourcesThatAreNotInColourAreSkipped) {
     EXPECT_TRUE(
         foundIn(group(source("I", R"(, "kind": "Infrared")") + ", " + source("D", R"(, "kind": "Depth")"))).empty());
     EXPECT_EQ(countOf(skipping), 2u);
     EXPECT_EQ(calls().size(), 1u) << "nothing is opened";
 }
 
-TEST_F(ProcessDeviceInfo, EveryStreamTypeButAudioIsKeptInColourAlone) {
+TEST_F(ProcessDeviceInfoTest, EveryStreamTypeButAudioIsKeptInColourAlone) {
     const auto isKept = [this](const std::string& streamType, const std::string& kind) {
         const std::size_t count =
             foundIn(group(source("S", R"(, "streamType": )" + streamType + R"(, "kind": )" + kind))).size();
@@ -133,18 +133,18 @@ TEST_F(ProcessDeviceInfo, EveryStreamTypeButAudioIsKeptInColourAlone) {
     EXPECT_FALSE(isKept("\"VideoPreview\"", "6"));
 }
 
-TEST_F(ProcessDeviceInfo, AColourPhotoSourceIsKept) {
+TEST_F(ProcessDeviceInfoTest, AColourPhotoSourceIsKept) {
     EXPECT_EQ(uidsOf(foundIn(group(source("S", R"(, "streamType": "Photo")")))), Lines{"cam"});
     EXPECT_EQ(callsOf("MediaCapture.InitializeAsync"), Lines{R"(["G",0,2])"});
 }
 
-TEST_F(ProcessDeviceInfo, AKindWithoutANameIsLoggedAsNothingAndSkipped) {
+TEST_F(ProcessDeviceInfoTest, AKindWithoutANameIsLoggedAsNothingAndSkipped) {
     EXPECT_TRUE(foundIn(group(source("S", R"(, "kind": 6)"))).empty());
     EXPECT_EQ(countOf("DEBUG   profileId:  SourceKind: "), 1u);
     EXPECT_EQ(countOf(skipping), 1u);
 }
 
-TEST_F(ProcessDeviceInfo, TheNamesOfStreamTypesAndKindsAreLogged) {
+TEST_F(ProcessDeviceInfoTest, TheNamesOfStreamTypesAndKindsAreLogged) {
     const Lines streamTypes{"VideoPreview", "VideoRecord", "Audio", "Photo"};
     const Lines kinds{"Custom", "Color", "Infrared", "Depth", "Audio", "Image"};
     for (std::size_t i = 0; i < kinds.size(); ++i) {
@@ -155,7 +155,7 @@ TEST_F(ProcessDeviceInfo, TheNamesOfStreamTypesAndKindsAreLogged) {
     }
 }
 
-TEST_F(ProcessDeviceInfo, TwoSourcesOfOneDeviceAreTwoRecordsOfOneUidInTheirOrder) {
+TEST_F(ProcessDeviceInfoTest, TwoSourcesOfOneDeviceAreTwoRecordsOfOneUidInTheirOrder) {
     const auto cameras = foundIn(group(source("S", R"(, "streamType": "VideoPreview")") + ", " +
                                        R"({"id": "T", "streamType": "VideoRecord", "device": {"id": "cam"},
                                            "profiles": [{"width": 32, "height": 24}]})"));
@@ -165,12 +165,12 @@ TEST_F(ProcessDeviceInfo, TwoSourcesOfOneDeviceAreTwoRecordsOfOneUidInTheirOrder
     EXPECT_EQ(callsOf("MediaCapture.InitializeAsync").size(), 2u);
 }
 
-TEST_F(ProcessDeviceInfo, RecordsAreInTheGroupsOrder) {
+TEST_F(ProcessDeviceInfoTest, RecordsAreInTheGroupsOrder) {
     EXPECT_EQ(uidsOf(foundIn(group(source("S", "", "b") + ", " + source("T", "", "a") + ", " + source("U", "", "c")))),
               (Lines{"b", "a", "c"}));
 }
 
-TEST_F(ProcessDeviceInfo, ASourceWithoutProfilesEndsTheWalkWithTheRecordsMadeBefore) {
+TEST_F(ProcessDeviceInfoTest, ASourceWithoutProfilesEndsTheWalkWithTheRecordsMadeBefore) {
     const auto cameras = foundIn(
         group(source("S") + R"(, {"id": "T", "device": {"id": "bare"}, "profiles": []}, )" + source("U", "", "late")));
     EXPECT_EQ(uidsOf(cameras), Lines{"cam"});
@@ -178,7 +178,7 @@ TEST_F(ProcessDeviceInfo, ASourceWithoutProfilesEndsTheWalkWithTheRecordsMadeBef
     EXPECT_EQ(lines().back(), "ERROR The list has no element at that position. -2147483637");
 }
 
-TEST_F(ProcessDeviceInfo, ASecondSourceThatFailsToOpenLeavesTheFirstRecordOnly) {
+TEST_F(ProcessDeviceInfoTest, ASecondSourceThatFailsToOpenLeavesTheFirstRecordOnly) {
     const auto cameras = foundIn(
         group(source("S") + ", " + source("T", "", "second") + ", " + source("U", "", "late")) +
         R"(, "cameras": {"second": {"faults": {"MediaFrameSource.SetFormatAsync": {"message": "Stuck.", "code": -3}}}})");
@@ -190,7 +190,7 @@ TEST_F(ProcessDeviceInfo, ASecondSourceThatFailsToOpenLeavesTheFirstRecordOnly) 
     EXPECT_EQ(countOf("DEBUG   SourceInfo.  Id: U StreamType: VideoPreview"), 0u);
 }
 
-TEST_F(ProcessDeviceInfo, ADeviceWithoutAnEnclosureHasNoLocationLine) {
+TEST_F(ProcessDeviceInfoTest, ADeviceWithoutAnEnclosureHasNoLocationLine) {
     const auto cameras = foundIn(group(source("S")));
     EXPECT_EQ(uidsOf(cameras), Lines{"cam"});
     EXPECT_EQ(lines(),
@@ -201,14 +201,14 @@ TEST_F(ProcessDeviceInfo, ADeviceWithoutAnEnclosureHasNoLocationLine) {
                      "DEBUG     Manufacturer: , Model: ", "DEBUG Exposure range: [62500us, 62500us]"}));
 }
 
-TEST_F(ProcessDeviceInfo, TheLocationIsLoggedInNumbers) {
+TEST_F(ProcessDeviceInfoTest, TheLocationIsLoggedInNumbers) {
     foundIn(R"("groups": [{"id": "W", "sources": [{"id": "S", "profiles": [{"width": 4, "height": 4}],
                "device": {"id": "cam", "kind": 3, "enclosure": {"panel": 1, "inDock": true, "inLid": false}}}]}])");
     EXPECT_EQ(countOf("DEBUG     LocationPanel: 1 inDock: 1 inLid: 0"), 1u);
     EXPECT_EQ(countOf("DEBUG     DeviceInfo. Id: cam DeviceInfoKind: 3"), 1u);
 }
 
-TEST_F(ProcessDeviceInfo, ACameraWithoutAnExposureControlHasASixteenthOfASecond) {
+TEST_F(ProcessDeviceInfoTest, ACameraWithoutAnExposureControlHasASixteenthOfASecond) {
     const auto cameras = foundIn(group(source("S")));
     ASSERT_EQ(cameras.size(), 1u);
     EXPECT_EQ(cameras[0].description.exposureMinValueInUs, 62500);
@@ -216,7 +216,7 @@ TEST_F(ProcessDeviceInfo, ACameraWithoutAnExposureControlHasASixteenthOfASecond)
     EXPECT_EQ(countOf("DEBUG Exposure range: [62500us, 62500us]"), 1u);
 }
 
-TEST_F(ProcessDeviceInfo, ADeviceWithNeitherNodeNorContainerHasNeitherMakeNorModel) {
+TEST_F(ProcessDeviceInfoTest, ADeviceWithNeitherNodeNorContainerHasNeitherMakeNorModel) {
     const auto cameras = foundIn(group(source("S")));
     ASSERT_EQ(cameras.size(), 1u);
     EXPECT_EQ(cameras[0].description.make, "");
@@ -224,7 +224,7 @@ TEST_F(ProcessDeviceInfo, ADeviceWithNeitherNodeNorContainerHasNeitherMakeNorMod
     EXPECT_TRUE(callsOf("DeviceInformation.CreateFromIdAsync").empty());
 }
 
-TEST_F(ProcessDeviceInfo, ASourceWithoutTheSecondInterfaceEndsTheWalkWithTheRecordsMadeBefore) {
+TEST_F(ProcessDeviceInfoTest, ASourceWithoutTheSecondInterfaceEndsTheWalkWithTheRecordsMadeBefore) {
     const auto cameras =
         foundIn(group(source("S") + ", " + source("T", R"(, "sourceInfo2": false)") + ", " + source("U", "", "late")));
     EXPECT_EQ(uidsOf(cameras), Lines{"cam"});
@@ -233,13 +233,13 @@ TEST_F(ProcessDeviceInfo, ASourceWithoutTheSecondInterfaceEndsTheWalkWithTheReco
     EXPECT_EQ(countOf("DEBUG   SourceInfo.  Id: U StreamType: VideoPreview"), 0u);
 }
 
-TEST_F(ProcessDeviceInfo, ADeviceWithoutAGroupIsAFailedLookup) {
+TEST_F(ProcessDeviceInfoTest, ADeviceWithoutAGroupIsAFailedLookup) {
     EXPECT_TRUE(foundIn(R"("groups": [])").empty());
     EXPECT_EQ(lines(),
               Lines{"ERROR MediaFrameSourceGroup.FromIdAsync on W: There is no such source group. -2147024894"});
 }
 
-TEST_F(ProcessDeviceInfo, AFailedLookupOfTheGroupIsLoggedWithMessageAndCode) {
+TEST_F(ProcessDeviceInfoTest, AFailedLookupOfTheGroupIsLoggedWithMessageAndCode) {
     EXPECT_TRUE(
         foundIn(group(source("S"), R"(, "faults": {"MediaFrameSourceGroup.FromIdAsync": {"message": "Gerät weg.",
                                                                                                "code": 12}})"))
@@ -247,7 +247,7 @@ TEST_F(ProcessDeviceInfo, AFailedLookupOfTheGroupIsLoggedWithMessageAndCode) {
     EXPECT_EQ(lines(), Lines{"ERROR Gerät weg. 12"});
 }
 
-TEST_F(ProcessDeviceInfo, AFailedLookupOfMakeAndModelLosesTheRecord) {
+TEST_F(ProcessDeviceInfoTest, AFailedLookupOfMakeAndModelLosesTheRecord) {
     const std::string fault =
         R"(, "faults": {"DeviceInformation.CreateFromIdAsync": {"message": "No node.", "code": -9}})";
     EXPECT_TRUE(foundIn(richGroup + fault).empty());
@@ -255,7 +255,7 @@ TEST_F(ProcessDeviceInfo, AFailedLookupOfMakeAndModelLosesTheRecord) {
     EXPECT_TRUE(callsOf("MediaCapture.InitializeAsync").empty());
 }
 
-TEST_F(ProcessDeviceInfo, ACameraThatCannotBeOpenedIsNoRecordAndHasTwoErrorLines) {
+TEST_F(ProcessDeviceInfoTest, ACameraThatCannotBeOpenedIsNoRecordAndHasTwoErrorLines) {
     for (const std::string operation :
          {"MediaCapture.InitializeAsync", "MediaCapture.FrameSources", "MediaFrameSource.SetFormatAsync"}) {
         const auto cameras = foundIn(group(source("S")) + hardware(R"("faults": {")" + operation +
@@ -269,7 +269,7 @@ TEST_F(ProcessDeviceInfo, ACameraThatCannotBeOpenedIsNoRecordAndHasTwoErrorLines
     }
 }
 
-TEST_F(ProcessDeviceInfo, AFailedEnumerationOfTheGroupsIsNoRecord) {
+TEST_F(ProcessDeviceInfoTest, AFailedEnumerationOfTheGroupsIsNoRecord) {
     EXPECT_TRUE(foundIn(group(source("S")) +
                         R"(, "faults": {"MediaFrameSourceGroup.FindAllAsync": {"message": "None.", "code": -4}})")
                     .empty());
@@ -278,7 +278,7 @@ TEST_F(ProcessDeviceInfo, AFailedEnumerationOfTheGroupsIsNoRecord) {
     EXPECT_EQ(errors[0], "None. -4");
 }
 
-TEST_F(ProcessDeviceInfo, ACameraWhoseExposureCannotBeReadIsNoRecord) {
+TEST_F(ProcessDeviceInfoTest, ACameraWhoseExposureCannotBeReadIsNoRecord) {
     for (const std::string operation : {"VideoDeviceController", "MediaDeviceControl.Capabilities"}) {
         const auto cameras = foundIn(
             group(source("S")) + hardware(R"("faults": {")" + operation + R"(": {"message": "Deaf.", "code": -6}})"));
@@ -288,7 +288,7 @@ TEST_F(ProcessDeviceInfo, ACameraWhoseExposureCannotBeReadIsNoRecord) {
     }
 }
 
-TEST_F(ProcessDeviceInfo, ACameraThatIsGoneFromTheListOfGroupsIsNoRecord) {
+TEST_F(ProcessDeviceInfoTest, ACameraThatIsGoneFromTheListOfGroupsIsNoRecord) {
     useScenario(group(source("S")));
     AlteredPlatform::install()->groups = [] { return AlteredPlatform::Groups(); };
     EXPECT_TRUE(found().empty());
@@ -296,7 +296,7 @@ TEST_F(ProcessDeviceInfo, ACameraThatIsGoneFromTheListOfGroupsIsNoRecord) {
               Lines{"VideoDeviceController on a new capture: The capture has not been initialised. -2147483634"});
 }
 
-TEST_F(ProcessDeviceInfo, AnotherExceptionPassesThrough) {
+TEST_F(ProcessDeviceInfoTest, AnotherExceptionPassesThrough) {
     AlteredPlatform::install()->group = []() -> AlteredPlatform::Group {
         throw std::runtime_error("no platform error");
     };
@@ -304,13 +304,13 @@ TEST_F(ProcessDeviceInfo, AnotherExceptionPassesThrough) {
     EXPECT_TRUE(lines().empty());
 }
 
-TEST_F(ProcessDeviceInfo, NothingIsTriedAgain) {
+TEST_F(ProcessDeviceInfoTest, NothingIsTriedAgain) {
     foundIn(group(source("S")) + hardware(R"("faults": {"MediaCapture.InitializeAsync": {"times": 1}})"));
     EXPECT_EQ(callsOf("MediaCapture.InitializeAsync").size(), 1u);
     EXPECT_EQ(uidsOf(found()), Lines{"cam"}) << "the device has been reported anew";
 }
 
-TEST_F(ProcessDeviceInfo, TheExposureIsCutTo32BitsOfMicroseconds) {
+TEST_F(ProcessDeviceInfoTest, TheExposureIsCutTo32BitsOfMicroseconds) {
     const auto cameras =
         foundIn(group(source("S")) + hardware(R"("exposure": {"supported": true, "min": -20, "max": 12, "step": 1})"));
     ASSERT_EQ(cameras.size(), 1u);
@@ -318,7 +318,7 @@ TEST_F(ProcessDeviceInfo, TheExposureIsCutTo32BitsOfMicroseconds) {
     EXPECT_EQ(cameras[0].description.exposureMaxValueInUs, -198967296);
 }
 
-TEST_F(ProcessDeviceInfo, SeveralMayRunAtOnce) {
+TEST_F(ProcessDeviceInfoTest, SeveralMayRunAtOnce) {
     useScenario(group(source("S")) +
                 hardware(R"("faults": {"MediaCapture.InitializeAsync": {"fails": false, "delayMs": 50}})"));
     Platform::cameraPlatform();

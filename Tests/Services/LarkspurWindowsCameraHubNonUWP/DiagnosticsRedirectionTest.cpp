@@ -6,9 +6,9 @@
 
 namespace {
 
-class DiagnosticsRedirection : public DiagnosticsFixture {
+class DiagnosticsRedirectionTest : public DiagnosticsFixture {
 protected:
-    ~DiagnosticsRedirection() override { shutdownDiagnosticsAndLogging(); }
+    ~DiagnosticsRedirectionTest() override { shutdownDiagnosticsAndLogging(); }
 
     static bool initialize() { return initializeDiagnosticsAndLogging(applicationName(), applicationVersion()); }
 
@@ -24,7 +24,7 @@ protected:
     }
 };
 
-TEST_F(DiagnosticsRedirection, MovesLogsAndCrashRecordsAndBack) {
+TEST_F(DiagnosticsRedirectionTest, MovesLogsAndCrashRecordsAndBack) {
     ASSERT_TRUE(initialize());
     const std::filesystem::path folder = makeRedirectFolder("mine");
     ASSERT_TRUE(redirectTo(folder));
@@ -44,7 +44,7 @@ TEST_F(DiagnosticsRedirection, MovesLogsAndCrashRecordsAndBack) {
     EXPECT_EQ(readFile(run / "logs" / "PRODUCT.log").find("back"), std::string::npos);
 }
 
-TEST_F(DiagnosticsRedirection, AFailureLeavesNoObjectUntilTheCallerMakesOne) {
+TEST_F(DiagnosticsRedirectionTest, AFailureLeavesNoObjectUntilTheCallerMakesOne) {
     ASSERT_TRUE(initialize());
     EXPECT_FALSE(redirectTo(root() / "client" / "Diagnostics" / "missing"));
     EXPECT_EQ(getDiagnosticsFolderUtf8(), "");
@@ -52,7 +52,7 @@ TEST_F(DiagnosticsRedirection, AFailureLeavesNoObjectUntilTheCallerMakesOne) {
     EXPECT_NE(getDiagnosticsFolderUtf8(), "");
 }
 
-TEST_F(DiagnosticsRedirection, PrunesOnTheWayBack) {
+TEST_F(DiagnosticsRedirectionTest, PrunesOnTheWayBack) {
     for (int number = 10; number < 22; ++number)
         makeRunFolder("2020-01-01_00-00-" + std::to_string(number));
     ASSERT_TRUE(redirectTo(makeRedirectFolder("mine")));
@@ -61,7 +61,7 @@ TEST_F(DiagnosticsRedirection, PrunesOnTheWayBack) {
     EXPECT_EQ(runNames().size(), 10U);
 }
 
-TEST_F(DiagnosticsRedirection, TwoHundredInARowLeaveNoFileOfAnEarlierRunOpenWhileOtherThreadsLog) {
+TEST_F(DiagnosticsRedirectionTest, TwoHundredInARowLeaveNoFileOfAnEarlierRunOpenWhileOtherThreadsLog) {
     testing::internal::CaptureStdout();
     ASSERT_TRUE(initialize());
     const std::filesystem::path folder = makeRedirectFolder("mine");

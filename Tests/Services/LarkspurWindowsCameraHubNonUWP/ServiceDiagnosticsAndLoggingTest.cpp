@@ -11,9 +11,9 @@
 
 namespace {
 
-class ServiceDiagnosticsAndLogging : public DiagnosticsFixture {
+class ServiceDiagnosticsAndLoggingTest : public DiagnosticsFixture {
 protected:
-    ~ServiceDiagnosticsAndLogging() override { shutdownDiagnosticsAndLogging(); }
+    ~ServiceDiagnosticsAndLoggingTest() override { shutdownDiagnosticsAndLogging(); }
 
     static bool initialize() { return initializeDiagnosticsAndLogging(applicationName(), applicationVersion()); }
 
@@ -29,7 +29,7 @@ protected:
     }
 };
 
-TEST_F(ServiceDiagnosticsAndLogging, ThereIsNoFolderBeforeTheStartAndAfterTheEnd) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, ThereIsNoFolderBeforeTheStartAndAfterTheEnd) {
     EXPECT_EQ(getDiagnosticsFolderUtf8(), "");
     ASSERT_TRUE(initialize());
     EXPECT_EQ(currentRun(), allRuns() / *runNames().begin());
@@ -37,7 +37,7 @@ TEST_F(ServiceDiagnosticsAndLogging, ThereIsNoFolderBeforeTheStartAndAfterTheEnd
     EXPECT_EQ(getDiagnosticsFolderUtf8(), "");
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, AStartMakesACrashFolderAndSaysThatTheConsoleIsOff) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, AStartMakesACrashFolderAndSaysThatTheConsoleIsOff) {
     testing::internal::CaptureStdout();
     const bool initialized = initialize();
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Console logging is disabled.\n");
@@ -46,7 +46,7 @@ TEST_F(ServiceDiagnosticsAndLogging, AStartMakesACrashFolderAndSaysThatTheConsol
     EXPECT_EQ(consolesOf(serviceLogger()), 0U);
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, CrashHandlersAreInPlaceBetweenStartAndEnd) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, CrashHandlersAreInPlaceBetweenStartAndEnd) {
     const auto handlerOfSegv = [] {
         struct sigaction action{};
         sigaction(SIGSEGV, nullptr, &action);
@@ -59,7 +59,7 @@ TEST_F(ServiceDiagnosticsAndLogging, CrashHandlersAreInPlaceBetweenStartAndEnd) 
     EXPECT_EQ(handlerOfSegv(), before);
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, LinesReachTheFilesOfTheirLoggers) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, LinesReachTheFilesOfTheirLoggers) {
     ASSERT_TRUE(initialize());
     LOG4CXX_INFO(serviceLogger(), "of the service");
     LOG4CXX_WARN(communicationLogger(), "of the communication");
@@ -79,13 +79,13 @@ TEST_F(ServiceDiagnosticsAndLogging, LinesReachTheFilesOfTheirLoggers) {
     EXPECT_EQ(readFile(logs / "TIMING.log"), "");
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, AnUnusableDataFolderMakesTheStartFail) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, AnUnusableDataFolderMakesTheStartFail) {
     const ScopedEnvironment variable("CAMERA_HUB_COMMON_DATA", root() / "missing");
     EXPECT_FALSE(initialize());
     EXPECT_EQ(getDiagnosticsFolderUtf8(), "");
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, AFailureOfCrashRecordingAloneFailsAndIsLogged) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, AFailureOfCrashRecordingAloneFailsAndIsLogged) {
     // A name that is too long for crash records, though not for folders.
     const std::string name(230, 'x');
     EXPECT_FALSE(initializeDiagnosticsAndLogging(name, "1"));
@@ -96,13 +96,13 @@ TEST_F(ServiceDiagnosticsAndLogging, AFailureOfCrashRecordingAloneFailsAndIsLogg
     unsetenv((std::string(230, 'X') + "_LOG_DIR").c_str());
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, TheFolderOfARunThatHasGoneThrows) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, TheFolderOfARunThatHasGoneThrows) {
     ASSERT_TRUE(initialize());
     std::filesystem::remove_all(currentRun());
     EXPECT_THROW(getDiagnosticsFolderUtf8(), Halden::HaldenException);
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, WithADebuggerTheConsoleTakesTheLogAndCrashesAreNotRecorded) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, WithADebuggerTheConsoleTakesTheLogAndCrashesAreNotRecorded) {
     const int result = runInChild([this] {
         ASSERT_TRUE(letParentTrace());
         sendStandardOutputTo(output());
@@ -115,7 +115,7 @@ TEST_F(ServiceDiagnosticsAndLogging, WithADebuggerTheConsoleTakesTheLogAndCrashe
     EXPECT_EQ(readFile(output()), "TRACE - of the service\nTRACE - of the device\n");
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, WithADebuggerARepeatedStartRepeatsTheLinesOfLoggersThatAreNotConfigured) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, WithADebuggerARepeatedStartRepeatsTheLinesOfLoggersThatAreNotConfigured) {
     const int result = runInChild([this] {
         ASSERT_TRUE(letParentTrace());
         sendStandardOutputTo(output());
@@ -127,7 +127,7 @@ TEST_F(ServiceDiagnosticsAndLogging, WithADebuggerARepeatedStartRepeatsTheLinesO
     EXPECT_EQ(result, 0);
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, TheConsoleLevelIsThatOfTheServiceAndTheDevice) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, TheConsoleLevelIsThatOfTheServiceAndTheDevice) {
     setConsoleLevel(log4cxx::Level::getWarn());
     EXPECT_EQ(serviceLogger()->getLevel(), log4cxx::Level::getWarn());
     EXPECT_EQ(deviceLogger()->getLevel(), log4cxx::Level::getWarn());
@@ -142,7 +142,7 @@ TEST_F(ServiceDiagnosticsAndLogging, TheConsoleLevelIsThatOfTheServiceAndTheDevi
     deviceLogger()->setLevel(nullptr);
 }
 
-TEST_F(ServiceDiagnosticsAndLogging, AStartAfterOneThatWasKilledWorks) {
+TEST_F(ServiceDiagnosticsAndLoggingTest, AStartAfterOneThatWasKilledWorks) {
     for (int kill = 0; kill < 5; ++kill) {
         const int result = runInChild([kill] {
             initialize();

@@ -8,13 +8,13 @@ using testing::ElementsAre;
 
 namespace {
 
-TEST(Clock, SleepsAtLeastThatLong) {
+TEST(ClockTest, SleepsAtLeastThatLong) {
     const auto before = std::chrono::steady_clock::now();
     Halden::currentClock()->sleepFor(20ms);
     EXPECT_GE(std::chrono::steady_clock::now() - before, 20ms);
 }
 
-TEST(Clock, DeadlineLiesTheLimitAhead) {
+TEST(ClockTest, DeadlineLiesTheLimitAhead) {
     const auto before = std::chrono::steady_clock::now();
     const auto deadline = Halden::currentClock()->deadlineAfter(10000ms);
     const auto after = std::chrono::steady_clock::now();
@@ -22,7 +22,7 @@ TEST(Clock, DeadlineLiesTheLimitAhead) {
     EXPECT_LE(deadline, after + 10000ms);
 }
 
-TEST(Clock, NullBringsTheRealClockBack) {
+TEST(ClockTest, NullBringsTheRealClockBack) {
     const auto fake = std::make_shared<FakeClock>();
     Halden::setClockForTesting(fake);
     EXPECT_EQ(Halden::currentClock(), fake);
@@ -31,7 +31,7 @@ TEST(Clock, NullBringsTheRealClockBack) {
     EXPECT_NE(Halden::currentClock(), fake);
 }
 
-TEST(FakeClock, RecordsInOrderWithoutWaiting) {
+TEST(FakeClockTest, RecordsInOrderWithoutWaiting) {
     const auto fake = std::make_shared<FakeClock>();
     const auto before = std::chrono::steady_clock::now();
     {
@@ -48,7 +48,7 @@ TEST(FakeClock, RecordsInOrderWithoutWaiting) {
     EXPECT_NE(Halden::currentClock(), fake);
 }
 
-TEST(FakeClock, DividesWhatItWaits) {
+TEST(FakeClockTest, DividesWhatItWaits) {
     FakeClock fake(10, 1000);
     const auto before = std::chrono::steady_clock::now();
     fake.sleepFor(200ms);

@@ -56,76 +56,76 @@ template <typename Thrown> LogRecord recordOfThrowing(Thrown thrown) {
     return records.empty() ? LogRecord{} : records.front();
 }
 
-TEST(HaldenException, DescriptionIsTheMessageWithoutALocation) {
+TEST(HaldenExceptionTest, DescriptionIsTheMessageWithoutALocation) {
     EXPECT_EQ(HaldenException(u"Invalid diagnostics").getDescription(), u"Invalid diagnostics");
     EXPECT_EQ(HaldenException(u"\u20AC").getDescriptionUtf8(), "\xE2\x82\xAC");
 }
 
-TEST(HaldenException, LocationFollowsTheMessage) {
+TEST(HaldenExceptionTest, LocationFollowsTheMessage) {
     EXPECT_EQ(LocatedException(u"Broken", "a", 12).getDescription(), u"Broken @ a:12");
     EXPECT_EQ(LocatedException(u"Broken", "a", 0).getDescription(), u"Broken @ a:0");
     EXPECT_EQ(LocatedException(u"Broken", "a", -1).getDescription(), u"Broken");
     EXPECT_EQ(LocatedException(u"Broken", "a", -2).getDescription(), u"Broken @ a:-2");
 }
 
-TEST(HaldenException, EachByteOfTheFileBecomesOneUnit) {
+TEST(HaldenExceptionTest, EachByteOfTheFileBecomesOneUnit) {
     EXPECT_EQ(LocatedException(u"m", "\xC3\xA9", 1).getDescription(), u"m @ \u00C3\u00A9:1");
 }
 
-TEST(HaldenException, IsNoStandardException) {
+TEST(HaldenExceptionTest, IsNoStandardException) {
     EXPECT_FALSE((std::is_base_of_v<std::exception, HaldenException>));
     EXPECT_TRUE((std::is_copy_constructible_v<HaldenException>));
 }
 
-TEST(DescribeException, NullPointerGivesAnEmptyText) { EXPECT_EQ(Halden::describeException(nullptr), ""); }
+TEST(DescribeExceptionTest, NullPointerGivesAnEmptyText) { EXPECT_EQ(Halden::describeException(nullptr), ""); }
 
-TEST(DescribeException, EachFamilyHasItsOwnText) {
+TEST(DescribeExceptionTest, EachFamilyHasItsOwnText) {
     EXPECT_EQ(Halden::describeException(std::make_exception_ptr(LocatedException(u"m", "a", 12))), "m @ a:12");
     EXPECT_EQ(Halden::describeException(std::make_exception_ptr(std::runtime_error("standard"))), "standard");
     EXPECT_EQ(Halden::describeException(std::make_exception_ptr(std::string("text"))), "(...) No details");
     EXPECT_EQ(Halden::describeException(std::make_exception_ptr(Relative())), "(...) No details");
 }
 
-TEST(RunCatch, HaldenExceptionIsLoggedWithItsDescription) {
+TEST(RunCatchTest, HaldenExceptionIsLoggedWithItsDescription) {
     EXPECT_EQ(recordOfThrowing(HaldenException(u"Invalid diagnostics")),
               (LogRecord{"ERROR", "Common.RunCatch", "Caught exception: Invalid diagnostics",
                          "Framework/CXX/Common/RunCatch"}));
 }
 
-TEST(RunCatch, LocationOfAHaldenExceptionIsLogged) {
+TEST(RunCatchTest, LocationOfAHaldenExceptionIsLogged) {
     EXPECT_EQ(recordOfThrowing(LocatedException(u"Broken", "a", 12)).message, "Caught exception: Broken @ a:12");
 }
 
-TEST(RunCatch, ThrownIntegerHasNoDetails) {
+TEST(RunCatchTest, ThrownIntegerHasNoDetails) {
     EXPECT_EQ(recordOfThrowing(42).message, "Caught exception: (...) No details");
 }
 
-TEST(RunCatch, EmptyWhatLeavesNothingBehindTheColonAndItsBlank) {
+TEST(RunCatchTest, EmptyWhatLeavesNothingBehindTheColonAndItsBlank) {
     EXPECT_EQ(recordOfThrowing(SilentException()).message, "Caught exception: ");
 }
 
-TEST(RunCatch, GivesTheOperationsResultAndLogsNothing) {
+TEST(RunCatchTest, GivesTheOperationsResultAndLogsNothing) {
     const LogRecorder recorder("Common.RunCatch");
     EXPECT_EQ(RunCatch(7, [] { return 9; }), 9);
     EXPECT_EQ(RunCatch(std::string("default"), [] { return "result"; }), "result");
     EXPECT_THAT(recorder.messages(), ElementsAre());
 }
 
-TEST(RunCatch, GivesTheDefaultForAnEmptyOperation) {
+TEST(RunCatchTest, GivesTheDefaultForAnEmptyOperation) {
     const LogRecorder recorder("Common.RunCatch");
     EXPECT_EQ(RunCatch(7, {}), 7);
     EXPECT_EQ(recorder.records().size(), 1U);
 }
 
-TEST(RunCatch, LogsNothingWhenTheErrorLevelIsOff) {
+TEST(RunCatchTest, LogsNothingWhenTheErrorLevelIsOff) {
     const LogRecorder recorder("Common.RunCatch", log4cxx::Level::getFatal());
     EXPECT_EQ(RunCatch(7, []() -> int { throw std::bad_alloc(); }), 7);
     EXPECT_THAT(recorder.messages(), ElementsAre());
 }
 
-TEST(CatchHandlers, BeginWithExactlyOneElement) { EXPECT_EQ(Halden::catchHandlers().size(), 1U); }
+TEST(CatchHandlersTest, BeginWithExactlyOneElement) { EXPECT_EQ(Halden::catchHandlers().size(), 1U); }
 
-TEST(HandleCurrentException, CallsEveryHandlerInOrderWithTheText) {
+TEST(HandleCurrentExceptionTest, CallsEveryHandlerInOrderWithTheText) {
     const ScopedHandlers scope;
     const LogRecorder recorder("Common.RunCatch");
     std::vector<std::string> seen;
@@ -136,20 +136,20 @@ TEST(HandleCurrentException, CallsEveryHandlerInOrderWithTheText) {
     EXPECT_EQ(recorder.records().size(), 1U);
 }
 
-TEST(HandleCurrentException, EmptyHandlerRaisesBadFunctionCall) {
+TEST(HandleCurrentExceptionTest, EmptyHandlerRaisesBadFunctionCall) {
     const ScopedHandlers scope;
     const LogRecorder recorder("Common.RunCatch");
     Halden::catchHandlers().emplace_back();
     EXPECT_THROW(RunCatch(0, []() -> int { throw 1; }), std::bad_function_call);
 }
 
-TEST(HandleCurrentException, WhatAHandlerThrowsPropagates) {
+TEST(HandleCurrentExceptionTest, WhatAHandlerThrowsPropagates) {
     const ScopedHandlers scope;
     Halden::catchHandlers() = {[](const std::string&) { throw std::logic_error("handler"); }};
     EXPECT_THROW(RunCatch(0, []() -> int { throw 1; }), std::logic_error);
 }
 
-TEST(HandleCurrentException, RethrowsTheSameExceptionIfAskedTo) {
+TEST(HandleCurrentExceptionTest, RethrowsTheSameExceptionIfAskedTo) {
     const LogRecorder recorder("Common.RunCatch");
     const auto handleAndRethrow = [] {
         try {

@@ -11,26 +11,26 @@ using Halden::toUtf8WithReplacements;
 
 namespace {
 
-TEST(TextConversion, ConvertsBothWays) {
+TEST(TextConversionTest, ConvertsBothWays) {
     const std::string utf8 = "A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
     const std::u16string utf16 = u"A\u00E9\u20AC\U0001F600";
     EXPECT_EQ(toUtf8(utf16), utf8);
     EXPECT_EQ(toUtf16(utf8), utf16);
 }
 
-TEST(TextConversion, EmptyStaysEmpty) {
+TEST(TextConversionTest, EmptyStaysEmpty) {
     EXPECT_EQ(toUtf8(u""), "");
     EXPECT_EQ(toUtf16(""), u"");
 }
 
-TEST(TextConversion, KeepsNulAndTheLastCodePoints) {
+TEST(TextConversionTest, KeepsNulAndTheLastCodePoints) {
     EXPECT_EQ(toUtf8(std::u16string_view(u"a\0b", 3)), std::string("a\0b", 3));
     EXPECT_EQ(toUtf16(std::string_view("a\0b", 3)), std::u16string(u"a\0b", 3));
     EXPECT_EQ(toUtf16("\xEF\xBF\xBF"), std::u16string(1, char16_t(0xFFFF)));
     EXPECT_EQ(toUtf16("\xF4\x8F\xBF\xBF"), u"\U0010FFFF");
 }
 
-TEST(TextConversion, SurrogateWithoutPartnerBecomesEmpty) {
+TEST(TextConversionTest, SurrogateWithoutPartnerBecomesEmpty) {
     const std::vector<std::u16string> broken = {
         {u'a', char16_t(0xD800)},
         {char16_t(0xD800), u'a'},
@@ -42,7 +42,7 @@ TEST(TextConversion, SurrogateWithoutPartnerBecomesEmpty) {
         EXPECT_EQ(toUtf8(text), "") << "units: " << text.size();
 }
 
-TEST(TextConversion, Utf8ThatIsNotWellFormedBecomesEmpty) {
+TEST(TextConversionTest, Utf8ThatIsNotWellFormedBecomesEmpty) {
     const std::vector<std::string> broken = {
         "a\xC0\xAF",         // overlong, two bytes
         "a\xE0\x80\xAF",     // overlong, three bytes
@@ -59,7 +59,7 @@ TEST(TextConversion, Utf8ThatIsNotWellFormedBecomesEmpty) {
         EXPECT_EQ(toUtf16(text), u"") << testing::PrintToString(text);
 }
 
-TEST(TextConversion, ReplacesSurrogatesWithoutPartnersWhereAsked) {
+TEST(TextConversionTest, ReplacesSurrogatesWithoutPartnersWhereAsked) {
     EXPECT_EQ(toUtf8WithReplacements(u"A\u00E9\u20AC\U0001F600"), "A\u00E9\u20AC\U0001F600");
     EXPECT_EQ(toUtf8WithReplacements(std::u16string{u'a', char16_t(0xD800), u'b'}), "a\uFFFDb");
     EXPECT_EQ(toUtf8WithReplacements(std::u16string{char16_t(0xDC00), char16_t(0xD800)}), "\uFFFD\uFFFD");

@@ -36,7 +36,7 @@ private:
     const std::u16string _word;
 };
 
-class DiagnosticsFactories : public DiagnosticsFixture {};
+class DiagnosticsFactoriesTest : public DiagnosticsFixture {};
 
 // In a child, which a throw would end.
 void expectNoThrowWhereverMemoryRunsOut(const std::function<std::unique_ptr<HaldenDiagnostics>()>& create) {
@@ -56,7 +56,7 @@ void expectNoThrowWhereverMemoryRunsOut(const std::function<std::unique_ptr<Hald
     EXPECT_EQ(result, 0);
 }
 
-TEST_F(DiagnosticsFactories, AStartLeavesTheWholeTree) {
+TEST_F(DiagnosticsFactoriesTest, AStartLeavesTheWholeTree) {
     const auto diagnostics = makeDiagnostics();
     ASSERT_NE(diagnostics, nullptr);
     EXPECT_TRUE(std::filesystem::is_regular_file(propertiesFile()));
@@ -72,7 +72,7 @@ TEST_F(DiagnosticsFactories, AStartLeavesTheWholeTree) {
     EXPECT_FALSE(std::filesystem::exists(run / "Crash"));
 }
 
-TEST_F(DiagnosticsFactories, TheRunIsNamedByItsStartTime) {
+TEST_F(DiagnosticsFactoriesTest, TheRunIsNamedByItsStartTime) {
     const std::time_t before = std::time(nullptr);
     const auto diagnostics = makeDiagnostics();
     const std::time_t after = std::time(nullptr);
@@ -85,7 +85,7 @@ TEST_F(DiagnosticsFactories, TheRunIsNamedByItsStartTime) {
     EXPECT_LE(started, after);
 }
 
-TEST_F(DiagnosticsFactories, TheFoldersAreTold) {
+TEST_F(DiagnosticsFactoriesTest, TheFoldersAreTold) {
     const auto diagnostics = makeDiagnostics();
     ASSERT_NE(diagnostics, nullptr);
     const std::string run = allRuns() / *runNames().begin();
@@ -96,7 +96,7 @@ TEST_F(DiagnosticsFactories, TheFoldersAreTold) {
     EXPECT_EQ(Halden::toUtf8(diagnostics->getTracesFolder()), run + "/Traces");
 }
 
-TEST_F(DiagnosticsFactories, TheVariableNamesTheLogFolder) {
+TEST_F(DiagnosticsFactoriesTest, TheVariableNamesTheLogFolder) {
     const auto diagnostics = makeDiagnostics();
     ASSERT_NE(diagnostics, nullptr);
     const char* const variable = std::getenv("LARKSPURWINDOWSCAMERAHUB_LOG_DIR");
@@ -104,18 +104,18 @@ TEST_F(DiagnosticsFactories, TheVariableNamesTheLogFolder) {
     EXPECT_EQ(variable, Halden::toUtf8(diagnostics->getLogFolder()));
 }
 
-TEST_F(DiagnosticsFactories, AMissingDataFolderIsAFailureAndNoParentsAreMade) {
+TEST_F(DiagnosticsFactoriesTest, AMissingDataFolderIsAFailureAndNoParentsAreMade) {
     const ScopedEnvironment variable("CAMERA_HUB_COMMON_DATA", root() / "missing" / "data");
     EXPECT_EQ(makeDiagnostics(), nullptr);
     EXPECT_FALSE(std::filesystem::exists(root() / "missing"));
 }
 
-TEST_F(DiagnosticsFactories, AFileInPlaceOfAFolderIsAFailure) {
+TEST_F(DiagnosticsFactoriesTest, AFileInPlaceOfAFolderIsAFailure) {
     writeFile(common() / "Halden Imaging Group", "");
     EXPECT_EQ(makeDiagnostics(), nullptr);
 }
 
-TEST_F(DiagnosticsFactories, TwoStartsWithinASecondShareARunFolderAndStartItsLogsAnew) {
+TEST_F(DiagnosticsFactoriesTest, TwoStartsWithinASecondShareARunFolderAndStartItsLogsAnew) {
     for (int attempt = 0; attempt < 10; ++attempt) { // the second may change between the two
         const auto first = makeDiagnostics();
         ASSERT_NE(first, nullptr);
@@ -130,7 +130,7 @@ TEST_F(DiagnosticsFactories, TwoStartsWithinASecondShareARunFolderAndStartItsLog
     FAIL() << "no two starts fell within one second";
 }
 
-TEST_F(DiagnosticsFactories, AFailureOfTheDefaultTraceStillGivesAWorkingObject) {
+TEST_F(DiagnosticsFactoriesTest, AFailureOfTheDefaultTraceStillGivesAWorkingObject) {
     const FileSystemWithFault fileSystem(u"_default_");
     const auto diagnostics = createDiagnostics(testAppName, testVersion, 1, &fileSystem);
     ASSERT_NE(diagnostics, nullptr);
@@ -139,31 +139,31 @@ TEST_F(DiagnosticsFactories, AFailureOfTheDefaultTraceStillGivesAWorkingObject) 
     EXPECT_EQ(diagnostics->getCurrentTraceId(), "");
 }
 
-TEST_F(DiagnosticsFactories, WithoutTheDefaultTraceNothingIsPruned) {
+TEST_F(DiagnosticsFactoriesTest, WithoutTheDefaultTraceNothingIsPruned) {
     makeRunFolder("2020-01-01_00-00-00");
     const FileSystemWithFault fileSystem(u"_default_");
     ASSERT_NE(createDiagnostics(testAppName, testVersion, 1, &fileSystem), nullptr);
     EXPECT_EQ(runNames().size(), 2U);
 }
 
-TEST_F(DiagnosticsFactories, TheRunsFoldersAreMadeThroughTheDefaultFileSystem) {
+TEST_F(DiagnosticsFactoriesTest, TheRunsFoldersAreMadeThroughTheDefaultFileSystem) {
     const FileSystemWithFault fileSystem(u"Diagnostics");
     EXPECT_NE(createDiagnostics(testAppName, testVersion, 10, &fileSystem), nullptr);
 }
 
-TEST_F(DiagnosticsFactories, AFailureOfTheGivenFileSystemInTheCommonFolderIsAFailure) {
+TEST_F(DiagnosticsFactoriesTest, AFailureOfTheGivenFileSystemInTheCommonFolderIsAFailure) {
     const FileSystemWithFault fileSystem(u"Halden Imaging Group");
     EXPECT_EQ(createDiagnostics(testAppName, testVersion, 10, &fileSystem), nullptr);
 }
 
-TEST_F(DiagnosticsFactories, DoNotThrowWhereverMemoryRunsOut) {
+TEST_F(DiagnosticsFactoriesTest, DoNotThrowWhereverMemoryRunsOut) {
     expectNoThrowWhereverMemoryRunsOut([] { return createDiagnostics(testAppName, testVersion, 10, nullptr); });
     const std::string folder = makeRedirectFolder("mine");
     expectNoThrowWhereverMemoryRunsOut(
         [&] { return createRedirectedDiagnostics(testAppName, testVersion, folder, nullptr); });
 }
 
-TEST_F(DiagnosticsFactories, TextThatIsNotUtf8BecomesEmpty) {
+TEST_F(DiagnosticsFactoriesTest, TextThatIsNotUtf8BecomesEmpty) {
     const auto diagnostics = createDiagnostics("App\xFF", "\xC3", 10, nullptr);
     ASSERT_NE(diagnostics, nullptr);
     EXPECT_EQ(Halden::toUtf8(diagnostics->getBaseFolder()), common() / "Halden Imaging Group");

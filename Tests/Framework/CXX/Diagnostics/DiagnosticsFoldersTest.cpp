@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(DiagnosticsFolders, AreDerivedFromTheRunFolder) {
+TEST(DiagnosticsFoldersTest, AreDerivedFromTheRunFolder) {
     const DiagnosticsFolders folders = DiagnosticsFolders::ofRunFolder(u"/data/app/Diagnostics/2026-11-13_22-33-19");
     EXPECT_EQ(folders.baseFolder, u"/data/app");
     EXPECT_EQ(folders.diagnosticsFolder, u"/data/app/Diagnostics");
@@ -20,7 +20,7 @@ TEST(DiagnosticsFolders, AreDerivedFromTheRunFolder) {
     EXPECT_EQ(folders.crashFolder, u"");
 }
 
-TEST(DiagnosticsFolders, WithoutTheWordOnlyTheRunFolderIsFilled) {
+TEST(DiagnosticsFoldersTest, WithoutTheWordOnlyTheRunFolderIsFilled) {
     const DiagnosticsFolders folders = DiagnosticsFolders::ofRunFolder(u"/data/diagnostics/run");
     EXPECT_EQ(folders.runFolder, u"/data/diagnostics/run");
     EXPECT_EQ(folders.baseFolder, u"");
@@ -28,28 +28,28 @@ TEST(DiagnosticsFolders, WithoutTheWordOnlyTheRunFolderIsFilled) {
     EXPECT_EQ(folders.logFolder, u"");
 }
 
-TEST(DiagnosticsFolders, TheFirstOccurrenceOfTheWordCounts) {
+TEST(DiagnosticsFoldersTest, TheFirstOccurrenceOfTheWordCounts) {
     const DiagnosticsFolders folders = DiagnosticsFolders::ofRunFolder(u"/MyDiagnosticsOf/x/Diagnostics/run");
     EXPECT_EQ(folders.diagnosticsFolder, u"/MyDiagnostics");
     EXPECT_EQ(folders.runName, u"f/x/Diagnostics/run");
     EXPECT_EQ(folders.baseFolder, u"");
 }
 
-TEST(DiagnosticsFolders, APathThatEndsInTheWordIsImpossible) {
+TEST(DiagnosticsFoldersTest, APathThatEndsInTheWordIsImpossible) {
     EXPECT_THROW(DiagnosticsFolders::ofRunFolder(u"/data/Diagnostics"), std::out_of_range);
 }
 
-TEST(DiagnosticsFolders, TheRunNameMayBeEmpty) {
+TEST(DiagnosticsFoldersTest, TheRunNameMayBeEmpty) {
     const DiagnosticsFolders folders = DiagnosticsFolders::ofRunFolder(u"/data/Diagnostics/");
     EXPECT_EQ(folders.runName, u"");
     EXPECT_EQ(folders.baseFolder, u"/data");
 }
 
-TEST(DiagnosticsFolders, ABackslashSeparatesWhereThereIsNoSlash) {
+TEST(DiagnosticsFoldersTest, ABackslashSeparatesWhereThereIsNoSlash) {
     EXPECT_EQ(DiagnosticsFolders::ofRunFolder(u"C:\\data\\Diagnostics\\run").baseFolder, u"C:\\data");
 }
 
-TEST(DiagnosticsFolders, WithoutASeparatorThereIsNoBase) {
+TEST(DiagnosticsFoldersTest, WithoutASeparatorThereIsNoBase) {
     const DiagnosticsFolders folders = DiagnosticsFolders::ofRunFolder(u"Diagnostics/run");
     EXPECT_EQ(folders.baseFolder, u"");
     EXPECT_EQ(folders.diagnosticsFolder, u"Diagnostics");

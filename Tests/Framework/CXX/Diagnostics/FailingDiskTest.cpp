@@ -22,7 +22,7 @@ void logSomeLines(const std::string& text) {
 }
 
 /// Each test works in a child whose data folder is a small disk of its own.
-class FailingDisk : public DiagnosticsFixture {
+class FailingDiskTest : public DiagnosticsFixture {
 protected:
     template <typename Work> void runOnSmallDisk(const Work& work) {
         runInPrivateMounts([&] {
@@ -41,7 +41,7 @@ protected:
     }
 };
 
-TEST_F(FailingDisk, WhileItIsFullLinesAreLostAndTheHubGoesOn) {
+TEST_F(FailingDiskTest, WhileItIsFullLinesAreLostAndTheHubGoesOn) {
     runOnSmallDisk([this] {
         const auto diagnostics = makeDiagnostics();
         ASSERT_NE(diagnostics, nullptr);
@@ -58,7 +58,7 @@ TEST_F(FailingDisk, WhileItIsFullLinesAreLostAndTheHubGoesOn) {
     });
 }
 
-TEST_F(FailingDisk, AFirstStartOnAFullOneLeavesAnEmptyConfigurationAndNoLog) {
+TEST_F(FailingDiskTest, AFirstStartOnAFullOneLeavesAnEmptyConfigurationAndNoLog) {
     runOnSmallDisk([this] {
         fill(); // there is still room for names
         EXPECT_NE(makeDiagnostics(), nullptr);
@@ -67,7 +67,7 @@ TEST_F(FailingDisk, AFirstStartOnAFullOneLeavesAnEmptyConfigurationAndNoLog) {
     });
 }
 
-TEST_F(FailingDisk, AStartFailsWhereNoFolderCanBeMade) {
+TEST_F(FailingDiskTest, AStartFailsWhereNoFolderCanBeMade) {
     runOnSmallDisk([this] {
         // Room for the root, the common folders, the configuration, the folder of all runs, and one more.
         ASSERT_EQ(mount(nullptr, common().c_str(), nullptr, MS_REMOUNT, "nr_inodes=6"), 0);
@@ -76,7 +76,7 @@ TEST_F(FailingDisk, AStartFailsWhereNoFolderCanBeMade) {
     });
 }
 
-TEST_F(FailingDisk, AReadOnlyOneMakesAStartFail) {
+TEST_F(FailingDiskTest, AReadOnlyOneMakesAStartFail) {
     runOnSmallDisk([this] {
         ASSERT_NE(makeDiagnostics(), nullptr);
         Halden::configureBasicLogging(); // closes the log files
@@ -91,7 +91,7 @@ TEST_F(FailingDisk, AReadOnlyOneMakesAStartFail) {
     });
 }
 
-TEST_F(FailingDisk, ADataFolderThatGoesTakesTheLinesWithIt) {
+TEST_F(FailingDiskTest, ADataFolderThatGoesTakesTheLinesWithIt) {
     const auto diagnostics = makeDiagnostics();
     ASSERT_NE(diagnostics, nullptr);
     std::filesystem::remove_all(appFolder());

@@ -37,7 +37,7 @@ private:
     Count* const _count;
 };
 
-class LoggingConfiguration : public DiagnosticsFixture {
+class LoggingConfigurationTest : public DiagnosticsFixture {
 protected:
     std::filesystem::path properties() const { return root() / "test.properties"; }
 
@@ -79,7 +79,7 @@ protected:
     }
 };
 
-TEST_F(LoggingConfiguration, LinesReachTheFilesOfAllAncestors) {
+TEST_F(LoggingConfigurationTest, LinesReachTheFilesOfAllAncestors) {
     configureTwoFiles("a");
     LOG4CXX_INFO(Logger::getLogger("Product.Part"), "both");
     LOG4CXX_INFO(Logger::getLogger("Somebody"), "one");
@@ -87,7 +87,7 @@ TEST_F(LoggingConfiguration, LinesReachTheFilesOfAllAncestors) {
     EXPECT_EQ(linesIn(readFile(root() / "a" / "DEFAULT.log")), 2U);
 }
 
-TEST_F(LoggingConfiguration, TheLineHasItsFormat) {
+TEST_F(LoggingConfigurationTest, TheLineHasItsFormat) {
     configureTwoFiles("a");
     LOG4CXX_WARN(Logger::getLogger("Product.Part"), "text");
     const std::string log = readFile(root() / "a" / "PRODUCT.log");
@@ -97,7 +97,7 @@ TEST_F(LoggingConfiguration, TheLineHasItsFormat) {
                     " \\[0x[0-9a-f]+\\] WARN   Product\\.Part - text\n"));
 }
 
-TEST_F(LoggingConfiguration, ANewOneReplacesTheOldAndClosesItsFiles) {
+TEST_F(LoggingConfigurationTest, ANewOneReplacesTheOldAndClosesItsFiles) {
     configureTwoFiles("a");
     configureTwoFiles("b");
     LOG4CXX_INFO(Logger::getLogger("Product"), "text");
@@ -106,19 +106,19 @@ TEST_F(LoggingConfiguration, ANewOneReplacesTheOldAndClosesItsFiles) {
     EXPECT_EQ(openFiles(), (std::set<std::string>{root() / "b" / "DEFAULT.log", root() / "b" / "PRODUCT.log"}));
 }
 
-TEST_F(LoggingConfiguration, ALoggerThatIsNoLongerConfiguredLetsGoOfItsFile) {
+TEST_F(LoggingConfigurationTest, ALoggerThatIsNoLongerConfiguredLetsGoOfItsFile) {
     configureTwoFiles("a");
     configure("log4j.rootLogger=INFO, DEFAULT\n" + fileAppender("DEFAULT", root() / "b" / "DEFAULT.log"));
     EXPECT_EQ(openFiles(), std::set<std::string>{root() / "b" / "DEFAULT.log"});
 }
 
-TEST_F(LoggingConfiguration, TheBasicOneClosesTheFilesToo) {
+TEST_F(LoggingConfigurationTest, TheBasicOneClosesTheFilesToo) {
     configureTwoFiles("a");
     Halden::configureBasicLogging();
     EXPECT_EQ(openFiles(), std::set<std::string>());
 }
 
-TEST_F(LoggingConfiguration, LevelsFollowTheFile) {
+TEST_F(LoggingConfigurationTest, LevelsFollowTheFile) {
     configure("log4j.rootLogger=WARN\nlog4j.logger.Product=DEBUG\nlog4j.additivity.Product=false\n");
     EXPECT_FALSE(Logger::getRootLogger()->isInfoEnabled());
     EXPECT_TRUE(Logger::getLogger("Product")->isDebugEnabled());
@@ -129,7 +129,7 @@ TEST_F(LoggingConfiguration, LevelsFollowTheFile) {
     EXPECT_TRUE(Logger::getLogger("Product")->getAdditivity());
 }
 
-TEST_F(LoggingConfiguration, ABrokenFileIsNoError) {
+TEST_F(LoggingConfigurationTest, ABrokenFileIsNoError) {
     EXPECT_NO_THROW(
         configure("log4j.rootLogger=LOUD, MISSING\nlog4j.logger.=x\n=\n\\\nlog4j.appender.A=org.Nothing\n"));
     EXPECT_NO_THROW(configure(std::string("\0\xFF\xFE\n", 4)));
@@ -137,7 +137,7 @@ TEST_F(LoggingConfiguration, ABrokenFileIsNoError) {
     EXPECT_NO_THROW(LOG4CXX_INFO(Logger::getLogger("Product"), "text"));
 }
 
-TEST_F(LoggingConfiguration, AFullDiskCostsLinesOnly) {
+TEST_F(LoggingConfigurationTest, AFullDiskCostsLinesOnly) {
     configure("log4j.rootLogger=INFO, FULL, GOOD\n" + fileAppender("FULL", "/dev/full") +
               fileAppender("GOOD", root() / "good.log"));
     testing::internal::CaptureStderr();
@@ -149,7 +149,7 @@ TEST_F(LoggingConfiguration, AFullDiskCostsLinesOnly) {
     EXPECT_EQ(linesIn(readFile(root() / "good.log")), 3U);
 }
 
-TEST_F(LoggingConfiguration, TextBeyondAsciiIsUtf8WhereTheUsersLocaleIsPlain) {
+TEST_F(LoggingConfigurationTest, TextBeyondAsciiIsUtf8WhereTheUsersLocaleIsPlain) {
     // In a child: the logging library remembers the encoding that it meets first.
     const int result = runInChild([this] {
         const ScopedEnvironment all("LC_ALL", "C");
@@ -164,7 +164,7 @@ TEST_F(LoggingConfiguration, TextBeyondAsciiIsUtf8WhereTheUsersLocaleIsPlain) {
     EXPECT_EQ(result, 0);
 }
 
-TEST_F(LoggingConfiguration, NoLineIsLostWhenTheProcessDiesDuringTheChanges) {
+TEST_F(LoggingConfigurationTest, NoLineIsLostWhenTheProcessDiesDuringTheChanges) {
     constexpr std::size_t lines = 500;
     constexpr int mostChanges = 100'000; // it dies long before
     const SharedCount logged;
@@ -185,7 +185,7 @@ TEST_F(LoggingConfiguration, NoLineIsLostWhenTheProcessDiesDuringTheChanges) {
         EXPECT_EQ(messagesIn(file).size(), lines) << file;
 }
 
-TEST_F(LoggingConfiguration, NoLineOfAnotherThreadIsLostInTwoHundredChanges) {
+TEST_F(LoggingConfigurationTest, NoLineOfAnotherThreadIsLostInTwoHundredChanges) {
     constexpr int changes = 200;
     constexpr int threadCount = 3;
     constexpr int fewestLines = 2000; // of each thread

@@ -137,28 +137,30 @@ log4j.appender.TIMING.layout=org.apache.log4j.PatternLayout
 log4j.appender.TIMING.layout.ConversionPattern=%d{%Y-%b-%d %H:%M:%S } [%4t] %-6p %c - %m%n
 )";
 
-TEST(LoggingProperties, TheTextIsExactlyThis) { EXPECT_EQ(propertiesOf("Larkspur Windows Camera Hub"), expectedText); }
+TEST(LoggingPropertiesTest, TheTextIsExactlyThis) {
+    EXPECT_EQ(propertiesOf("Larkspur Windows Camera Hub"), expectedText);
+}
 
-class LoggingPropertiesOnDisk : public DiagnosticsFixture {};
+class LoggingPropertiesOnDiskTest : public DiagnosticsFixture {};
 
-TEST_F(LoggingPropertiesOnDisk, AreExactlyThisTextAfterAFirstStart) {
+TEST_F(LoggingPropertiesOnDiskTest, AreExactlyThisTextAfterAFirstStart) {
     ASSERT_NE(makeDiagnostics(), nullptr);
     EXPECT_EQ(readFile(propertiesFile()), expectedText);
 }
 
-TEST(LoggingProperties, GoToTheFolderGiven) {
+TEST(LoggingPropertiesTest, GoToTheFolderGiven) {
     RecordingDiagnostics diagnostics("Larkspur Windows Camera Hub");
     diagnostics.generateLoggingProperties("Larkspur Windows Camera Hub", u"/folder");
     EXPECT_EQ(diagnostics.writtenTo, u"/folder");
 }
 
-TEST(LoggingProperties, HaveThirteenLoggersAndFourAppenders) {
+TEST(LoggingPropertiesTest, HaveThirteenLoggersAndFourAppenders) {
     const std::string text = propertiesOf("Larkspur Windows Camera Hub");
     EXPECT_EQ(count(text, "\nlog4j.logger.") + count(text, "\nlog4j.rootLogger="), 13U);
     EXPECT_EQ(count(text, "=org.apache.log4j.FileAppender\n"), 4U);
 }
 
-TEST(LoggingProperties, AnApplicationWithATablesNameHasOneEntryInTheTablesPlace) {
+TEST(LoggingPropertiesTest, AnApplicationWithATablesNameHasOneEntryInTheTablesPlace) {
     const std::string text = propertiesOf("Tessera");
     EXPECT_EQ(count(text, "# Tessera Logger\n"), 1U);
     EXPECT_EQ(count(text, "log4j.logger.Tessera=INFO, PRODUCT\n"), 1U);
@@ -166,18 +168,18 @@ TEST(LoggingProperties, AnApplicationWithATablesNameHasOneEntryInTheTablesPlace)
     EXPECT_NE(text.find("log4j.logger.Instrumentation=INFO, TIMING\n\n####"), std::string::npos);
 }
 
-TEST(LoggingProperties, OtherSpellingsAreOtherNames) {
+TEST(LoggingPropertiesTest, OtherSpellingsAreOtherNames) {
     EXPECT_EQ(count(propertiesOf("tessera"), "essera Logger\n"), 2U);
 }
 
-TEST(LoggingProperties, TheDeviceLineStandsWhateverTheApplicationIs) {
+TEST(LoggingPropertiesTest, TheDeviceLineStandsWhateverTheApplicationIs) {
     const std::string text = propertiesOf("Some Other App");
     EXPECT_EQ(count(text, "log4j.logger.LarkspurWindowsCameraHub.Device=INFO, DEVICE\n"), 1U);
     EXPECT_EQ(count(text, "\n\n# SomeOtherApp Logger\nlog4j.logger.SomeOtherApp=INFO, PRODUCT\n\n####"), 1U);
     EXPECT_EQ(count(text, "${SOMEOTHERAPP_LOG_DIR}/"), 4U);
 }
 
-TEST(LoggingProperties, AnApplicationMayHaveTheNameOfAFixedLine) {
+TEST(LoggingPropertiesTest, AnApplicationMayHaveTheNameOfAFixedLine) {
     const std::string text = propertiesOf("DeviceManager");
     EXPECT_EQ(count(text, "log4j.logger.DeviceManager=INFO, DEVICE\n"), 1U);
     EXPECT_EQ(count(text, "# DeviceManager Logger\nlog4j.logger.DeviceManager=INFO, PRODUCT\n"), 1U);

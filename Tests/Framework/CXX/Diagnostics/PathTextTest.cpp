@@ -6,21 +6,21 @@ namespace {
 
 using Halden::joinPaths;
 
-TEST(PathText, JoinsWithOneSeparator) {
+TEST(PathTextTest, JoinsWithOneSeparator) {
     EXPECT_EQ(joinPaths(u"a", u"b"), u"a/b");
     EXPECT_EQ(joinPaths(u"a/", u"b"), u"a/b");
     EXPECT_EQ(joinPaths(u"/", u"b"), u"/b");
     EXPECT_EQ(joinPaths(u"", u"b"), u"b");
 }
 
-TEST(PathText, AnAbsoluteRightSideReplacesTheLeftSide) { EXPECT_EQ(joinPaths(u"/a/b", u"/c"), u"/c"); }
+TEST(PathTextTest, AnAbsoluteRightSideReplacesTheLeftSide) { EXPECT_EQ(joinPaths(u"/a/b", u"/c"), u"/c"); }
 
-TEST(PathText, NoPathIsCut) {
+TEST(PathTextTest, NoPathIsCut) {
     const std::u16string part(5000, u'x');
     EXPECT_EQ(joinPaths(part, part).size(), 10001U);
 }
 
-TEST(PathText, RemovesEveryBlank) {
+TEST(PathTextTest, RemovesEveryBlank) {
     EXPECT_EQ(Halden::withoutBlanks(u" a  b c "), u"abc");
     EXPECT_EQ(Halden::withoutBlanks("a\tb c"), "a\tbc");
 }

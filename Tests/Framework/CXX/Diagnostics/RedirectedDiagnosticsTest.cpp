@@ -15,9 +15,9 @@ std::unique_ptr<HaldenDiagnostics> redirectTo(const std::filesystem::path& folde
     return createRedirectedDiagnostics(testAppName, testVersion, folder, nullptr);
 }
 
-class RedirectedDiagnostics : public DiagnosticsFixture {};
+class RedirectedDiagnosticsTest : public DiagnosticsFixture {};
 
-TEST_F(RedirectedDiagnostics, WriteBelowThePreparedFolder) {
+TEST_F(RedirectedDiagnosticsTest, WriteBelowThePreparedFolder) {
     const std::filesystem::path folder = makeRedirectFolder("mine");
     const auto diagnostics = redirectTo(folder);
     ASSERT_NE(diagnostics, nullptr);
@@ -29,7 +29,7 @@ TEST_F(RedirectedDiagnostics, WriteBelowThePreparedFolder) {
     EXPECT_NE(log.find(" - over here\n"), std::string::npos) << log;
 }
 
-TEST_F(RedirectedDiagnostics, MakeNoTraceAndPruneNothing) {
+TEST_F(RedirectedDiagnosticsTest, MakeNoTraceAndPruneNothing) {
     for (int number = 10; number < 25; ++number) {
         std::filesystem::create_directories(root() / "client" / "Diagnostics" /
                                             ("2026-01-01_00-00-" + std::to_string(number)));
@@ -43,7 +43,7 @@ TEST_F(RedirectedDiagnostics, MakeNoTraceAndPruneNothing) {
     EXPECT_FALSE(std::filesystem::exists(allRuns()));
 }
 
-TEST_F(RedirectedDiagnostics, AreConfiguredByTheOrdinaryFile) {
+TEST_F(RedirectedDiagnosticsTest, AreConfiguredByTheOrdinaryFile) {
     ASSERT_NE(makeDiagnostics(), nullptr);
     const std::string text = readFile(propertiesFile()) + "log4j.logger.Extra=DEBUG\n";
     writeFile(propertiesFile(), text);
@@ -52,7 +52,7 @@ TEST_F(RedirectedDiagnostics, AreConfiguredByTheOrdinaryFile) {
     EXPECT_TRUE(log4cxx::Logger::getLogger("Extra")->isDebugEnabled());
 }
 
-TEST_F(RedirectedDiagnostics, AMissingFolderIsAFailureThatTouchesNoLogging) {
+TEST_F(RedirectedDiagnosticsTest, AMissingFolderIsAFailureThatTouchesNoLogging) {
     const auto ordinary = makeDiagnostics();
     ASSERT_NE(ordinary, nullptr);
     EXPECT_EQ(redirectTo(root() / "client" / "Diagnostics" / "missing"), nullptr);
@@ -61,19 +61,19 @@ TEST_F(RedirectedDiagnostics, AMissingFolderIsAFailureThatTouchesNoLogging) {
               std::string::npos);
 }
 
-TEST_F(RedirectedDiagnostics, AMissingFolderStillMakesTheCommonFolders) {
+TEST_F(RedirectedDiagnosticsTest, AMissingFolderStillMakesTheCommonFolders) {
     EXPECT_EQ(redirectTo(root() / "missing"), nullptr);
     EXPECT_TRUE(std::filesystem::is_directory(appFolder()));
     EXPECT_FALSE(std::filesystem::exists(propertiesFile()));
 }
 
-TEST_F(RedirectedDiagnostics, AFileIsNoFolder) {
+TEST_F(RedirectedDiagnosticsTest, AFileIsNoFolder) {
     std::filesystem::create_directories(root() / "Diagnostics");
     writeFile(root() / "Diagnostics" / "file", "");
     EXPECT_EQ(redirectTo(root() / "Diagnostics" / "file"), nullptr);
 }
 
-TEST_F(RedirectedDiagnostics, TheTracesMustHaveBeenPrepared) {
+TEST_F(RedirectedDiagnosticsTest, TheTracesMustHaveBeenPrepared) {
     const std::filesystem::path folder = root() / "client" / "Diagnostics" / "mine";
     std::filesystem::create_directories(folder);
     EXPECT_EQ(redirectTo(folder), nullptr);
@@ -82,7 +82,7 @@ TEST_F(RedirectedDiagnostics, TheTracesMustHaveBeenPrepared) {
     EXPECT_FALSE(std::filesystem::exists(folder / "LarkspurWindowsCameraHub" / "Traces"));
 }
 
-TEST_F(RedirectedDiagnostics, AFolderNamedDiagnosticsItselfWillDo) {
+TEST_F(RedirectedDiagnosticsTest, AFolderNamedDiagnosticsItselfWillDo) {
     const std::filesystem::path run = root() / "Diagnostics" / "LarkspurWindowsCameraHub";
     std::filesystem::create_directories(run / "Traces");
     const auto diagnostics = redirectTo(root() / "Diagnostics");
@@ -90,7 +90,7 @@ TEST_F(RedirectedDiagnostics, AFolderNamedDiagnosticsItselfWillDo) {
     EXPECT_EQ(Halden::toUtf8(diagnostics->getRunFolder()), run);
 }
 
-TEST_F(RedirectedDiagnostics, PathsBeyondAsciiAndOfAnyLengthAreTaken) {
+TEST_F(RedirectedDiagnosticsTest, PathsBeyondAsciiAndOfAnyLengthAreTaken) {
     std::string name = "K\xC3\xA4se \xF0\x9F\x93\xB7";
     for (int part = 0; part < 3; ++part)
         name += "/" + std::string(200, 'x');
@@ -118,7 +118,7 @@ void redirectWithoutTheWordBelow(const std::filesystem::path& newRoot) {
     EXPECT_TRUE(std::filesystem::exists("/TIMING.log"));
 }
 
-TEST_F(RedirectedDiagnostics, WithoutTheWordInThePathTheConfigurationIsMadeAnewAndTheLogsGoToTheRoot) {
+TEST_F(RedirectedDiagnosticsTest, WithoutTheWordInThePathTheConfigurationIsMadeAnewAndTheLogsGoToTheRoot) {
     std::filesystem::create_directories(root() / "newroot" / "data");
     std::filesystem::create_directories(root() / "newroot" / "client");
     runInPrivateMounts([this] { redirectWithoutTheWordBelow(root() / "newroot"); });

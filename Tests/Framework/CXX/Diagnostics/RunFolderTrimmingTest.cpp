@@ -11,7 +11,7 @@
 
 namespace {
 
-class RunFolderTrimming : public DiagnosticsFixture {
+class RunFolderTrimmingTest : public DiagnosticsFixture {
 protected:
     // Names that tell the opposite of the order of their making.
     static std::string nameOfRun(int number) { return "20" + std::to_string(60 - number) + "-01-01_00-00-00"; }
@@ -24,7 +24,7 @@ protected:
     bool has(const std::string& name) const { return std::filesystem::exists(allRuns() / name); }
 };
 
-TEST_F(RunFolderTrimming, TenFoldersStayAndTheOldestByCreationGoes) {
+TEST_F(RunFolderTrimmingTest, TenFoldersStayAndTheOldestByCreationGoes) {
     makeRuns(10);
     const auto diagnostics = makeDiagnostics();
     ASSERT_NE(diagnostics, nullptr);
@@ -34,7 +34,7 @@ TEST_F(RunFolderTrimming, TenFoldersStayAndTheOldestByCreationGoes) {
     EXPECT_TRUE(has(Halden::toUtf8(diagnostics->getRunName())));
 }
 
-TEST_F(RunFolderTrimming, TheYoungestByCreationStaysWhateverItsName) {
+TEST_F(RunFolderTrimmingTest, TheYoungestByCreationStaysWhateverItsName) {
     makeRuns(3);
     makeRunFolder("1999-01-01_00-00-00");
     const auto diagnostics = makeDiagnostics(2);
@@ -42,27 +42,27 @@ TEST_F(RunFolderTrimming, TheYoungestByCreationStaysWhateverItsName) {
     EXPECT_EQ(runNames(), (std::set<std::string>{"1999-01-01_00-00-00", Halden::toUtf8(diagnostics->getRunName())}));
 }
 
-TEST_F(RunFolderTrimming, ZeroKeepsOne) {
+TEST_F(RunFolderTrimmingTest, ZeroKeepsOne) {
     makeRuns(3);
     const auto diagnostics = makeDiagnostics(0);
     ASSERT_NE(diagnostics, nullptr);
     EXPECT_EQ(runNames(), std::set<std::string>{Halden::toUtf8(diagnostics->getRunName())});
 }
 
-TEST_F(RunFolderTrimming, ANegativeNumberKeepsOne) {
+TEST_F(RunFolderTrimmingTest, ANegativeNumberKeepsOne) {
     makeRuns(3);
     const auto diagnostics = makeDiagnostics(-5);
     ASSERT_NE(diagnostics, nullptr);
     EXPECT_EQ(runNames(), std::set<std::string>{Halden::toUtf8(diagnostics->getRunName())});
 }
 
-TEST_F(RunFolderTrimming, FewerFoldersStayAsTheyAre) {
+TEST_F(RunFolderTrimmingTest, FewerFoldersStayAsTheyAre) {
     makeRuns(9);
     ASSERT_NE(makeDiagnostics(), nullptr);
     EXPECT_EQ(runNames().size(), 10U);
 }
 
-TEST_F(RunFolderTrimming, OnlyRunFoldersCountAndGo) {
+TEST_F(RunFolderTrimmingTest, OnlyRunFoldersCountAndGo) {
     for (const char* const name :
          {"2026-11-13", "2026-11-13_22-33-190", "old-logs-folder", "notes", "2026-11-13-22-33-19"}) {
         makeRunFolder(name);
@@ -74,7 +74,7 @@ TEST_F(RunFolderTrimming, OnlyRunFoldersCountAndGo) {
                                                  "old-logs-folder", Halden::toUtf8(diagnostics->getRunName())}));
 }
 
-TEST_F(RunFolderTrimming, AFolderGoesWithAllThatIsInIt) {
+TEST_F(RunFolderTrimmingTest, AFolderGoesWithAllThatIsInIt) {
     makeRunFolder("2020-01-01_00-00-00");
     const std::filesystem::path old = allRuns() / "2020-01-01_00-00-00";
     std::filesystem::create_directories(old / "Traces" / "a" / "Data");
@@ -86,7 +86,7 @@ TEST_F(RunFolderTrimming, AFolderGoesWithAllThatIsInIt) {
     EXPECT_TRUE(std::filesystem::exists(root() / "precious"));
 }
 
-TEST_F(RunFolderTrimming, AFolderOfRunsThatCantBeReadIsTold) {
+TEST_F(RunFolderTrimmingTest, AFolderOfRunsThatCantBeReadIsTold) {
     const auto diagnostics = makeDiagnostics();
     ASSERT_NE(diagnostics, nullptr);
     // A valid object whose folder of runs is no folder: only its name is asked for.
@@ -104,7 +104,7 @@ TEST_F(RunFolderTrimming, AFolderOfRunsThatCantBeReadIsTold) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "FindFirstFile failed (2)\n");
 }
 
-TEST_F(RunFolderTrimming, AWalkThatEndsEarlyIsTold) {
+TEST_F(RunFolderTrimmingTest, AWalkThatEndsEarlyIsTold) {
     const std::filesystem::path output = root() / "output";
     const int result = runInChild([&output] {
         const auto diagnostics = makeDiagnostics();

@@ -6,41 +6,41 @@
 
 namespace {
 
-class Traces : public DiagnosticsFixture {
+class TracesTest : public DiagnosticsFixture {
 protected:
     std::string traces() const { return Halden::toUtf8(diagnostics->getTracesFolder()); }
 
     std::unique_ptr<HaldenDiagnostics> diagnostics = makeDiagnostics();
 };
 
-TEST_F(Traces, TheIdIsTheNameAndTheLocalTime) {
+TEST_F(TracesTest, TheIdIsTheNameAndTheLocalTime) {
     const ScopedEnvironment zone("TZ", "EST5");
     tzset();
     const std::string id = diagnostics->createTrace("name");
     EXPECT_THAT(id, testing::MatchesRegex("name_[0-9]{4}(-[0-9]{2}){2}_([0-9]{2}-){3}0500"));
 }
 
-TEST_F(Traces, ColonsAndAsterisksBecomeDashes) {
+TEST_F(TracesTest, ColonsAndAsterisksBecomeDashes) {
     const std::string id = diagnostics->createTrace("a:b*c");
     EXPECT_TRUE(id.starts_with("a-b-c_")) << id;
     EXPECT_EQ(id.find_first_of(":*"), std::string::npos) << id;
 }
 
-TEST_F(Traces, HaveADataFolder) {
+TEST_F(TracesTest, HaveADataFolder) {
     const std::string id = diagnostics->createTrace("K\xC3\xA4se");
     EXPECT_TRUE(std::filesystem::is_directory(traces() + "/" + id + "/Data"));
     EXPECT_EQ(diagnostics->getDataFolder(id), traces() + "/" + id + "/Data");
     EXPECT_EQ(Halden::toUtf8(diagnostics->getTraceFolder(id)), traces() + "/" + id);
 }
 
-TEST_F(Traces, ANewTraceIsNotTheCurrentOne) {
+TEST_F(TracesTest, ANewTraceIsNotTheCurrentOne) {
     const std::string current = diagnostics->getCurrentTraceId();
     diagnostics->createTrace("other");
     EXPECT_EQ(diagnostics->getCurrentTraceId(), current);
     EXPECT_EQ(current, diagnostics->getDefaultTraceId());
 }
 
-TEST_F(Traces, TheCurrentTraceCanBeSet) {
+TEST_F(TracesTest, TheCurrentTraceCanBeSet) {
     const std::string id = diagnostics->createTrace("other");
     diagnostics->setCurrentTrace(id);
     EXPECT_EQ(diagnostics->getCurrentTraceId(), id);
@@ -49,7 +49,7 @@ TEST_F(Traces, TheCurrentTraceCanBeSet) {
     EXPECT_NE(diagnostics->getDefaultTraceId(), id);
 }
 
-TEST_F(Traces, SubfoldersAreMade) {
+TEST_F(TracesTest, SubfoldersAreMade) {
     const std::string id = diagnostics->createTrace("other");
     diagnostics->setCurrentTrace(id);
     EXPECT_EQ(Halden::toUtf8(diagnostics->createCurrentDataSubfolder(u"sub")), traces() + "/" + id + "/Data/sub");
@@ -59,24 +59,24 @@ TEST_F(Traces, SubfoldersAreMade) {
     EXPECT_THROW(diagnostics->createTraceSubfolder("missing", u"sub"), std::filesystem::filesystem_error);
 }
 
-TEST_F(Traces, AnAbsoluteSubfolderReplacesTheFoldersBefore) {
+TEST_F(TracesTest, AnAbsoluteSubfolderReplacesTheFoldersBefore) {
     const std::u16string folder = Halden::toUtf16((root() / "elsewhere").native());
     EXPECT_EQ(diagnostics->createCurrentDataSubfolder(folder), folder);
     EXPECT_TRUE(std::filesystem::is_directory(root() / "elsewhere"));
 }
 
-TEST_F(Traces, WithoutTheirFolderATraceIsTheFileSystemsError) {
+TEST_F(TracesTest, WithoutTheirFolderATraceIsTheFileSystemsError) {
     std::filesystem::remove_all(traces());
     EXPECT_THROW(diagnostics->createTrace("name"), std::filesystem::filesystem_error);
 }
 
-TEST_F(Traces, TheDataFolderNeedsOnlyTheFolderOfTheTraces) {
+TEST_F(TracesTest, TheDataFolderNeedsOnlyTheFolderOfTheTraces) {
     std::filesystem::remove_all(Halden::toUtf8(diagnostics->getLogFolder()));
     ASSERT_FALSE(diagnostics->isValid());
     EXPECT_TRUE(diagnostics->getDataFolder("id").native().ends_with("/Traces/id/Data"));
     EXPECT_NO_THROW(diagnostics->setCurrentTrace("id"));
 }
 
-TEST_F(Traces, AnIdIsFormattedBehindItsName) { EXPECT_EQ(formatTraceId("x"), "TraceId: x"); }
+TEST_F(TracesTest, AnIdIsFormattedBehindItsName) { EXPECT_EQ(formatTraceId("x"), "TraceId: x"); }
 
 } // namespace

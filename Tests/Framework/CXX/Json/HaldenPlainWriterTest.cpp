@@ -13,7 +13,7 @@ std::string written(const Json::Value& value) { return Json::HaldenPlainWriter()
 
 std::string written(const std::string& text) { return written(Json::Value(text)); }
 
-TEST(HaldenPlainWriter, IsAFastWriterLessTheLineFeed) {
+TEST(HaldenPlainWriterTest, IsAFastWriterLessTheLineFeed) {
     Json::Value object;
     object["text"] = "plain";
     object["list"].append(1);
@@ -31,20 +31,20 @@ TEST(HaldenPlainWriter, IsAFastWriterLessTheLineFeed) {
     EXPECT_EQ(written(object), "{\"inner\":{\"id\":-5},\"list\":[1,null],\"text\":\"plain\",\"yes\":true}");
 }
 
-TEST(WriteMessage, EndsInALineFeed) {
+TEST(WriteMessageTest, EndsInALineFeed) {
     Json::Value object;
     object["id"] = 1;
     EXPECT_EQ(Halden::writeMessage(object), written(object) + "\n");
     EXPECT_EQ(Halden::writeMessage(Json::Value()), "null\n");
 }
 
-TEST(HaldenPlainWriter, CanBeUsedAgain) {
+TEST(HaldenPlainWriterTest, CanBeUsedAgain) {
     Json::HaldenPlainWriter writer;
     EXPECT_EQ(writer.write(Json::Value(1)), "1");
     EXPECT_EQ(writer.write(Json::Value(2)), "2");
 }
 
-TEST(HaldenPlainWriter, SimpleValues) {
+TEST(HaldenPlainWriterTest, SimpleValues) {
     EXPECT_EQ(written(Json::Value()), "null");
     EXPECT_EQ(written(Json::Value(true)), "true");
     EXPECT_EQ(written(Json::Value(false)), "false");
@@ -53,33 +53,33 @@ TEST(HaldenPlainWriter, SimpleValues) {
     EXPECT_EQ(written(Json::Value(Json::UInt64(18446744073709551615U))), "18446744073709551615");
 }
 
-TEST(HaldenPlainWriter, EmptyContainersAndEmptyStrings) {
+TEST(HaldenPlainWriterTest, EmptyContainersAndEmptyStrings) {
     EXPECT_EQ(written(Json::Value(Json::arrayValue)), "[]");
     EXPECT_EQ(written(Json::Value(Json::objectValue)), "{}");
     EXPECT_EQ(written(std::string()), "\"\"");
     EXPECT_EQ(written(Json::Value(Json::stringValue)), "\"\"");
 }
 
-TEST(HaldenPlainWriter, MembersComeInAscendingByteOrder) {
+TEST(HaldenPlainWriterTest, MembersComeInAscendingByteOrder) {
     Json::Value object;
     for (const char* name : {"b", "a", "", "ab", "B", "\xC3\xA9", "\x7F"})
         object[name] = 0;
     EXPECT_EQ(written(object), "{\"\":0,\"B\":0,\"a\":0,\"ab\":0,\"b\":0,\"\x7F\":0,\"\xC3\xA9\":0}");
 }
 
-TEST(HaldenPlainWriter, NamesAreEscapedLikeTexts) {
+TEST(HaldenPlainWriterTest, NamesAreEscapedLikeTexts) {
     Json::Value object;
     object["a\"\n\x01"] = 0;
     EXPECT_EQ(written(object), "{\"a\\\"\\n\\u0001\":0}");
 }
 
-TEST(HaldenPlainWriter, ArrayGapsAreNull) {
+TEST(HaldenPlainWriterTest, ArrayGapsAreNull) {
     Json::Value array;
     array[2] = "x";
     EXPECT_EQ(written(array), "[null,null,\"x\"]");
 }
 
-TEST(HaldenPlainWriter, RealsHaveSixteenDigitsLessTrailingZeros) {
+TEST(HaldenPlainWriterTest, RealsHaveSixteenDigitsLessTrailingZeros) {
     EXPECT_EQ(written(Json::Value(1.0)), "1.0");
     EXPECT_EQ(written(Json::Value(0.1)), "0.10");
     EXPECT_EQ(written(Json::Value(2.5)), "2.50");
@@ -94,7 +94,7 @@ TEST(HaldenPlainWriter, RealsHaveSixteenDigitsLessTrailingZeros) {
     EXPECT_EQ(written(Json::Value(100.0 / 3.0)), "33.33333333333334");
 }
 
-TEST(HaldenPlainWriter, RealsWithAnExponentStayUncut) {
+TEST(HaldenPlainWriterTest, RealsWithAnExponentStayUncut) {
     EXPECT_EQ(written(Json::Value(1e20)), "1.000000000000000e+20");
     EXPECT_EQ(written(Json::Value(1e100)), "1.000000000000000e+100");
     EXPECT_EQ(written(Json::Value(1e-10)), "1.000000000000000e-10");
@@ -102,7 +102,7 @@ TEST(HaldenPlainWriter, RealsWithAnExponentStayUncut) {
     EXPECT_EQ(written(Json::Value(-std::numeric_limits<double>::denorm_min())), "-4.940656458412465e-324");
 }
 
-TEST(HaldenPlainWriter, SixteenWholeDigitsEndInTheirPoint) {
+TEST(HaldenPlainWriterTest, SixteenWholeDigitsEndInTheirPoint) {
     EXPECT_EQ(written(Json::Value(1e15)), "1000000000000000.");
     EXPECT_EQ(written(Json::Value(1234567890123456.0)), "1234567890123456.");
     EXPECT_EQ(written(Json::Value(123456789012345.0)), "123456789012345.0");
@@ -116,24 +116,24 @@ protected:
     std::string do_grouping() const override { return "\3"; }
 };
 
-TEST(HaldenPlainWriter, RealsHaveAPointInEveryLocale) {
+TEST(HaldenPlainWriterTest, RealsHaveAPointInEveryLocale) {
     const std::locale previous = std::locale::global(std::locale(std::locale::classic(), new CommaPunctuation));
     const std::string text = written(Json::Value(1000.25));
     std::locale::global(previous);
     EXPECT_EQ(text, "1000.250");
 }
 
-TEST(HaldenPlainWriter, TwoCharacterEscapes) {
+TEST(HaldenPlainWriterTest, TwoCharacterEscapes) {
     EXPECT_EQ(written(std::string("\"\\\b\f\n\r\t")), R"("\"\\\b\f\n\r\t")");
     EXPECT_EQ(written(std::string("a/b")), "\"a/b\"");
 }
 
-TEST(HaldenPlainWriter, OtherControlCharactersBecomeFourHexadecimalDigits) {
+TEST(HaldenPlainWriterTest, OtherControlCharactersBecomeFourHexadecimalDigits) {
     EXPECT_EQ(written(std::string("\x01\x0B\x1F\x20\x7F")), "\"\\u0001\\u000B\\u001F \x7F\"");
     EXPECT_EQ(written(std::string("a\0b", 3)), "\"a\\u0000b\"");
 }
 
-TEST(HaldenPlainWriter, AllOtherBytesPassThrough) {
+TEST(HaldenPlainWriterTest, AllOtherBytesPassThrough) {
     EXPECT_EQ(written(std::string("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80")), "\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"");
     EXPECT_EQ(written(std::string("\xFF\xC3(\x80")), "\"\xFF\xC3(\x80\"");
 }

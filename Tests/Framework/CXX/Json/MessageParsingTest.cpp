@@ -35,7 +35,7 @@ std::string repeated(std::string_view text, int count) {
     return all;
 }
 
-TEST(ParseMessage, AnyValueMayBeTheRoot) {
+TEST(MessageParsingTest, AnyValueMayBeTheRoot) {
     EXPECT_EQ(reread("{\"a\":[1,null]}"), "{\"a\":[1,null]}\n");
     EXPECT_EQ(reread("[true]"), "[true]\n");
     EXPECT_EQ(reread("\"text\""), "\"text\"\n");
@@ -45,13 +45,13 @@ TEST(ParseMessage, AnyValueMayBeTheRoot) {
     EXPECT_EQ(reread("null"), "null\n");
 }
 
-TEST(ParseMessage, TextBehindTheFirstValueIsIgnored) {
+TEST(MessageParsingTest, TextBehindTheFirstValueIsIgnored) {
     EXPECT_EQ(reread("{\"id\":1} hello"), "{\"id\":1}\n");
     EXPECT_EQ(reread("{\"id\":1}{\"id\":2}"), "{\"id\":1}\n");
     EXPECT_EQ(reread("[1]]"), "[1]\n");
 }
 
-TEST(ParseMessage, CommentsAreAcceptedAndCollected) {
+TEST(MessageParsingTest, CommentsAreAcceptedAndCollected) {
     const std::string text = "// before\n{ /* inside */ \"id\": 1 // behind\n}";
     Json::Value root;
     std::string errors;
@@ -60,7 +60,7 @@ TEST(ParseMessage, CommentsAreAcceptedAndCollected) {
     EXPECT_EQ(root.getComment(Json::commentBefore), "// before");
 }
 
-TEST(ParseMessage, WhatIsNoJsonIsReported) {
+TEST(MessageParsingTest, WhatIsNoJsonIsReported) {
     for (const std::string text : {"", "  ", "hello", "{", "[1,", "{\"a\":}", "{\"a\" 1}", "\"open", "tru"}) {
         Json::Value root;
         std::string errors;
@@ -69,18 +69,18 @@ TEST(ParseMessage, WhatIsNoJsonIsReported) {
     }
 }
 
-TEST(ParseMessage, TheReportIsTheLibrarysOwn) {
+TEST(MessageParsingTest, TheReportIsTheLibrarysOwn) {
     EXPECT_EQ(reread("hello"), "* Line 1, Column 1\n  Syntax error: value, object or array expected.\n");
 }
 
-TEST(ParseMessage, AThousandLevelsAreReadAndWrittenBack) {
+TEST(MessageParsingTest, AThousandLevelsAreReadAndWrittenBack) {
     const std::string arrays = repeated("[", 1000) + repeated("]", 1000);
     EXPECT_EQ(reread(arrays), arrays + "\n");
     const std::string objects = repeated("{\"a\":", 999) + "{}" + repeated("}", 999);
     EXPECT_EQ(reread(objects), objects + "\n");
 }
 
-TEST(ParseMessage, NestingTooDeepIsAParseErrorLikeAnyOther) {
+TEST(MessageParsingTest, NestingTooDeepIsAParseErrorLikeAnyOther) {
     for (const std::string& text : {repeated("[", 1001) + repeated("]", 1001), repeated("[", 1000000),
                                     repeated("{\"a\":", 100000), repeated("[{\"a\":", 100000)}) {
         Json::Value root;
@@ -90,7 +90,7 @@ TEST(ParseMessage, NestingTooDeepIsAParseErrorLikeAnyOther) {
     }
 }
 
-TEST(ParseMessage, LongMessagesAreRead) {
+TEST(MessageParsingTest, LongMessagesAreRead) {
     const std::string text = '"' + std::string(20000000, 'x') + '"';
     EXPECT_EQ(reread(text), text + "\n");
     const std::string digits(100000, '9');
@@ -98,7 +98,7 @@ TEST(ParseMessage, LongMessagesAreRead) {
     EXPECT_TRUE(parses("0." + digits));
 }
 
-TEST(ParseMessage, RandomTextIsReadOrRefusedAndNothingElse) {
+TEST(MessageParsingTest, RandomTextIsReadOrRefusedAndNothingElse) {
     static constexpr std::string_view pieces[] = {
         "{",     "}",    "[", "]", ":",  ",", "\"", "\\",  "/*",    "*/",   "//",      "\n",   "\r",       "true",
         "false", "null", "1", "-", ".5", "e", "+9", "\\u", "\\ud8", "dc00", "\"a\":1", "\xFF", "\xC3\xA9", " "};
@@ -122,7 +122,7 @@ TEST(ParseMessage, RandomTextIsReadOrRefusedAndNothingElse) {
     EXPECT_GT(accepted, 100);
 }
 
-TEST(ParseMessage, BytesOutsideUtf8AreKept) {
+TEST(MessageParsingTest, BytesOutsideUtf8AreKept) {
     const std::string text = "\"\xFF\xC3(\xED\xA0\x80\"";
     EXPECT_EQ(reread(text), text + "\n");
 }

@@ -16,7 +16,7 @@ HttpRequest parsed(const std::string& line) {
 
 std::string queryOf(const std::string& query) { return parsed("GET /?" + query + " HTTP/1.1").query; }
 
-TEST(HttpRequest, RequestLineHasThreeParts) {
+TEST(HttpRequestTest, RequestLineHasThreeParts) {
     const HttpRequest request = parsed("gEt /a%41?b=%42 HTTP/1.1");
     EXPECT_EQ(request.method, "gEt");
     EXPECT_EQ(request.url, "/a%41?b=%42");
@@ -27,7 +27,7 @@ TEST(HttpRequest, RequestLineHasThreeParts) {
     EXPECT_FALSE(request.hasBodyHandler);
 }
 
-TEST(HttpRequest, WithoutAVersionTheUrlIsKeptAndThePathStaysEmpty) {
+TEST(HttpRequestTest, WithoutAVersionTheUrlIsKeptAndThePathStaysEmpty) {
     HttpRequest request(nullptr);
     EXPECT_FALSE(request.parseRequestLine("GET /x?y"));
     EXPECT_EQ(request.method, "GET");
@@ -37,14 +37,14 @@ TEST(HttpRequest, WithoutAVersionTheUrlIsKeptAndThePathStaysEmpty) {
     EXPECT_EQ(request.query, "");
 }
 
-TEST(HttpRequest, TwoBlanksMakeTheUrlEmptyAndTheVersionTakesIt) {
+TEST(HttpRequestTest, TwoBlanksMakeTheUrlEmptyAndTheVersionTakesIt) {
     const HttpRequest request = parsed("GET  /x HTTP/1.1");
     EXPECT_EQ(request.url, "");
     EXPECT_EQ(request.version, "/x");
     EXPECT_EQ(request.path, "");
 }
 
-TEST(HttpRequest, AMethodAloneOrNothingIsNoRequestLine) {
+TEST(HttpRequestTest, AMethodAloneOrNothingIsNoRequestLine) {
     HttpRequest method(nullptr);
     EXPECT_FALSE(method.parseRequestLine("GET"));
     EXPECT_EQ(method.method, "GET");
@@ -53,52 +53,52 @@ TEST(HttpRequest, AMethodAloneOrNothingIsNoRequestLine) {
     EXPECT_EQ(nothing.method, "");
 }
 
-TEST(HttpRequest, TheVersionMayBeEmpty) {
+TEST(HttpRequestTest, TheVersionMayBeEmpty) {
     const HttpRequest request = parsed("GET /x ");
     EXPECT_EQ(request.version, "");
     EXPECT_EQ(request.path, "/x");
 }
 
-TEST(HttpRequest, LineEndCharactersEndATokenLikeBlanks) {
+TEST(HttpRequestTest, LineEndCharactersEndATokenLikeBlanks) {
     const HttpRequest request = parsed("GET\r/x\nHTTP/1.1\rrest");
     EXPECT_EQ(request.method, "GET");
     EXPECT_EQ(request.url, "/x");
     EXPECT_EQ(request.version, "HTTP/1.1");
 }
 
-TEST(HttpRequest, ATabIsPartOfAToken) { EXPECT_EQ(parsed("GET\t/x /y z").method, "GET\t/x"); }
+TEST(HttpRequestTest, ATabIsPartOfAToken) { EXPECT_EQ(parsed("GET\t/x /y z").method, "GET\t/x"); }
 
-TEST(HttpRequest, TheFirstQuestionMarkSplitsTheUrl) {
+TEST(HttpRequestTest, TheFirstQuestionMarkSplitsTheUrl) {
     EXPECT_EQ(parsed("GET /a?b?c HTTP/1.1").path, "/a");
     EXPECT_EQ(parsed("GET /a?b?c HTTP/1.1").query, "b?c");
     EXPECT_EQ(parsed("GET /a? HTTP/1.1").query, "");
     EXPECT_EQ(parsed("GET ?b HTTP/1.1").path, "");
 }
 
-TEST(HttpRequest, WithoutAQuestionMarkNothingIsDecoded) { EXPECT_EQ(parsed("GET /%41+ HTTP/1.1").path, "/%41+"); }
+TEST(HttpRequestTest, WithoutAQuestionMarkNothingIsDecoded) { EXPECT_EQ(parsed("GET /%41+ HTTP/1.1").path, "/%41+"); }
 
-TEST(HttpRequest, QueryIsPercentDecoded) {
+TEST(HttpRequestTest, QueryIsPercentDecoded) {
     EXPECT_EQ(queryOf("%41%42"), "AB");
     EXPECT_EQ(queryOf("%4a%4A"), "JJ");
     EXPECT_EQ(queryOf("a+b"), "a+b");
     EXPECT_EQ(queryOf("%FF"), "\xFF");
 }
 
-TEST(HttpRequest, APercentSignNearTheEndStays) {
+TEST(HttpRequestTest, APercentSignNearTheEndStays) {
     EXPECT_EQ(queryOf("%4"), "%4");
     EXPECT_EQ(queryOf("%"), "%");
     EXPECT_EQ(queryOf("%%"), "%%");
     EXPECT_EQ(queryOf("%41%4"), "A%4");
 }
 
-TEST(HttpRequest, WhatIsNoDigitAddsNothing) {
+TEST(HttpRequestTest, WhatIsNoDigitAddsNothing) {
     EXPECT_EQ(queryOf("%ZZ"), "\0"s);
     EXPECT_EQ(queryOf("%4G"), "\x40");
     EXPECT_EQ(queryOf("%G4"), "\x04");
     EXPECT_EQ(queryOf("a%ZZb"), "a\0b"s);
 }
 
-TEST(HttpRequest, ADecodedPercentSignIsDecodedAgain) {
+TEST(HttpRequestTest, ADecodedPercentSignIsDecodedAgain) {
     EXPECT_EQ(queryOf("%2541"), "A");
     EXPECT_EQ(queryOf("%252541"), "A");          // twice over
     EXPECT_EQ(queryOf("%254"), "%4");            // too near to the end by then
@@ -106,14 +106,14 @@ TEST(HttpRequest, ADecodedPercentSignIsDecodedAgain) {
     EXPECT_EQ(queryOf("%%41"), "\x04"s + "1");   // "%%4" comes first
 }
 
-TEST(HttpRequest, LongQueriesAreDecodedWhole) {
+TEST(HttpRequestTest, LongQueriesAreDecodedWhole) {
     std::string query;
     for (int i = 0; i < 1000000; ++i)
         query += "%41";
     EXPECT_EQ(queryOf(query), std::string(1000000, 'A'));
 }
 
-TEST(HttpRequest, HeaderNameRunsUpToTheColonAndTheValueToTheEnd) {
+TEST(HttpRequestTest, HeaderNameRunsUpToTheColonAndTheValueToTheEnd) {
     HttpRequest request(nullptr);
     EXPECT_TRUE(request.parseHeaderLine("Host: \t a b: c  "));
     EXPECT_EQ(request.headers.at("Host"), "a b: c  ");
@@ -121,7 +121,7 @@ TEST(HttpRequest, HeaderNameRunsUpToTheColonAndTheValueToTheEnd) {
     EXPECT_EQ(request.headers.at("X Y "), "z");
 }
 
-TEST(HttpRequest, HeaderNamesAreCaseSensitive) {
+TEST(HttpRequestTest, HeaderNamesAreCaseSensitive) {
     HttpRequest request(nullptr);
     request.parseHeaderLine("Host: a");
     request.parseHeaderLine("host: b");
@@ -130,7 +130,7 @@ TEST(HttpRequest, HeaderNamesAreCaseSensitive) {
     EXPECT_EQ(request.headers.at("host"), "b");
 }
 
-TEST(HttpRequest, ARepeatedNameKeepsTheLastValue) {
+TEST(HttpRequestTest, ARepeatedNameKeepsTheLastValue) {
     HttpRequest request(nullptr);
     request.parseHeaderLine("Host: a");
     request.parseHeaderLine("Host: b");
@@ -140,14 +140,14 @@ TEST(HttpRequest, ARepeatedNameKeepsTheLastValue) {
     EXPECT_EQ(request.headers.at("Host"), "");
 }
 
-TEST(HttpRequest, ALineWithoutAColonIsIgnored) {
+TEST(HttpRequestTest, ALineWithoutAColonIsIgnored) {
     HttpRequest request(nullptr);
     EXPECT_FALSE(request.parseHeaderLine("no header"));
     EXPECT_FALSE(request.parseHeaderLine(""));
     EXPECT_TRUE(request.headers.empty());
 }
 
-TEST(HttpRequest, AColonAtTheEndGivesAnEmptyValue) {
+TEST(HttpRequestTest, AColonAtTheEndGivesAnEmptyValue) {
     HttpRequest request(nullptr);
     EXPECT_TRUE(request.parseHeaderLine("Name:"));
     EXPECT_TRUE(request.parseHeaderLine("Blank: \t"));
@@ -155,13 +155,13 @@ TEST(HttpRequest, AColonAtTheEndGivesAnEmptyValue) {
     EXPECT_EQ(request.headers.at("Blank"), "");
 }
 
-TEST(HttpRequest, ABareCrEndsTheNameLikeAColon) {
+TEST(HttpRequestTest, ABareCrEndsTheNameLikeAColon) {
     HttpRequest request(nullptr);
     EXPECT_TRUE(request.parseHeaderLine("Name\r value"));
     EXPECT_EQ(request.headers.at("Name"), "value");
 }
 
-TEST(HttpRequest, ContentTypeIsMadeIfMissing) {
+TEST(HttpRequestTest, ContentTypeIsMadeIfMissing) {
     HttpRequest request(nullptr);
     EXPECT_EQ(request.contentType(), "");
     EXPECT_EQ(request.headers.count("Content-Type"), 1U);
@@ -169,7 +169,7 @@ TEST(HttpRequest, ContentTypeIsMadeIfMissing) {
     EXPECT_EQ(request.headers.at("Content-Type"), "image/png");
 }
 
-TEST(HttpRequest, ContentLengthIsADecimalNumberOr0) {
+TEST(HttpRequestTest, ContentLengthIsADecimalNumberOr0) {
     HttpRequest request(nullptr);
     EXPECT_EQ(request.contentLength(), 0U);
     EXPECT_TRUE(request.headers.empty());
@@ -187,7 +187,7 @@ TEST(HttpRequest, ContentLengthIsADecimalNumberOr0) {
     EXPECT_EQ(lengthOf("12abc"), 12U);
 }
 
-TEST(HttpRequest, NoBodyHandlerWithoutABody) {
+TEST(HttpRequestTest, NoBodyHandlerWithoutABody) {
     HttpRequest request(nullptr);
     request.setBodyHandler([](const char*, size_t) {});
     EXPECT_FALSE(request.hasBodyHandler);

@@ -63,7 +63,7 @@ private:
     quint16 _port = 0;
 };
 
-TEST(ProcessEnd, AnExceptionOfAMessageHandlerEndsTheProcessAndNamesItsCause) {
+TEST(ProcessEndTest, AnExceptionOfAMessageHandlerEndsTheProcessAndNamesItsCause) {
     Probe probe("tcp");
     TestConnection connection(probe.port());
     connection.send("hello\0"s);
@@ -75,7 +75,7 @@ TEST(ProcessEnd, AnExceptionOfAMessageHandlerEndsTheProcessAndNamesItsCause) {
     EXPECT_EQ(connection.received(), "");
 }
 
-TEST(ProcessEnd, AThrownIntegerEndsTheProcessToo) {
+TEST(ProcessEndTest, AThrownIntegerEndsTheProcessToo) {
     Probe probe("tcp-integer");
     TestConnection connection(probe.port());
     connection.send("\0"s);
@@ -84,7 +84,7 @@ TEST(ProcessEnd, AThrownIntegerEndsTheProcessToo) {
     EXPECT_THAT(probe.errorOutput(), HasSubstr("'int'"));
 }
 
-TEST(ProcessEnd, AMessageWithoutAHandlerEndsTheProcess) {
+TEST(ProcessEndTest, AMessageWithoutAHandlerEndsTheProcess) {
     Probe probe("tcp-nothing");
     TestConnection connection(probe.port());
     connection.send("hello\0"s);
@@ -93,7 +93,7 @@ TEST(ProcessEnd, AMessageWithoutAHandlerEndsTheProcess) {
     EXPECT_THAT(probe.errorOutput(), HasSubstr("std::bad_function_call"));
 }
 
-TEST(ProcessEnd, AnExceptionOfARouteHandlerEndsTheProcessAndNamesItsCause) {
+TEST(ProcessEndTest, AnExceptionOfARouteHandlerEndsTheProcessAndNamesItsCause) {
     Probe probe("http");
     TestConnection connection(probe.port());
     connection.send("GET /throw HTTP/1.1\r\n\r\n");
@@ -103,7 +103,7 @@ TEST(ProcessEnd, AnExceptionOfARouteHandlerEndsTheProcessAndNamesItsCause) {
     EXPECT_EQ(connection.received(), "");
 }
 
-TEST(ProcessStart, TheFirstConnectionOfAProcessHasTheNumber2) {
+TEST(ProcessStartTest, TheFirstConnectionOfAProcessHasTheNumber2) {
     Probe probe("http");
     TestConnection first(probe.port());
     first.send("GET /id HTTP/1.1\r\n\r\n");
@@ -113,9 +113,9 @@ TEST(ProcessStart, TheFirstConnectionOfAProcessHasTheNumber2) {
     EXPECT_THAT(second.receiveUntil("\r\n\r\n3"), HasSubstr("Content-Length: 1"));
 }
 
-class SpinningRequest : public testing::TestWithParam<const char*> {};
+class SpinningRequestTest : public testing::TestWithParam<const char*> {};
 
-TEST_P(SpinningRequest, HoldsTheThreadAndIsNeverAnswered) {
+TEST_P(SpinningRequestTest, HoldsTheThreadAndIsNeverAnswered) {
     Probe probe("http");
     TestConnection before(probe.port());
     before.send("GET /id HTTP/1.1\r\n\r\n");
@@ -140,7 +140,7 @@ TEST_P(SpinningRequest, HoldsTheThreadAndIsNeverAnswered) {
     EXPECT_TRUE(probe.isRunning());
 }
 
-INSTANTIATE_TEST_SUITE_P(HttpClient, SpinningRequest,
+INSTANTIATE_TEST_SUITE_P(HttpClient, SpinningRequestTest,
                          testing::Values("PUT /id HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
                                          "PUT /id HTTP/1.1\r\nTransfer-Encoding: gzip\r\n\r\n",
                                          "PUT /id HTTP/1.1\r\nTransfer-Encoding: Chunked\r\n\r\n", "\r\n"));

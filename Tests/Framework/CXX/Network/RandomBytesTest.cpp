@@ -37,7 +37,7 @@ private:
     std::mt19937 _random{20261113};
 };
 
-TEST(RandomBytes, TCPClientCutsAnyBytesAtTheDelimiter) {
+TEST(RandomBytesTest, TCPClientCutsAnyBytesAtTheDelimiter) {
     RandomBytes random;
     for (int round = 0; round < rounds; ++round) {
         std::string seen;
@@ -72,9 +72,9 @@ std::string randomHead(RandomBytes& random) {
     return head;
 }
 
-class RandomHttpBytes : public HttpFixture {};
+class RandomHttpBytesTest : public HttpFixture {};
 
-TEST_F(RandomHttpBytes, EveryHeadIsAnsweredOnceAndTheConnectionGoesOn) {
+TEST_F(RandomHttpBytesTest, EveryHeadIsAnsweredOnceAndTheConnectionGoesOn) {
     RandomBytes random;
     int handled = 0;
     route("/res/.*", [&](HttpRequest* request, HttpResponse* response) {

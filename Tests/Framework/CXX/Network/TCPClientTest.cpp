@@ -51,7 +51,7 @@ private:
     MessageHandler _handler;
 };
 
-TEST(TCPClient, DelimiterFirstCallsTheHandlerWithTheEmptyString) {
+TEST(TCPClientTest, DelimiterFirstCallsTheHandlerWithTheEmptyString) {
     Recorder recorder;
     TCPServer server(0, nullptr, recorder.handler());
     TestConnection connection(server.serverPort());
@@ -60,7 +60,7 @@ TEST(TCPClient, DelimiterFirstCallsTheHandlerWithTheEmptyString) {
     EXPECT_THAT(recorder.messages, ElementsAre(""));
 }
 
-TEST(TCPClient, TwoDelimitersInOneReadGiveTwoRepliesInOrder) {
+TEST(TCPClientTest, TwoDelimitersInOneReadGiveTwoRepliesInOrder) {
     Recorder recorder;
     TCPServer server(0, nullptr, recorder.handler());
     TestConnection connection(server.serverPort());
@@ -69,7 +69,7 @@ TEST(TCPClient, TwoDelimitersInOneReadGiveTwoRepliesInOrder) {
     EXPECT_THAT(recorder.messages, ElementsAre("first", "second"));
 }
 
-TEST(TCPClient, MessageSplitAcrossManyReadsIsHandledOnce) {
+TEST(TCPClientTest, MessageSplitAcrossManyReadsIsHandledOnce) {
     Recorder recorder;
     TCPServer server(0, nullptr, recorder.handler());
     TestConnection connection(server.serverPort());
@@ -82,21 +82,21 @@ TEST(TCPClient, MessageSplitAcrossManyReadsIsHandledOnce) {
     EXPECT_THAT(recorder.messages, ElementsAre("split"));
 }
 
-TEST(TCPClient, ReplyIsCutAtItsFirstNulAndTheTrailerStillFollows) {
+TEST(TCPClientTest, ReplyIsCutAtItsFirstNulAndTheTrailerStillFollows) {
     TCPServer server(0, nullptr, [](const std::string&) { return "before\0behind"s; });
     TestConnection connection(server.serverPort());
     connection.send("x\0x\0"s);
     EXPECT_EQ(connection.receive(18), "before\r\n\0before\r\n\0"s);
 }
 
-TEST(TCPClient, EmptyReplyIsTheTrailerAlone) {
+TEST(TCPClientTest, EmptyReplyIsTheTrailerAlone) {
     TCPServer server(0, nullptr, [](const std::string&) { return ""s; });
     TestConnection connection(server.serverPort());
     connection.send("x\0"s);
     EXPECT_EQ(connection.receive(3), "\r\n\0"s);
 }
 
-TEST(TCPClient, AnotherDelimiterDoesNotChangeTheEndOfAReply) {
+TEST(TCPClientTest, AnotherDelimiterDoesNotChangeTheEndOfAReply) {
     Recorder recorder;
     TCPServer server(0, nullptr, recorder.handler(), '\n');
     TestConnection connection(server.serverPort());
@@ -105,7 +105,7 @@ TEST(TCPClient, AnotherDelimiterDoesNotChangeTheEndOfAReply) {
     EXPECT_THAT(recorder.messages, ElementsAre("a\0b\r"s));
 }
 
-TEST(TCPClient, BytesBehindTheLastDelimiterAreLostWithTheConnection) {
+TEST(TCPClientTest, BytesBehindTheLastDelimiterAreLostWithTheConnection) {
     Recorder recorder;
     WatchingServer server(recorder.handler());
     {
@@ -121,7 +121,7 @@ TEST(TCPClient, BytesBehindTheLastDelimiterAreLostWithTheConnection) {
     EXPECT_THAT(recorder.messages, ElementsAre("whole", "rest"));
 }
 
-TEST(TCPClient, LongMessagesAreTakenWhole) {
+TEST(TCPClientTest, LongMessagesAreTakenWhole) {
     Recorder recorder;
     TCPServer server(0, nullptr, recorder.handler());
     TestConnection connection(server.serverPort());
@@ -130,7 +130,7 @@ TEST(TCPClient, LongMessagesAreTakenWhole) {
     EXPECT_EQ(connection.receive(message.size() + 5), "[" + message + "]\r\n\0"s);
 }
 
-TEST(TCPClient, ConnectionsDoNotShareTheirBuffers) {
+TEST(TCPClientTest, ConnectionsDoNotShareTheirBuffers) {
     Recorder recorder;
     TCPServer server(0, nullptr, recorder.handler());
     TestConnection one(server.serverPort());
@@ -142,7 +142,7 @@ TEST(TCPClient, ConnectionsDoNotShareTheirBuffers) {
     EXPECT_EQ(one.receiveUntil("\r\n\0"s), "[one]\r\n\0"s);
 }
 
-TEST(TCPClient, ManyMessagesAreHandledOneAtATimeInOrder) {
+TEST(TCPClientTest, ManyMessagesAreHandledOneAtATimeInOrder) {
     std::vector<std::string> messages;
     int running = 0;
     TCPServer server(0, nullptr, [&](const std::string& message) {
@@ -163,7 +163,7 @@ TEST(TCPClient, ManyMessagesAreHandledOneAtATimeInOrder) {
     EXPECT_EQ(messages, sent);
 }
 
-TEST(TCPClient, TellsTheAcceptedDescriptorWhenItDisconnectsAndDeletesItself) {
+TEST(TCPClientTest, TellsTheAcceptedDescriptorWhenItDisconnectsAndDeletesItself) {
     Recorder recorder;
     WatchingServer server(recorder.handler());
     TestConnection connection(server.serverPort());
@@ -178,7 +178,7 @@ TEST(TCPClient, TellsTheAcceptedDescriptorWhenItDisconnectsAndDeletesItself) {
     EXPECT_EQ(errno, EBADF);
 }
 
-TEST(TCPClient, AResetIsADisconnection) {
+TEST(TCPClientTest, AResetIsADisconnection) {
     Recorder recorder;
     WatchingServer server(recorder.handler());
     TestConnection connection(server.serverPort());
@@ -190,7 +190,7 @@ TEST(TCPClient, AResetIsADisconnection) {
     EXPECT_THAT(recorder.messages, ElementsAre());
 }
 
-TEST(TCPClient, CloseClientEndsTheConnection) {
+TEST(TCPClientTest, CloseClientEndsTheConnection) {
     Recorder recorder;
     WatchingServer server(recorder.handler());
     TestConnection connection(server.serverPort());
@@ -200,7 +200,7 @@ TEST(TCPClient, CloseClientEndsTheConnection) {
     EXPECT_EQ(server.disconnecting, server.accepted);
 }
 
-TEST(TCPClient, BytesAreDroppedAfterCloseClient) {
+TEST(TCPClientTest, BytesAreDroppedAfterCloseClient) {
     WatchingServer* running = nullptr;
     std::vector<std::string> messages;
     WatchingServer server([&](std::string message) {

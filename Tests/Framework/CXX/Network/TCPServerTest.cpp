@@ -29,38 +29,38 @@ std::vector<std::string> ownMethods(const QMetaObject& meta) {
     return found;
 }
 
-TEST(TCPServer, MetaDataListsOneSignalAndOneSlot) {
+TEST(TCPServerTest, MetaDataListsOneSignalAndOneSlot) {
     EXPECT_STREQ(TCPServer::staticMetaObject.className(), "TCPServer");
     EXPECT_THAT(ownMethods(TCPServer::staticMetaObject), ElementsAre("signal public notificationAvailable(QByteArray)",
                                                                      "slot public incomingNotification(QByteArray)"));
 }
 
-TEST(TCPClient, MetaDataListsOneSignalAndThreePrivateSlots) {
+TEST(TCPClientTest, MetaDataListsOneSignalAndThreePrivateSlots) {
     EXPECT_STREQ(TCPClient::staticMetaObject.className(), "TCPClient");
     EXPECT_THAT(ownMethods(TCPClient::staticMetaObject),
                 ElementsAre("signal public clientDisconnecting(qintptr)", "slot private readClient()",
                             "slot private discardClient()", "slot private incomingNotification(QByteArray)"));
 }
 
-TEST(TCPServer, ListensOnEveryInterface) {
+TEST(TCPServerTest, ListensOnEveryInterface) {
     const TCPServer server(0, nullptr, echo);
     EXPECT_TRUE(server.isListening());
     EXPECT_EQ(server.serverAddress(), QHostAddress(QHostAddress::Any));
 }
 
-TEST(TCPServer, BelongsToItsParent) {
+TEST(TCPServerTest, BelongsToItsParent) {
     QObject parent;
     const auto* const server = new TCPServer(0, &parent, echo);
     EXPECT_EQ(server->parent(), &parent);
 }
 
-TEST(TCPServer, ATakenPortIsNotReported) {
+TEST(TCPServerTest, ATakenPortIsNotReported) {
     const TCPServer first(0, nullptr, echo);
     const TCPServer second(first.serverPort(), nullptr, echo);
     EXPECT_FALSE(second.isListening());
 }
 
-TEST(TCPServer, NotificationReachesEveryConnectionWithTheReplyTrailer) {
+TEST(TCPServerTest, NotificationReachesEveryConnectionWithTheReplyTrailer) {
     TCPServer server(0, nullptr, echo);
     TestConnection one(server.serverPort());
     TestConnection two(server.serverPort());
@@ -75,7 +75,7 @@ TEST(TCPServer, NotificationReachesEveryConnectionWithTheReplyTrailer) {
     EXPECT_EQ(two.receive(17), "b\r\n\0note\0bytes\r\n\0"s);
 }
 
-TEST(TCPServer, NotificationWithoutConnectionsGoesNowhere) {
+TEST(TCPServerTest, NotificationWithoutConnectionsGoesNowhere) {
     TCPServer server(0, nullptr, echo);
     server.incomingNotification("nobody");
     TestConnection late(server.serverPort());
@@ -83,7 +83,7 @@ TEST(TCPServer, NotificationWithoutConnectionsGoesNowhere) {
     EXPECT_EQ(late.receiveUntil("\r\n\0"s), "x\r\n\0"s);
 }
 
-TEST(TCPServer, AConnectionThatHasGoneMissesTheNotification) {
+TEST(TCPServerTest, AConnectionThatHasGoneMissesTheNotification) {
     TCPServer server(0, nullptr, echo);
     auto gone = std::make_unique<TestConnection>(server.serverPort());
     TestConnection staying(server.serverPort());
@@ -96,7 +96,7 @@ TEST(TCPServer, AConnectionThatHasGoneMissesTheNotification) {
     EXPECT_EQ(staying.receiveUntil("note\r\n\0"s), "x\r\n\0note\r\n\0"s);
 }
 
-TEST(TCPServer, ConnectionsOutliveTheServer) {
+TEST(TCPServerTest, ConnectionsOutliveTheServer) {
     auto server = std::make_unique<TCPServer>(0, nullptr, echo);
     TestConnection connection(server->serverPort());
     connection.send("before\0"s);

@@ -9,17 +9,17 @@ namespace {
 using Halden::System::commonDataFolder;
 using Halden::System::localDataFolder;
 
-TEST(DataFolders, CommonDataIsWhereTheVariableSays) {
+TEST(DataFoldersTest, CommonDataIsWhereTheVariableSays) {
     const ScopedEnvironment variable("CAMERA_HUB_COMMON_DATA", "/some/where");
     EXPECT_EQ(commonDataFolder(), "/some/where");
 }
 
-TEST(DataFolders, CommonDataIsInVarLibOtherwise) {
+TEST(DataFoldersTest, CommonDataIsInVarLibOtherwise) {
     const ScopedEnvironment variable("CAMERA_HUB_COMMON_DATA", std::nullopt);
     EXPECT_EQ(commonDataFolder(), "/var/lib");
 }
 
-TEST(DataFolders, AnEmptyVariableCountsAsNotSet) {
+TEST(DataFoldersTest, AnEmptyVariableCountsAsNotSet) {
     const ScopedEnvironment common("CAMERA_HUB_COMMON_DATA", "");
     const ScopedEnvironment local("CAMERA_HUB_LOCAL_DATA", "");
     const ScopedEnvironment xdg("XDG_DATA_HOME", "/data/home");
@@ -27,20 +27,20 @@ TEST(DataFolders, AnEmptyVariableCountsAsNotSet) {
     EXPECT_EQ(localDataFolder(), "/data/home");
 }
 
-TEST(DataFolders, LocalDataPrefersItsOwnVariable) {
+TEST(DataFoldersTest, LocalDataPrefersItsOwnVariable) {
     const ScopedEnvironment local("CAMERA_HUB_LOCAL_DATA", "/local");
     const ScopedEnvironment xdg("XDG_DATA_HOME", "/data/home");
     EXPECT_EQ(localDataFolder(), "/local");
 }
 
-TEST(DataFolders, LocalDataLiesInTheHomeFolderOtherwise) {
+TEST(DataFoldersTest, LocalDataLiesInTheHomeFolderOtherwise) {
     const ScopedEnvironment local("CAMERA_HUB_LOCAL_DATA", std::nullopt);
     const ScopedEnvironment xdg("XDG_DATA_HOME", std::nullopt);
     const ScopedEnvironment home("HOME", "/home/somebody");
     EXPECT_EQ(localDataFolder(), "/home/somebody/.local/share");
 }
 
-TEST(DataFolders, TheUserDatabaseKnowsTheHomeFolderWithoutAVariable) {
+TEST(DataFoldersTest, TheUserDatabaseKnowsTheHomeFolderWithoutAVariable) {
     const ScopedEnvironment local("CAMERA_HUB_LOCAL_DATA", std::nullopt);
     const ScopedEnvironment xdg("XDG_DATA_HOME", std::nullopt);
     const ScopedEnvironment home("HOME", std::nullopt);

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(DebuggerTest, ATracedProcessHasADebugger) {
+TEST(DebuggerTestTest, ATracedProcessHasADebugger) {
     const int result = runInChild([] {
         ASSERT_FALSE(Halden::System::isDebuggerPresent());
         ASSERT_TRUE(letParentTrace());

@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(ExecutablePath, IsThisTestProgram) {
+TEST(ExecutablePathTest, IsThisTestProgram) {
     const std::filesystem::path path = Halden::System::executablePath();
     EXPECT_TRUE(path.is_absolute());
     EXPECT_EQ(path.filename(), "FrameworkSystemTests");

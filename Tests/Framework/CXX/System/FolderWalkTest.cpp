@@ -27,7 +27,7 @@ std::vector<std::string> namesIn(const std::filesystem::path& folder) {
     return names;
 }
 
-TEST(FolderWalk, DeliversTheFolderAndItsParentFirst) {
+TEST(FolderWalkTest, DeliversTheFolderAndItsParentFirst) {
     const TemporaryFolder folder;
     for (const char* const name : {"!", "a", "b"})
         std::filesystem::create_directory(folder.path() / name);
@@ -39,26 +39,26 @@ TEST(FolderWalk, DeliversTheFolderAndItsParentFirst) {
     EXPECT_EQ(std::vector<std::string>(names.begin() + 2, names.end()), (std::vector<std::string>{"!", "a", "b"}));
 }
 
-TEST(FolderWalk, AnEmptyFolderHasTheTwo) {
+TEST(FolderWalkTest, AnEmptyFolderHasTheTwo) {
     const TemporaryFolder folder;
     EXPECT_EQ(namesIn(folder.path()), (std::vector<std::string>{".", ".."}));
 }
 
-TEST(FolderWalk, DeliversFilesAndBrokenLinksToo) {
+TEST(FolderWalkTest, DeliversFilesAndBrokenLinksToo) {
     const TemporaryFolder folder;
     writeFile(folder.path() / "file", "");
     std::filesystem::create_symlink("nowhere", folder.path() / "link");
     EXPECT_EQ(namesIn(folder.path()).size(), 4U);
 }
 
-TEST(FolderWalk, TellsWhyAFolderCantBeOpened) {
+TEST(FolderWalkTest, TellsWhyAFolderCantBeOpened) {
     const TemporaryFolder folder;
     FolderWalk walk(folder.path() / "missing");
     EXPECT_EQ(walk.openError(), ENOENT);
     EXPECT_FALSE(walk.next().has_value());
 }
 
-TEST(FolderWalk, TellsWhyItEndedEarly) {
+TEST(FolderWalkTest, TellsWhyItEndedEarly) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder.path() / "a");
     const int result = runInChild([&folder] {
@@ -74,7 +74,7 @@ TEST(FolderWalk, TellsWhyItEndedEarly) {
     EXPECT_EQ(result, 0);
 }
 
-TEST(FolderWalk, TellsTheTimeOfCreation) {
+TEST(FolderWalkTest, TellsTheTimeOfCreation) {
     const TemporaryFolder folder;
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     std::filesystem::create_directory(folder.path() / "a");
@@ -88,7 +88,7 @@ TEST(FolderWalk, TellsTheTimeOfCreation) {
     EXPECT_LT(std::chrono::abs(created - now), std::chrono::seconds(10));
 }
 
-TEST(CreationTimeOf, IsTheBirthTimeWhereThereIsOne) {
+TEST(CreationTimeOfTest, IsTheBirthTimeWhereThereIsOne) {
     struct statx attributes{};
     attributes.stx_mask = STATX_BTIME | STATX_MTIME;
     attributes.stx_btime.tv_sec = 5;
@@ -97,7 +97,7 @@ TEST(CreationTimeOf, IsTheBirthTimeWhereThereIsOne) {
     EXPECT_EQ(Halden::System::creationTimeOf(attributes), 5'000'000'007);
 }
 
-TEST(CreationTimeOf, IsTheTimeOfTheLastChangeOtherwise) {
+TEST(CreationTimeOfTest, IsTheTimeOfTheLastChangeOtherwise) {
     struct statx attributes{};
     attributes.stx_mask = STATX_MTIME;
     attributes.stx_btime.tv_sec = 5;

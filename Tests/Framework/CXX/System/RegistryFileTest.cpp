@@ -54,7 +54,7 @@ std::int64_t dwordIn(const std::string& bytes, const std::string& name) {
 
 std::string section(const std::string& lines) { return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Hub]\n" + lines; }
 
-TEST(RegistryFile, ReadsAnExportInEveryEncoding) {
+TEST(RegistryFileTest, ReadsAnExportInEveryEncoding) {
     for (const std::string& text : {exported, withoutCarriageReturns(exported)}) {
         EXPECT_EQ(dwordIn(text, "Wait"), 5000);
         EXPECT_EQ(dwordIn("\xEF\xBB\xBF" + text, "Wait"), 5000);
@@ -63,51 +63,51 @@ TEST(RegistryFile, ReadsAnExportInEveryEncoding) {
     }
 }
 
-TEST(RegistryFile, TheLastLineNeedsNoEnd) {
+TEST(RegistryFileTest, TheLastLineNeedsNoEnd) {
     EXPECT_EQ(dwordIn(section("\"Wait\"=dword:00000007"), "Wait"), 7);
     EXPECT_EQ(dwordIn(asUtf16(section("\"Wait\"=dword:00000007"), true), "Wait"), 7);
 }
 
-TEST(RegistryFile, NamesAreFoundWithoutRegardToCase) {
+TEST(RegistryFileTest, NamesAreFoundWithoutRegardToCase) {
     const RegistryFile file = RegistryFile::parse(exported);
     EXPECT_EQ(dwordIn(file, "wAIT", "hkey_local_machine\\software\\HUB"), 5000);
     EXPECT_EQ(dwordIn(RegistryFile::parse("[hkey_LOCAL_machine\\software\\hub]\n\"WAIT\"=dword:1"), "Wait"), 1);
 }
 
-TEST(RegistryFile, TheDefaultValueHasTheEmptyName) {
+TEST(RegistryFileTest, TheDefaultValueHasTheEmptyName) {
     const auto key = RegistryFile::parse(exported).openKey("HKEY_LOCAL_MACHINE\\SOFTWARE\\Hub");
     ASSERT_TRUE(key);
     ASSERT_NE(key->find(""), nullptr);
     EXPECT_EQ(key->find("")->data.size(), 7U);
 }
 
-TEST(RegistryFile, QuotesAndBackslashesInNamesAreEscaped) {
+TEST(RegistryFileTest, QuotesAndBackslashesInNamesAreEscaped) {
     EXPECT_EQ(dwordIn(section(R"("a\"b\\c=d"=dword:00000003)"), "a\"b\\c=d"), 3);
 }
 
-TEST(RegistryFile, BytesGoOnBehindABackslash) {
+TEST(RegistryFileTest, BytesGoOnBehindABackslash) {
     EXPECT_EQ(dwordIn(section("\"Wait\"=hex(4):d4,\\\r\n  07,00,\\\r\n  00\r\n\"Next\"=dword:1\r\n"), "Wait"), 2004);
     EXPECT_EQ(dwordIn(section("\"Wait\"=hex(4):d4,\\\n  07,00,\\\n  00\n\"Next\"=dword:1\n"), "Next"), 1);
 }
 
-TEST(RegistryFile, AContinuationEndsAtTheEndAndAtASection) {
+TEST(RegistryFileTest, AContinuationEndsAtTheEndAndAtASection) {
     EXPECT_EQ(dwordIn(section("\"Wait\"=hex(4):05,\\"), "Wait"), -2);
     const std::string cut = section("\"A\"=hex:05,\\\n[HKEY_LOCAL_MACHINE\\Other]\n\"Wait\"=dword:1\n");
     EXPECT_EQ(dwordIn(cut, "Wait"), -2);
     EXPECT_EQ(dwordIn(RegistryFile::parse(cut), "Wait", "HKEY_LOCAL_MACHINE\\Other"), 1);
 }
 
-TEST(RegistryFile, CommentsAndEmptyLinesArePassedOver) {
+TEST(RegistryFileTest, CommentsAndEmptyLinesArePassedOver) {
     EXPECT_EQ(dwordIn(section("; \"Wait\"=dword:1\n\n  ;x\n\t\"Wait\" = dword:2 ; two\n"), "Wait"), 2);
 }
 
-TEST(RegistryFile, ASectionMayBeRepeatedAndTheLastValueCounts) {
+TEST(RegistryFileTest, ASectionMayBeRepeatedAndTheLastValueCounts) {
     const std::string text = section("\"A\"=dword:1\n\"B\"=dword:1\n") + section("\"B\"=dword:2\n");
     EXPECT_EQ(dwordIn(text, "A"), 1);
     EXPECT_EQ(dwordIn(text, "B"), 2);
 }
 
-TEST(RegistryFile, AMinusDeletesAKeyWithAllBelowIt) {
+TEST(RegistryFileTest, AMinusDeletesAKeyWithAllBelowIt) {
     const RegistryFile file =
         RegistryFile::parse(section("\"A\"=dword:1\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Hub\\Sub]\n\"A\"=dword:1\n"
                                     "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Hubs]\n\"A\"=dword:1\n"
@@ -117,35 +117,35 @@ TEST(RegistryFile, AMinusDeletesAKeyWithAllBelowIt) {
     EXPECT_EQ(dwordIn(file, "A", "HKEY_LOCAL_MACHINE\\SOFTWARE\\Hubs"), 1);
 }
 
-TEST(RegistryFile, AMinusDeletesAValue) {
+TEST(RegistryFileTest, AMinusDeletesAValue) {
     EXPECT_EQ(dwordIn(section("\"A\"=dword:1\n\"B\"=dword:1\n\"A\"=-\n"), "A"), -2);
     EXPECT_EQ(dwordIn(section("\"A\"=dword:1\n\"B\"=dword:1\n\"A\"=-\n"), "B"), 1);
 }
 
-TEST(RegistryFile, BrokenLinesLeaveTheOthers) {
+TEST(RegistryFileTest, BrokenLinesLeaveTheOthers) {
     const std::string text = section("\"A=dword:1\nWait=dword:1\n\"Wait\"\n\"Wait\"=\n=\n\"\\\n@\n\"Wait\"=dword:zz\n"
                                      "\"Good\"=dword:6\n\xC3\x28\xFF=\x80\n\"Wait\" dword:1\n");
     EXPECT_EQ(dwordIn(text, "Wait"), -2);
     EXPECT_EQ(dwordIn(text, "Good"), 6);
 }
 
-TEST(RegistryFile, AnUnreadableLineOverridesNothing) {
+TEST(RegistryFileTest, AnUnreadableLineOverridesNothing) {
     EXPECT_EQ(dwordIn(section("\"A\"=dword:3\n\"A\"=dword:123456789\n"), "A"), 3);
 }
 
-TEST(RegistryFile, ValuesBehindABrokenSectionBelongNowhere) {
+TEST(RegistryFileTest, ValuesBehindABrokenSectionBelongNowhere) {
     EXPECT_EQ(dwordIn(section("\"A\"=dword:1\n[HKEY_LOCAL_MACHINE\\Other\n\"A\"=dword:2\n"), "A"), 1);
     EXPECT_EQ(dwordIn("\"A\"=dword:2\n" + section(""), "A"), -2);
 }
 
-TEST(RegistryFile, HalfAUnitAndALoneSurrogateHarmTheirLineOnly) {
+TEST(RegistryFileTest, HalfAUnitAndALoneSurrogateHarmTheirLineOnly) {
     const std::string surrogate = "\xFF\xFE" + asUtf16(section("\"B\"=dword:2\n\"A"), true).substr(2) +
                                   std::string("\x00\xD8", 2) + asUtf16("\"=dword:1\n\"C\"=dword:3\n", true).substr(2);
     EXPECT_EQ(dwordIn(surrogate + "x", "B"), 2);
     EXPECT_EQ(dwordIn(surrogate + "x", "C"), 3);
 }
 
-TEST(RegistryFile, NoiseIsNoError) {
+TEST(RegistryFileTest, NoiseIsNoError) {
     for (const std::string& noise : {std::string(), std::string("\0", 1), std::string("\xFF\xFE"), std::string("\xFF"),
                                      std::string(1000, '['), std::string(1000, '"'), std::string(1000, '\\')}) {
         EXPECT_EQ(dwordIn(noise, "A"), -1);
@@ -153,7 +153,7 @@ TEST(RegistryFile, NoiseIsNoError) {
     }
 }
 
-TEST(RegistryFile, DamageToAnyByteNeverReachesTheNextKey) {
+TEST(RegistryFileTest, DamageToAnyByteNeverReachesTheNextKey) {
     const std::string next = "\r\n\r\n[HKEY_LOCAL_MACHINE\\Next]\r\n\"Wait\"=dword:00000009\r\n";
     const std::string mark = "\xEF\xBB\xBF";
     for (const std::string& bytes : {mark + exported + next, asUtf16(exported + next, true)}) {
@@ -169,18 +169,18 @@ TEST(RegistryFile, DamageToAnyByteNeverReachesTheNextKey) {
     }
 }
 
-TEST(RegistryFile, AWrongTypeOrTooManyBytesAreNotRead) {
+TEST(RegistryFileTest, AWrongTypeOrTooManyBytesAreNotRead) {
     EXPECT_EQ(dwordIn(section("\"A\"=hex:01,00,00,00\n"), "A"), -2);
     EXPECT_EQ(dwordIn(section("\"A\"=\"1\"\n"), "A"), -2);
     EXPECT_EQ(dwordIn(section("\"A\"=hex(4):01,00,00,00,00\n"), "A"), -2);
 }
 
-TEST(RegistryFile, FewerBytesFillTheLowEnd) {
+TEST(RegistryFileTest, FewerBytesFillTheLowEnd) {
     EXPECT_EQ(dwordIn(section("\"A\"=hex(4):01,02\n"), "A"), 0x201);
     EXPECT_EQ(dwordIn(section("\"A\"=hex(4):\n"), "A"), 0);
 }
 
-TEST(RegistryFile, WhatIsNoFileHasNoKeys) {
+TEST(RegistryFileTest, WhatIsNoFileHasNoKeys) {
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
     for (const std::filesystem::path& path : {folder.path() / "missing", folder.path(), folder.path() / "fifo",
@@ -189,11 +189,11 @@ TEST(RegistryFile, WhatIsNoFileHasNoKeys) {
     }
 }
 
-TEST(RegistryFile, AFileThatFailsWhileItIsReadHasNoKeys) {
+TEST(RegistryFileTest, AFileThatFailsWhileItIsReadHasNoKeys) {
     EXPECT_EQ(dwordIn(RegistryFile::load("/proc/self/mem"), "A"), -1); // there is no memory at its beginning
 }
 
-TEST(RegistryFile, AnOverlongFileHasNoKeys) {
+TEST(RegistryFileTest, AnOverlongFileHasNoKeys) {
     const TemporaryFolder folder;
     const std::filesystem::path file = folder.path() / "registry.reg";
     writeFile(file, section("\"A\"=dword:1\n"));
@@ -202,7 +202,7 @@ TEST(RegistryFile, AnOverlongFileHasNoKeys) {
     EXPECT_EQ(dwordIn(RegistryFile::load(file), "A"), -1);
 }
 
-TEST(RegistryFile, IsWhereTheVariableSaysElseInEtc) {
+TEST(RegistryFileTest, IsWhereTheVariableSaysElseInEtc) {
     {
         const ScopedEnvironment variable("CAMERA_HUB_REGISTRY", "/some/file.reg");
         EXPECT_EQ(RegistryFile::defaultPath(), "/some/file.reg");

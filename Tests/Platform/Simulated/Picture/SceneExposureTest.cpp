@@ -34,12 +34,12 @@ Samples ramp() {
     return samples;
 }
 
-TEST(SceneExposure, LeavesEveryPixelAsItIsAtZeroStops) {
+TEST(SceneExposureTest, LeavesEveryPixelAsItIsAtZeroStops) {
     EXPECT_EQ(exposedRamp(0), ramp());
     EXPECT_EQ(exposedRamp(-0.0), ramp());
 }
 
-TEST(SceneExposure, MultipliesLinearLight) {
+TEST(SceneExposureTest, MultipliesLinearLight) {
     // Linear light of sRGB samples: 255 is 1, 188 is 1/2, 137 is 1/4, 99 is 1/8; below 11 it is proportional.
     EXPECT_EQ(exposedRamp(-1)[255], 188);
     EXPECT_EQ(exposedRamp(-2)[255], 137);
@@ -51,20 +51,20 @@ TEST(SceneExposure, MultipliesLinearLight) {
     EXPECT_EQ(exposedRamp(-0.5)[255], 219);
 }
 
-TEST(SceneExposure, ClipsAtWhite) {
+TEST(SceneExposureTest, ClipsAtWhite) {
     EXPECT_EQ(exposedRamp(1)[188], 255);
     EXPECT_EQ(exposedRamp(1)[187], 254);
     EXPECT_EQ(exposedRamp(2)[200], 255);
 }
 
-TEST(SceneExposure, BrighterSamplesStayBrighterOrEqual) {
+TEST(SceneExposureTest, BrighterSamplesStayBrighterOrEqual) {
     for (double stops = -14; stops <= 14; stops += 0.37) {
         const Samples samples = exposedRamp(stops);
         EXPECT_TRUE(std::is_sorted(samples.begin(), samples.end())) << stops;
     }
 }
 
-TEST(SceneExposure, MoreStopsAreNeverDarker) {
+TEST(SceneExposureTest, MoreStopsAreNeverDarker) {
     Samples darker = exposedRamp(-14);
     for (double stops = -14; stops <= 14; stops += 0.03) {
         const Samples brighter = exposedRamp(stops);
@@ -74,21 +74,23 @@ TEST(SceneExposure, MoreStopsAreNeverDarker) {
     }
 }
 
-TEST(SceneExposure, EndsAtBlack) {
+TEST(SceneExposureTest, EndsAtBlack) {
     for (const double stops : {-40.0, -1e300, -std::numeric_limits<double>::infinity()})
         EXPECT_EQ(exposedRamp(stops), Samples(256, 0)) << stops;
 }
 
-TEST(SceneExposure, EndsAtWhiteForAllButBlack) {
+TEST(SceneExposureTest, EndsAtWhiteForAllButBlack) {
     Samples expected(256, 255);
     expected[0] = 0;
     for (const double stops : {40.0, 1e300, std::numeric_limits<double>::infinity()})
         EXPECT_EQ(exposedRamp(stops), expected) << stops;
 }
 
-TEST(SceneExposure, IgnoresWhatIsNoNumber) { EXPECT_EQ(exposedRamp(std::numeric_limits<double>::quiet_NaN()), ramp()); }
+TEST(SceneExposureTest, IgnoresWhatIsNoNumber) {
+    EXPECT_EQ(exposedRamp(std::numeric_limits<double>::quiet_NaN()), ramp());
+}
 
-TEST(SceneExposure, TakesAnEmptyPicture) {
+TEST(SceneExposureTest, TakesAnEmptyPicture) {
     Imaging::RgbImage image;
     expose(image, 3);
     EXPECT_TRUE(image.pixels.empty());

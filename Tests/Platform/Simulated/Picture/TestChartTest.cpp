@@ -22,9 +22,9 @@ using Imaging::Rectangle;
 using Imaging::RgbImage;
 using Size = std::pair<std::uint32_t, std::uint32_t>;
 
-const std::vector<Size> CommonSizes{{1920, 1080}, {640, 480}, {320, 240}, {1080, 1920}, {1279, 721}};
+const std::vector<Size> commonSizes{{1920, 1080}, {640, 480}, {320, 240}, {1080, 1920}, {1279, 721}};
 
-const ChartCaption Caption{"Camera", -6.0, 1, "12:00:00"};
+const ChartCaption plainCaption{"Camera", -6.0, 1, "12:00:00"};
 
 Colour pixelAt(const RgbImage& image, int x, int y) {
     const std::size_t offset = 3 * (static_cast<std::size_t>(y) * image.width + static_cast<std::size_t>(x));
@@ -59,7 +59,7 @@ std::vector<std::uint8_t> stripOf(const RgbImage& image) {
     return {image.pixels.begin() + std::ptrdiff_t{3} * image.width * strip.y, image.pixels.end()};
 }
 
-TEST(TestChart, HasTheSizeAskedForDownToOnePixel) {
+TEST(TestChartTest, HasTheSizeAskedForDownToOnePixel) {
     for (const auto& [width, height] :
          {Size{1, 1}, Size{2, 1}, Size{16, 16}, Size{17, 3}, Size{3, 200}, Size{64, 48}, Size{95, 96}, Size{96, 96},
           Size{97, 130}, Size{2000, 8}, Size{320, 240}, Size{640, 360}}) {
@@ -70,10 +70,10 @@ TEST(TestChart, HasTheSizeAskedForDownToOnePixel) {
     }
 }
 
-TEST(TestChart, DrawsEverySmallSizeWithItsPatchesInside) {
+TEST(TestChartTest, DrawsEverySmallSizeWithItsPatchesInside) {
     for (std::uint32_t width = 1; width < 130; width += 3)
         for (std::uint32_t height = 1; height < 130; height += 4) {
-            const RgbImage image = captioned(drawTestChart(width, height), Caption);
+            const RgbImage image = captioned(drawTestChart(width, height), plainCaption);
             const Rectangle whole{0, 0, static_cast<int>(width), static_cast<int>(height)};
             for (const ChartPatch& patch : chartPatches(width, height)) {
                 ASSERT_FALSE(patch.area.isEmpty());
@@ -82,19 +82,19 @@ TEST(TestChart, DrawsEverySmallSizeWithItsPatchesInside) {
         }
 }
 
-TEST(TestChart, RefusesSizesThatCannotBeDrawn) {
+TEST(TestChartTest, RefusesSizesThatCannotBeDrawn) {
     EXPECT_THROW(drawTestChart(0, 10), winrt::hresult_error);
     EXPECT_THROW(drawTestChart(10, 0), winrt::hresult_error);
     EXPECT_THROW(drawTestChart(32768, 10), winrt::hresult_error);
     EXPECT_THROW(drawTestChart(10001, 10000), winrt::hresult_error) << "more memory than a still may take";
 }
 
-TEST(TestChart, IsTheSamePictureEachTime) {
+TEST(TestChartTest, IsTheSamePictureEachTime) {
     EXPECT_TRUE(drawTestChart(640, 480).pixels == drawTestChart(640, 480).pixels);
 }
 
-TEST(TestChart, PatchesHaveExactlyTheirColourInTheMiddle) {
-    for (const auto& [width, height] : CommonSizes) {
+TEST(TestChartTest, PatchesHaveExactlyTheirColourInTheMiddle) {
+    for (const auto& [width, height] : commonSizes) {
         const RgbImage image = drawTestChart(width, height);
         for (const ChartPatch& patch : chartPatches(width, height))
             EXPECT_EQ(middleOf(image, patch.area), patch.colour)
@@ -102,7 +102,7 @@ TEST(TestChart, PatchesHaveExactlyTheirColourInTheMiddle) {
     }
 }
 
-TEST(TestChart, ColourPatchesAreExactUpToTheirEdges) {
+TEST(TestChartTest, ColourPatchesAreExactUpToTheirEdges) {
     const RgbImage image = drawTestChart(640, 480);
     const std::vector<ChartPatch> patches = chartPatches(640, 480);
     constexpr std::size_t colours = 30;
@@ -114,7 +114,7 @@ TEST(TestChart, ColourPatchesAreExactUpToTheirEdges) {
     }
 }
 
-TEST(TestChart, HasThePrimariesTheirComplementsAndAllPatchesDifferent) {
+TEST(TestChartTest, HasThePrimariesTheirComplementsAndAllPatchesDifferent) {
     std::vector<Colour> colours;
     for (const ChartPatch& patch : chartPatches(640, 480)) {
         EXPECT_THAT(colours, testing::Not(testing::Contains(patch.colour)));
@@ -126,8 +126,8 @@ TEST(TestChart, HasThePrimariesTheirComplementsAndAllPatchesDifferent) {
                                                 Colour{255, 255, 255}, Colour{0, 0, 0}}));
 }
 
-TEST(TestChart, PatchesLieApartAndAboveTheCaption) {
-    for (const auto& [width, height] : CommonSizes) {
+TEST(TestChartTest, PatchesLieApartAndAboveTheCaption) {
+    for (const auto& [width, height] : commonSizes) {
         const std::vector<ChartPatch> patches = chartPatches(width, height);
         const Rectangle strip = captionArea(width, height);
         for (std::size_t i = 0; i < patches.size(); ++i) {
@@ -138,7 +138,7 @@ TEST(TestChart, PatchesLieApartAndAboveTheCaption) {
     }
 }
 
-TEST(TestChart, GreyStepsAreHalfAStopApart) {
+TEST(TestChartTest, GreyStepsAreHalfAStopApart) {
     const std::vector<ChartPatch> patches = chartPatches(640, 480);
     const std::vector<ChartPatch> wedge(patches.end() - 14, patches.end());
     RgbImage image = drawTestChart(640, 480);
@@ -149,7 +149,7 @@ TEST(TestChart, GreyStepsAreHalfAStopApart) {
     EXPECT_EQ(wedge.back().colour, Colour{});
 }
 
-TEST(TestChart, HasLinesOfASinglePixel) {
+TEST(TestChartTest, HasLinesOfASinglePixel) {
     const RgbImage image = drawTestChart(640, 480);
     const auto lineIsFoundBy = [&](int dx, int dy) {
         for (int y = 3; y < 477; ++y)
@@ -168,8 +168,8 @@ TEST(TestChart, HasLinesOfASinglePixel) {
     EXPECT_TRUE(lineIsFoundBy(0, 1));
 }
 
-TEST(TestChart, HasACrossAtItsExactCentre) {
-    for (const auto& [width, height] : CommonSizes) {
+TEST(TestChartTest, HasACrossAtItsExactCentre) {
+    for (const auto& [width, height] : commonSizes) {
         const RgbImage image = drawTestChart(width, height);
         const int x = static_cast<int>(width);
         const int y = static_cast<int>(height);
@@ -182,7 +182,7 @@ TEST(TestChart, HasACrossAtItsExactCentre) {
     }
 }
 
-TEST(TestChart, IsDrawnAlikeByManyThreadsAtOnce) {
+TEST(TestChartTest, IsDrawnAlikeByManyThreadsAtOnce) {
     const ChartCaption caption{"K\xC3\xA4mera \xCE\xA9 \xD0\x96", -6.0, 7, "12:00:00"};
     const RgbImage expected = captioned(drawTestChart(320, 240), caption);
     std::vector<RgbImage> drawn(8);
@@ -198,10 +198,10 @@ TEST(TestChart, IsDrawnAlikeByManyThreadsAtOnce) {
         EXPECT_TRUE(image.pixels == expected.pixels);
 }
 
-TEST(ChartCaption, ChangesNothingOutsideItsStrip) {
-    for (const auto& [width, height] : CommonSizes) {
+TEST(ChartCaptionTest, ChangesNothingOutsideItsStrip) {
+    for (const auto& [width, height] : commonSizes) {
         const RgbImage chart = drawTestChart(width, height);
-        const RgbImage image = captioned(chart, Caption);
+        const RgbImage image = captioned(chart, plainCaption);
         const Rectangle strip = captionArea(width, height);
         EXPECT_EQ(strip.x, 0);
         EXPECT_EQ(strip.width, static_cast<int>(width));
@@ -212,22 +212,22 @@ TEST(ChartCaption, ChangesNothingOutsideItsStrip) {
     }
 }
 
-TEST(ChartCaption, LooksTheSameOnAnyPicture) {
-    EXPECT_EQ(stripOf(captioned(flatPicture(320, 240, 0), Caption)),
-              stripOf(captioned(flatPicture(320, 240, 255), Caption)));
+TEST(ChartCaptionTest, LooksTheSameOnAnyPicture) {
+    EXPECT_EQ(stripOf(captioned(flatPicture(320, 240, 0), plainCaption)),
+              stripOf(captioned(flatPicture(320, 240, 255), plainCaption)));
 }
 
-TEST(ChartCaption, IsBrightOnDark) {
-    const std::vector<std::uint8_t> strip = stripOf(captioned(flatPicture(320, 240, 128), Caption));
+TEST(ChartCaptionTest, IsBrightOnDark) {
+    const std::vector<std::uint8_t> strip = stripOf(captioned(flatPicture(320, 240, 128), plainCaption));
     EXPECT_GT(std::count_if(strip.begin(), strip.end(), [](int sample) { return sample > 200; }), 300);
     EXPECT_GT(std::count_if(strip.begin(), strip.end(), [](int sample) { return sample < 30; }),
               static_cast<std::ptrdiff_t>(strip.size() / 2));
 }
 
-TEST(ChartCaption, ShowsEachOfItsParts) {
+TEST(ChartCaptionTest, ShowsEachOfItsParts) {
     const RgbImage picture = flatPicture(640, 480, 128);
     const auto strip = [&picture](const ChartCaption& caption) { return stripOf(captioned(picture, caption)); };
-    const auto original = strip(Caption);
+    const auto original = strip(plainCaption);
     EXPECT_EQ(strip({"Camera", -6.0, 1, "12:00:00"}), original);
     EXPECT_NE(strip({"Camers", -6.0, 1, "12:00:00"}), original);
     EXPECT_NE(strip({"Camera", -6.25, 1, "12:00:00"}), original);
@@ -236,39 +236,39 @@ TEST(ChartCaption, ShowsEachOfItsParts) {
     EXPECT_NE(strip({"Camera", -6.0, 1, "12:00:01"}), original);
 }
 
-TEST(ChartCaption, TellsScriptsApart) {
+TEST(ChartCaptionTest, TellsScriptsApart) {
     const RgbImage picture = flatPicture(640, 480, 128);
     EXPECT_NE(stripOf(captioned(picture, {"\xCE\xA9", -6.0, 1, ""})),
               stripOf(captioned(picture, {"\xD0\x96", -6.0, 1, ""})));
 }
 
-TEST(ChartCaption, TakesAnyTextAndNumber) {
+TEST(ChartCaptionTest, TakesAnyTextAndNumber) {
     RgbImage picture = flatPicture(320, 240, 128);
     drawCaption(picture, {std::string(5000, 'W'), -1000.0, 18446744073709551615U, std::string(5000, 'M')});
     drawCaption(picture, {"\xFF\xFE", 1e300, 0, "\xE2\x28"});
     drawCaption(picture, {"", std::numeric_limits<double>::infinity(), 0, ""});
     drawCaption(picture, {"", std::numeric_limits<double>::quiet_NaN(), 0, ""});
-    EXPECT_EQ(stripOf(captioned(picture, Caption)), stripOf(captioned(flatPicture(320, 240, 0), Caption)));
+    EXPECT_EQ(stripOf(captioned(picture, plainCaption)), stripOf(captioned(flatPicture(320, 240, 0), plainCaption)));
 }
 
-TEST(ChartCaption, MalformedNameLeavesTheRestLegible) {
+TEST(ChartCaptionTest, MalformedNameLeavesTheRestLegible) {
     const RgbImage picture = flatPicture(640, 480, 128);
     EXPECT_EQ(stripOf(captioned(picture, {"\xC3(", -6.0, 1, "12:00:00"})),
               stripOf(captioned(picture, {"", -6.0, 1, "12:00:00"})));
 }
 
-TEST(ChartCaption, IsLeftOutWhereThereIsNoRoom) {
+TEST(ChartCaptionTest, IsLeftOutWhereThereIsNoRoom) {
     for (const auto& [width, height] : {Size{16, 16}, Size{64, 48}, Size{95, 500}, Size{500, 95}}) {
         EXPECT_TRUE(captionArea(width, height).isEmpty());
         const RgbImage chart = drawTestChart(width, height);
-        EXPECT_TRUE(captioned(chart, Caption).pixels == chart.pixels);
+        EXPECT_TRUE(captioned(chart, plainCaption).pixels == chart.pixels);
     }
 }
 
 /// Draws in a process that finds no font at all; ends it with 0 when there is a picture.
 [[noreturn]] void drawWithoutFonts() {
     setenv("FONTCONFIG_FILE", "/dev/null", 1);
-    const RgbImage image = captioned(drawTestChart(320, 240), Caption);
+    const RgbImage image = captioned(drawTestChart(320, 240), plainCaption);
     std::exit(image.pixels.size() == std::size_t{3} * 320 * 240 ? 0 : 1);
 }
 

@@ -25,7 +25,7 @@ std::string sourceText(const std::string& source) {
 
 std::string cameraText(const std::string& camera) { return R"({"cameras": {"D": )" + camera + "}}"; }
 
-TEST(ScenarioReader, EveryMemberOfTheTopHasADefault) {
+TEST(ScenarioReaderTest, EveryMemberOfTheTopHasADefault) {
     const Scenario scenario = read("{}");
     EXPECT_TRUE(scenario.groups.empty());
     EXPECT_TRUE(scenario.deviceNodes.empty());
@@ -34,7 +34,7 @@ TEST(ScenarioReader, EveryMemberOfTheTopHasADefault) {
     EXPECT_TRUE(scenario.journal.empty());
 }
 
-TEST(ScenarioReader, AGroupHasDefaults) {
+TEST(ScenarioReaderTest, AGroupHasDefaults) {
     const Scenario scenario = read(R"({"groups": [{"id": "G", "displayName": "N"}, {"id": "H"}]})");
     ASSERT_EQ(scenario.groups.size(), 2U);
     EXPECT_EQ(scenario.groups[0].watched.id, u"G");
@@ -44,7 +44,7 @@ TEST(ScenarioReader, AGroupHasDefaults) {
     EXPECT_EQ(scenario.groups[1].displayName, u"");
 }
 
-TEST(ScenarioReader, ASourceHasDefaults) {
+TEST(ScenarioReaderTest, ASourceHasDefaults) {
     const auto source = read(sourceText(R"({"id": "S", "device": {"id": "D"}})")).groups[0].sources[0];
     EXPECT_EQ(source.streamType, MediaStreamType::VideoPreview);
     EXPECT_EQ(source.kind, MediaFrameSourceKind::Color);
@@ -58,7 +58,7 @@ TEST(ScenarioReader, ASourceHasDefaults) {
     EXPECT_EQ(source.device.properties.Size(), 0U);
 }
 
-TEST(ScenarioReader, FormatsAreTheProfilesUnlessTheyAreGiven) {
+TEST(ScenarioReaderTest, FormatsAreTheProfilesUnlessTheyAreGiven) {
     const std::string start = R"({"id": "S", "device": {"id": "D"}, "profiles": [{"width": 4, "height": 3}])";
     const auto same = read(sourceText(start + "}")).groups[0].sources[0];
     ASSERT_EQ(same.formats.size(), 1U);
@@ -75,7 +75,7 @@ TEST(ScenarioReader, FormatsAreTheProfilesUnlessTheyAreGiven) {
     EXPECT_TRUE(read(sourceText(start + R"(, "formats": []})")).groups[0].sources[0].formats.empty());
 }
 
-TEST(ScenarioReader, StreamTypesAndKindsHaveNamesOrNumbers) {
+TEST(ScenarioReaderTest, StreamTypesAndKindsHaveNamesOrNumbers) {
     const auto source = [](const std::string& members) {
         return read(sourceText(R"({"id": "S", "device": {"id": "D"}, )" + members + "}")).groups[0].sources[0];
     };
@@ -93,7 +93,7 @@ TEST(ScenarioReader, StreamTypesAndKindsHaveNamesOrNumbers) {
     EXPECT_EQ(source(R"("kind": 42)").kind, static_cast<MediaFrameSourceKind>(42));
 }
 
-TEST(ScenarioReader, ADeviceHasItsPlaceAndProperties) {
+TEST(ScenarioReaderTest, ADeviceHasItsPlaceAndProperties) {
     const auto device = read(sourceText(R"({"id": "S", "device": {"id": "D", "name": "N", "kind": 5,
         "enclosure": {"panel": 2, "inDock": true},
         "properties": {"System.Devices.DeviceInstanceId": "node",
@@ -111,7 +111,7 @@ TEST(ScenarioReader, ADeviceHasItsPlaceAndProperties) {
               "{0f8fad5b-d9cb-469f-a165-70867728950e}");
 }
 
-TEST(ScenarioReader, ATextThatIsNoGuidStaysAText) {
+TEST(ScenarioReaderTest, ATextThatIsNoGuidStaysAText) {
     for (const char* text : {"", "{}", "0f8fad5b-d9cb-469f-a165-70867728950e", "{0f8fad5b-d9cb-469f-a165-70867728950}",
                              "{0f8fad5b-d9cb-469f-a165-70867728950g}", "{0f8fad5b_d9cb-469f-a165-70867728950e}"}) {
         const auto device = read(sourceText(R"({"id": "S", "device": {"id": "D", "properties": {"P": ")" +
@@ -123,7 +123,7 @@ TEST(ScenarioReader, ATextThatIsNoGuidStaysAText) {
     }
 }
 
-TEST(ScenarioReader, ACameraHasDefaults) {
+TEST(ScenarioReaderTest, ACameraHasDefaults) {
     const CameraDefinition camera = read(cameraText("{}")).cameras.at(u"D");
     EXPECT_EQ(camera.exposure, ControlDefinition());
     EXPECT_FALSE(camera.exposure.supported);
@@ -139,7 +139,7 @@ TEST(ScenarioReader, ACameraHasDefaults) {
     EXPECT_EQ(camera.capture.neutralExposure, -6.0);
 }
 
-TEST(ScenarioReader, RelativePathsStartAtTheFilesFolder) {
+TEST(ScenarioReaderTest, RelativePathsStartAtTheFilesFolder) {
     ScenarioFile file;
     ScenarioFile::writeFile(file.folder() / "scene.png", "picture");
     const std::string text = R"({"journal": "j.txt", "cameras": {"D": {"capture": {"picture": "scene.png"}}}})";
@@ -149,7 +149,7 @@ TEST(ScenarioReader, RelativePathsStartAtTheFilesFolder) {
     EXPECT_EQ(read(R"({"journal": "/elsewhere/j.txt"})").journal, "/elsewhere/j.txt");
 }
 
-TEST(ScenarioReader, AFaultHasDefaults) {
+TEST(ScenarioReaderTest, AFaultHasDefaults) {
     const Faults faults = read(R"({"faults": {"DeviceWatcher.Start": {}}})").faults;
     const FaultHit hit = faults.take("DeviceWatcher.Start");
     ASSERT_TRUE(hit.error);
@@ -160,7 +160,7 @@ TEST(ScenarioReader, AFaultHasDefaults) {
     EXPECT_FALSE(faults.take("DeviceInformation.CreateWatcher").error);
 }
 
-TEST(ScenarioReader, WhatIsNoJsonNamesTheFile) {
+TEST(ScenarioReaderTest, WhatIsNoJsonNamesTheFile) {
     for (const char* text : {"", "{", "nothing", "null", "1", "{} {}", "{\"journal\": }", "{\"groups\": [1,]}",
                              "{\"journal\": \"a\", \"journal\": \"b\"}", "{'journal': 'a'}"})
         EXPECT_EQ(errorOf(text).rfind("/folder/file.json: is no JSON: ", 0), 0U) << text << " gave " << errorOf(text);
@@ -169,7 +169,7 @@ TEST(ScenarioReader, WhatIsNoJsonNamesTheFile) {
     EXPECT_EQ(errorOf("[]"), "/folder/file.json: must be an object");
 }
 
-TEST(ScenarioReader, AnUnknownMemberIsAnError) {
+TEST(ScenarioReaderTest, AnUnknownMemberIsAnError) {
     const std::string file = "/folder/file.json: ";
     EXPECT_EQ(errorOf(R"({"group": []})"), file + "group: is not known here");
     EXPECT_EQ(errorOf(R"({"groups": [{"id": "G", "name": "N"}]})"), file + "groups[0].name: is not known here");
@@ -196,7 +196,7 @@ TEST(ScenarioReader, AnUnknownMemberIsAnError) {
               file + "faults.DeviceWatcher.Start.count: is not known here");
 }
 
-TEST(ScenarioReader, AFaultBelongsToItsPlace) {
+TEST(ScenarioReaderTest, AFaultBelongsToItsPlace) {
     EXPECT_EQ(errorOf(R"({"faults": {"MediaCapture.Close": {}}})"),
               "/folder/file.json: faults.MediaCapture.Close: is not known here");
     EXPECT_EQ(errorOf(R"({"groups": [{"id": "G", "faults": {"DeviceWatcher.Start": {}}}]})"),
@@ -205,7 +205,7 @@ TEST(ScenarioReader, AFaultBelongsToItsPlace) {
               "/folder/file.json: cameras.D.faults.MediaFrameSourceGroup.FromIdAsync: is not known here");
 }
 
-TEST(ScenarioReader, AMissingMemberIsNamed) {
+TEST(ScenarioReaderTest, AMissingMemberIsNamed) {
     const std::string file = "/folder/file.json: ";
     EXPECT_EQ(errorOf(R"({"groups": [{}]})"), file + "groups[0].id: is missing");
     EXPECT_EQ(errorOf(sourceText(R"({"device": {"id": "D"}})")), file + "groups[0].sources[0].id: is missing");
@@ -219,7 +219,7 @@ TEST(ScenarioReader, AMissingMemberIsNamed) {
     EXPECT_EQ(errorOf(R"({"deviceNodes": [{}]})"), file + "deviceNodes[0].id: is missing");
 }
 
-TEST(ScenarioReader, AMemberOfTheWrongTypeIsNamed) {
+TEST(ScenarioReaderTest, AMemberOfTheWrongTypeIsNamed) {
     const std::string file = "/folder/file.json: ";
     EXPECT_EQ(errorOf(R"({"groups": {}})"), file + "groups: must be a list");
     EXPECT_EQ(errorOf(R"({"groups": [1]})"), file + "groups[0]: must be an object");
@@ -248,12 +248,12 @@ TEST(ScenarioReader, AMemberOfTheWrongTypeIsNamed) {
               file + "faults.DeviceWatcher.Start.code: must be a whole number of 32 bits");
 }
 
-TEST(ScenarioReader, TwoGroupsOfOneIdAreAnError) {
+TEST(ScenarioReaderTest, TwoGroupsOfOneIdAreAnError) {
     EXPECT_EQ(errorOf(R"({"groups": [{"id": "G"}, {"id": "G"}]})"),
               "/folder/file.json: groups[1].id: another group has this id");
 }
 
-TEST(ScenarioReader, TheBuiltInScenarioHasOneCamera) {
+TEST(ScenarioReaderTest, TheBuiltInScenarioHasOneCamera) {
     const Scenario scenario = builtInScenario();
     ASSERT_EQ(scenario.groups.size(), 1U);
     ASSERT_EQ(scenario.groups[0].sources.size(), 1U);

@@ -7,7 +7,7 @@ using namespace Platform::Simulated;
 
 namespace {
 
-TEST(CaptureCore, ACallThatBeganBeforeTheCaptureWasInitialisedRaisesAlsoIfItGoesOnAfterwards) {
+TEST(CaptureCoreTest, ACallThatBeganBeforeTheCaptureWasInitialisedRaisesAlsoIfItGoesOnAfterwards) {
     const auto simulation = std::make_shared<Simulation>();
     simulation->takeOver(builtInScenario());
     const auto scenario = simulation->scenario();

@@ -27,7 +27,7 @@ std::string groupsText(const std::vector<std::string>& groups) {
     return R"({"journal": "journal.txt", "groups": [)" + list + "]}";
 }
 
-class HotPlug : public SimulatedFixture {
+class HotPlugTest : public SimulatedFixture {
 protected:
     /// Notes events as "+id", "*id" and "-id".
     void watch() {
@@ -69,13 +69,13 @@ protected:
     DeviceInformationUpdate _update;
 };
 
-TEST_F(HotPlug, DevicesThatArePresentAreAdded) {
+TEST_F(HotPlugTest, DevicesThatArePresentAreAdded) {
     start(groupsText({groupText("A"), groupText("B")}));
     watch();
     EXPECT_TRUE(waitForEvents({"+A", "+B"}));
 }
 
-TEST_F(HotPlug, ANewGroupIsAddedAndAGoneOneRemoved) {
+TEST_F(HotPlugTest, ANewGroupIsAddedAndAGoneOneRemoved) {
     start(groupsText({groupText("A")}));
     watch();
     ASSERT_TRUE(waitForEvents({"+A"}));
@@ -85,7 +85,7 @@ TEST_F(HotPlug, ANewGroupIsAddedAndAGoneOneRemoved) {
     EXPECT_TRUE(waitForEvents({"+A", "+B", "-A"}));
 }
 
-TEST_F(HotPlug, AGroupWhoseObjectDiffersIsUpdated) {
+TEST_F(HotPlugTest, AGroupWhoseObjectDiffersIsUpdated) {
     start(groupsText({groupText("A"), groupText("B")}));
     watch();
     ASSERT_TRUE(waitForEvents({"+A", "+B"}));
@@ -93,7 +93,7 @@ TEST_F(HotPlug, AGroupWhoseObjectDiffersIsUpdated) {
     EXPECT_TRUE(waitForEvents({"+A", "+B", "*B"}));
 }
 
-TEST_F(HotPlug, AnotherOrderOfMembersIsNoUpdate) {
+TEST_F(HotPlugTest, AnotherOrderOfMembersIsNoUpdate) {
     start(groupsText({R"({"id": "A", "displayName": "n"})"}));
     watch();
     ASSERT_TRUE(waitForEvents({"+A"}));
@@ -101,7 +101,7 @@ TEST_F(HotPlug, AnotherOrderOfMembersIsNoUpdate) {
     EXPECT_TRUE(waitForEvents({"+A", "+B"}));
 }
 
-TEST_F(HotPlug, TheWatchedDeviceIsReported) {
+TEST_F(HotPlugTest, TheWatchedDeviceIsReported) {
     const auto watched = [](const std::string& properties) {
         return R"(, "watched": {"id": "W", "properties": {)" + properties + "}}";
     };
@@ -117,7 +117,7 @@ TEST_F(HotPlug, TheWatchedDeviceIsReported) {
     EXPECT_EQ(unboxString(news.Lookup(u"new")), u"3");
 }
 
-TEST_F(HotPlug, AnotherWatchedDeviceIsANewOne) {
+TEST_F(HotPlugTest, AnotherWatchedDeviceIsANewOne) {
     start(groupsText({groupText("A", R"(, "watched": {"id": "W"})")}));
     watch();
     ASSERT_TRUE(waitForEvents({"+W"}));
@@ -125,7 +125,7 @@ TEST_F(HotPlug, AnotherWatchedDeviceIsANewOne) {
     EXPECT_TRUE(waitForEvents({"+W", "-W", "+X"}));
 }
 
-TEST_F(HotPlug, AnUnpluggedCameraComesBackInOrder) {
+TEST_F(HotPlugTest, AnUnpluggedCameraComesBackInOrder) {
     start(groupsText({groupText("A")}));
     watch();
     for (const auto& [present, count] : {std::pair{false, 2U}, {true, 3U}, {false, 4U}, {true, 5U}}) {
@@ -136,7 +136,7 @@ TEST_F(HotPlug, AnUnpluggedCameraComesBackInOrder) {
     EXPECT_EQ(events(), (std::vector<std::string>{"+A", "-A", "+A", "-A", "+A"}));
 }
 
-TEST_F(HotPlug, TheJournalTellsOfEventsBeforeTheHandlersRun) {
+TEST_F(HotPlugTest, TheJournalTellsOfEventsBeforeTheHandlersRun) {
     start(groupsText({groupText("A")}));
     _watcher = platform->CreateWatcher(platform->GetDeviceSelector());
     std::atomic<bool> stood = false;
@@ -158,20 +158,20 @@ TEST_F(HotPlug, TheJournalTellsOfEventsBeforeTheHandlersRun) {
     EXPECT_EQ(journal.linesOf("DeviceWatcher.Removed")[0].device, "A");
 }
 
-TEST_F(HotPlug, TheFileMayBeWrittenInPlace) {
+TEST_F(HotPlugTest, TheFileMayBeWrittenInPlace) {
     start(groupsText({groupText("A")}));
     file.write(groupsText({groupText("A"), groupText("B")}));
     EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
 }
 
-TEST_F(HotPlug, TheFileMayStayOpenInItsWriter) {
+TEST_F(HotPlugTest, TheFileMayStayOpenInItsWriter) {
     start(groupsText({groupText("A")}));
     std::ofstream writer(file.path(), std::ios::trunc);
     writer << groupsText({groupText("A"), groupText("B")}) << std::flush;
     EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
 }
 
-TEST_F(HotPlug, TheFileMayBeMovedAwayAndComeBack) {
+TEST_F(HotPlugTest, TheFileMayBeMovedAwayAndComeBack) {
     start(groupsText({groupText("A")}));
     std::filesystem::rename(file.path(), file.folder() / "backup");
     file.write(groupsText({groupText("A"), groupText("B")}));
@@ -181,7 +181,7 @@ TEST_F(HotPlug, TheFileMayBeMovedAwayAndComeBack) {
     EXPECT_TRUE(waitUntil([&] { return groupCount() == 0; }));
 }
 
-TEST_F(HotPlug, ManyChangesInARowEndWithTheLastOne) {
+TEST_F(HotPlugTest, ManyChangesInARowEndWithTheLastOne) {
     start(groupsText({}));
     for (int i = 0; i < 50; ++i) {
         const std::string text = groupsText({groupText("A"), groupText(std::to_string(i))});
@@ -196,7 +196,7 @@ TEST_F(HotPlug, ManyChangesInARowEndWithTheLastOne) {
     }));
 }
 
-TEST_F(HotPlug, AFileThatDoesNotParseIsIgnoredWithOneLineUntilItDoes) {
+TEST_F(HotPlugTest, AFileThatDoesNotParseIsIgnoredWithOneLineUntilItDoes) {
     start(groupsText({groupText("A")}));
     testing::internal::CaptureStderr();
     file.write("{\"groups\": [");
@@ -210,7 +210,7 @@ TEST_F(HotPlug, AFileThatDoesNotParseIsIgnoredWithOneLineUntilItDoes) {
     EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
 }
 
-TEST_F(HotPlug, AFileThatIsWrittenInTwoHalvesIsNotComplainedOf) {
+TEST_F(HotPlugTest, AFileThatIsWrittenInTwoHalvesIsNotComplainedOf) {
     start(groupsText({groupText("A")}));
     testing::internal::CaptureStderr();
     const std::string text = groupsText({groupText("A"), groupText("B")});
@@ -224,7 +224,7 @@ TEST_F(HotPlug, AFileThatIsWrittenInTwoHalvesIsNotComplainedOf) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(HotPlug, AStillOfACameraThatGoesNeverCompletes) {
+TEST_F(HotPlugTest, AStillOfACameraThatGoesNeverCompletes) {
     start(cameraScenario(R"({"capture": {"delayMs": 300}})"));
     const MediaCapture capture = open();
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
@@ -238,7 +238,7 @@ TEST_F(HotPlug, AStillOfACameraThatGoesNeverCompletes) {
     EXPECT_EQ(journal.linesOf("MediaCapture.CapturePhotoToStreamAsync").size(), 1U);
 }
 
-TEST_F(HotPlug, ACameraThatComesBackIsThereAgainForOpenCaptures) {
+TEST_F(HotPlugTest, ACameraThatComesBackIsThereAgainForOpenCaptures) {
     start(cameraScenario());
     const MediaCapture capture = open();
     file.replace(unpluggedScenario());
@@ -250,7 +250,7 @@ TEST_F(HotPlug, ACameraThatComesBackIsThereAgainForOpenCaptures) {
     EXPECT_EQ(still(capture).width, 32U);
 }
 
-TEST_F(HotPlug, ACameraIsThereAsLongAsASourceOfAnyGroupHasItsDevice) {
+TEST_F(HotPlugTest, ACameraIsThereAsLongAsASourceOfAnyGroupHasItsDevice) {
     start(cameraScenario());
     const MediaCapture capture = open();
     file.replace(R"({"groups": [{"id": "other", "sources": [{"id": "S", "device": {"id": "D"}}]}]})");
@@ -258,7 +258,7 @@ TEST_F(HotPlug, ACameraIsThereAsLongAsASourceOfAnyGroupHasItsDevice) {
     EXPECT_FALSE(outcomeOf([&] { capture->VideoDeviceController(); }).raised);
 }
 
-TEST_F(HotPlug, AChangeIsTakenOverByOpenCaptures) {
+TEST_F(HotPlugTest, AChangeIsTakenOverByOpenCaptures) {
     start(cameraScenario());
     const MediaCapture capture = open();
     EXPECT_FALSE(capture->VideoDeviceController()->Focus()->Capabilities().Supported);
@@ -266,7 +266,7 @@ TEST_F(HotPlug, AChangeIsTakenOverByOpenCaptures) {
     EXPECT_TRUE(waitUntil([&] { return capture->VideoDeviceController()->Focus()->Capabilities().Supported; }));
 }
 
-TEST_F(HotPlug, AControlKeepsItsValueUnlessItsObjectChanged) {
+TEST_F(HotPlugTest, AControlKeepsItsValueUnlessItsObjectChanged) {
     const std::string focus = R"("focus": {"supported": true, "max": 9, "value": 1})";
     const std::string other = R"("contrast": {"supported": true, "max": 9, "value": )";
     start(cameraScenario("{" + focus + ", " + other + "1}}"));
@@ -284,7 +284,7 @@ TEST_F(HotPlug, AControlKeepsItsValueUnlessItsObjectChanged) {
     EXPECT_EQ(valueOf(controller->Focus()), 7);
 }
 
-TEST_F(HotPlug, ANewerControlKeepsItsValueUnlessItsObjectChanged) {
+TEST_F(HotPlugTest, ANewerControlKeepsItsValueUnlessItsObjectChanged) {
     const auto scenario = [](const std::string& first, const std::string& speed, const std::string& mark) {
         return cameraScenario(R"({"focusControl": {"supported": true, "preset": )" + first +
                               R"(}, "whiteBalanceControl": {"supported": true, "preset": )" + first +
@@ -313,7 +313,7 @@ TEST_F(HotPlug, ANewerControlKeepsItsValueUnlessItsObjectChanged) {
     EXPECT_TRUE(waitUntil([&] { return values() == std::vector<std::int64_t>{4, 4, 300, 300000}; }));
 }
 
-TEST_F(HotPlug, FaultCountersStartAgain) {
+TEST_F(HotPlugTest, FaultCountersStartAgain) {
     const auto scenario = [](int times) {
         return cameraScenario(R"({"faults": {"MediaCapture.FrameSources": {"times": )" + std::to_string(times) + "}}}");
     };
@@ -327,7 +327,7 @@ TEST_F(HotPlug, FaultCountersStartAgain) {
     EXPECT_FALSE(raises());
 }
 
-TEST_F(HotPlug, AnotherJournalIsTakenOver) {
+TEST_F(HotPlugTest, AnotherJournalIsTakenOver) {
     start(cameraScenario());
     group();
     ASSERT_FALSE(journal.lines().empty());
@@ -342,7 +342,7 @@ TEST_F(HotPlug, AnotherJournalIsTakenOver) {
     EXPECT_EQ(journal.lines().size(), before);
 }
 
-TEST_F(HotPlug, ThePlatformMayBeReleasedInItsOwnHandler) {
+TEST_F(HotPlugTest, ThePlatformMayBeReleasedInItsOwnHandler) {
     start(groupsText({groupText("A")}));
     std::atomic<bool> released = false;
     {
@@ -359,7 +359,7 @@ TEST_F(HotPlug, ThePlatformMayBeReleasedInItsOwnHandler) {
     }
 }
 
-TEST_F(HotPlug, AHandlerThatRunsWhenThePlatformEndsGoesOn) {
+TEST_F(HotPlugTest, AHandlerThatRunsWhenThePlatformEndsGoesOn) {
     start(groupsText({groupText("A")}));
     std::atomic<bool> running = false;
     std::atomic<bool> opened = false;

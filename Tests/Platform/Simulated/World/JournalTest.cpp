@@ -13,7 +13,7 @@ using namespace Platform;
 
 namespace {
 
-class Journal : public SimulatedFixture {
+class JournalTest : public SimulatedFixture {
 protected:
     JournalLine last() { return journal.lines().back(); }
     static Json::Value json(const std::string& text) {
@@ -38,7 +38,7 @@ protected:
     }
 };
 
-TEST_F(Journal, ASynchronousCallHasOneLineWithItsResult) {
+TEST_F(JournalTest, ASynchronousCallHasOneLineWithItsResult) {
     start(cameraScenario(
         R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1, "refuse": ["TryGetAuto"]}})"));
     const MediaCapture capture = open();
@@ -64,7 +64,7 @@ TEST_F(Journal, ASynchronousCallHasOneLineWithItsResult) {
                            "result": {"Supported": true, "AutoModeSupported": true, "Min": -13.0, "Max": 0.0, "Step": 1.0}})");
 }
 
-TEST_F(Journal, EachOlderControlHasItsName) {
+TEST_F(JournalTest, EachOlderControlHasItsName) {
     start(cameraScenario());
     const MediaCapture capture = open();
     const auto controller = capture->VideoDeviceController();
@@ -79,7 +79,7 @@ TEST_F(Journal, EachOlderControlHasItsName) {
     EXPECT_EQ(nameOf(controller->Contrast()), "Contrast");
 }
 
-TEST_F(Journal, NotANumberIsText) {
+TEST_F(JournalTest, NotANumberIsText) {
     start(cameraScenario(R"({"exposure": {"supported": true, "max": 1}})"));
     const MediaCapture capture = open();
     const auto control = capture->VideoDeviceController()->Exposure();
@@ -90,14 +90,14 @@ TEST_F(Journal, NotANumberIsText) {
     EXPECT_EQ(last().json["args"], json(R"(["-inf"])"));
 }
 
-TEST_F(Journal, AFailedSynchronousCallHasItsCode) {
+TEST_F(JournalTest, AFailedSynchronousCallHasItsCode) {
     start(cameraScenario());
     outcomeOf([&] { platform->CreateMediaCapture()->FrameSources(); });
     expectLine(last(), R"({"call": "MediaCapture.FrameSources", "error": )" +
                            std::to_string(winrt::result::illegalMethodCall) + "}");
 }
 
-TEST_F(Journal, AnAsynchronousCallHasALineAtItsBeginAndOneAtItsEnd) {
+TEST_F(JournalTest, AnAsynchronousCallHasALineAtItsBeginAndOneAtItsEnd) {
     start(cameraScenario());
     const auto first = group();
     expectLastTwo(R"({"call": "MediaFrameSourceGroup.FindAllAsync"})",
@@ -109,7 +109,7 @@ TEST_F(Journal, AnAsynchronousCallHasALineAtItsBeginAndOneAtItsEnd) {
         R"({"device": "D", "call": "MediaCapture.InitializeAsync", "args": ["G", 1, 2], "ended": true, "result": null})");
 }
 
-TEST_F(Journal, AFailedAsynchronousCallHasItsCodeAtItsEnd) {
+TEST_F(JournalTest, AFailedAsynchronousCallHasItsCodeAtItsEnd) {
     start(cameraScenario());
     outcomeOf([&] { blockingWait(platform->FromIdAsync(u"none")); });
     expectLastTwo(R"({"call": "MediaFrameSourceGroup.FromIdAsync", "args": ["none"]})",
@@ -117,7 +117,7 @@ TEST_F(Journal, AFailedAsynchronousCallHasItsCodeAtItsEnd) {
                       std::to_string(winrt::result::notFound) + "}");
 }
 
-TEST_F(Journal, ArgumentsAreThoseOfTheCall) {
+TEST_F(JournalTest, ArgumentsAreThoseOfTheCall) {
     start(cameraScenario(R"({"focusControl": {"supported": true}, "whiteBalanceControl": {"supported": true},
         "exposureControl": {"supported": true}, "isoSpeedControl": {"supported": true}})"));
     const MediaCapture capture = open();
@@ -146,7 +146,7 @@ TEST_F(Journal, ArgumentsAreThoseOfTheCall) {
     EXPECT_EQ(argumentsOf("DeviceInformation.CreateFromIdAsync"), json(R"(["n", 3, ["P", "Q"]])"));
 }
 
-TEST_F(Journal, ACaptureStandsInItCallByCall) {
+TEST_F(JournalTest, ACaptureStandsInItCallByCall) {
     start(cameraScenario());
     MediaCapture capture = open();
     const auto reader = blockingWait(capture->CreateFrameReaderAsync(capture->FrameSources().Lookup(u"S")));
@@ -170,13 +170,13 @@ TEST_F(Journal, ACaptureStandsInItCallByCall) {
     EXPECT_TRUE(journal.linesOf("MediaCapture.Close")[0].hasResult());
 }
 
-TEST_F(Journal, ReleasingACaptureWithoutCloseStandsInNoLine) {
+TEST_F(JournalTest, ReleasingACaptureWithoutCloseStandsInNoLine) {
     start(cameraScenario());
     open().reset();
     EXPECT_TRUE(journal.linesOf("MediaCapture.Close").empty());
 }
 
-TEST_F(Journal, TheWatcherStandsInIt) {
+TEST_F(JournalTest, TheWatcherStandsInIt) {
     start(cameraScenario());
     const auto watcher = platform->CreateWatcher(platform->GetDeviceSelector());
     watcher->Start();
@@ -187,7 +187,7 @@ TEST_F(Journal, TheWatcherStandsInIt) {
     expectLine(journal.linesOf("DeviceWatcher.Added")[0], R"({"device": "G", "call": "DeviceWatcher.Added"})");
 }
 
-TEST_F(Journal, TimesAreSecondsOfTheSteadyClockInOrder) {
+TEST_F(JournalTest, TimesAreSecondsOfTheSteadyClockInOrder) {
     const auto now = [] {
         return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
     };
@@ -203,7 +203,7 @@ TEST_F(Journal, TimesAreSecondsOfTheSteadyClockInOrder) {
     EXPECT_LE(previous, now() + 1e-5);
 }
 
-TEST_F(Journal, ThreadsAreToldApart) {
+TEST_F(JournalTest, ThreadsAreToldApart) {
     start(cameraScenario());
     group();
     std::string other;
@@ -216,14 +216,14 @@ TEST_F(Journal, ThreadsAreToldApart) {
     EXPECT_EQ(last().json["thread"], journal.lines().front().json["thread"]);
 }
 
-TEST_F(Journal, AnExistingFileIsAppendedTo) {
+TEST_F(JournalTest, AnExistingFileIsAppendedTo) {
     ScenarioFile::writeFile(file.journal(), "{\"call\": \"earlier\"}\n");
     start(cameraScenario());
     group();
     EXPECT_EQ(journal.calls(), (std::vector<std::string>{"earlier", "MediaFrameSourceGroup.FindAllAsync"}));
 }
 
-TEST_F(Journal, LinesHaveTheFormOfTheContract) {
+TEST_F(JournalTest, LinesHaveTheFormOfTheContract) {
     start(cameraScenario(R"({"exposure": {"supported": true, "min": -13, "max": 0, "step": 1}})"));
     const MediaCapture capture = open();
     capture->VideoDeviceController()->Exposure()->TrySetValue(-4);

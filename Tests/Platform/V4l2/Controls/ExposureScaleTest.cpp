@@ -8,7 +8,7 @@
 namespace Platform::V4l2 {
 namespace {
 
-TEST(ExposureScale, OneSecondIsTenThousandUnits) {
+TEST(ExposureScaleTest, OneSecondIsTenThousandUnits) {
     EXPECT_DOUBLE_EQ(ExposureScale::exponentOf(10'000), 0.0);
     EXPECT_DOUBLE_EQ(ExposureScale::exponentOf(625), -4.0);
     EXPECT_DOUBLE_EQ(ExposureScale::exponentOf(20'000), 1.0);
@@ -16,19 +16,19 @@ TEST(ExposureScale, OneSecondIsTenThousandUnits) {
     EXPECT_DOUBLE_EQ(ExposureScale::unitsOf(0.0), 10'000.0);
 }
 
-TEST(ExposureScale, AnExposureOfNothingIsTheShortestThatTheUnitHas) {
+TEST(ExposureScaleTest, AnExposureOfNothingIsTheShortestThatTheUnitHas) {
     EXPECT_DOUBLE_EQ(ExposureScale::exponentOf(0), ExposureScale::exponentOf(1));
     EXPECT_DOUBLE_EQ(ExposureScale::exponentOf(-7), ExposureScale::exponentOf(1));
 }
 
-TEST(ExposureScale, TheGridHasTheWholeStopsWithinTheRange) {
+TEST(ExposureScaleTest, TheGridHasTheWholeStopsWithinTheRange) {
     const auto grid = ExposureScale::grid({3, 2047, 1});
     EXPECT_EQ(grid.Min, -11.0); // 244 us are 2 units, too short; 488 us are 5
     EXPECT_EQ(grid.Max, -3.0);  // 250 ms are 2500 units, too long
     EXPECT_EQ(grid.Step, 1.0);
 }
 
-TEST(ExposureScale, EachStopOfAGridReadsBackAsItself) {
+TEST(ExposureScaleTest, EachStopOfAGridReadsBackAsItself) {
     for (const IntegerRange& range :
          {IntegerRange{3, 2047, 1}, IntegerRange{1, 10'000, 1}, IntegerRange{1, 5000, 1}, IntegerRange{5, 20'000, 1},
           IntegerRange{78, 10'000, 1}, IntegerRange{0, 1'000'000'000, 1}, IntegerRange{156, 156, 1},
@@ -43,7 +43,7 @@ TEST(ExposureScale, EachStopOfAGridReadsBackAsItself) {
     }
 }
 
-TEST(ExposureScale, TheUsualRangesOfUsbCameras) {
+TEST(ExposureScaleTest, TheUsualRangesOfUsbCameras) {
     const auto second = ExposureScale::grid({1, 10'000, 1});
     EXPECT_EQ(second.Min, -13.0);
     EXPECT_EQ(second.Max, 0.0);
@@ -51,21 +51,21 @@ TEST(ExposureScale, TheUsualRangesOfUsbCameras) {
     EXPECT_EQ(half.Max, -1.0);
 }
 
-TEST(ExposureScale, ASingleValueCannotBeChanged) {
+TEST(ExposureScaleTest, ASingleValueCannotBeChanged) {
     const auto grid = ExposureScale::grid({156, 156, 1});
     EXPECT_EQ(grid.Min, -6.0);
     EXPECT_EQ(grid.Max, -6.0);
     EXPECT_EQ(grid.Step, 0.0);
 }
 
-TEST(ExposureScale, ARangeBetweenTwoStopsCannotBeChanged) {
+TEST(ExposureScaleTest, ARangeBetweenTwoStopsCannotBeChanged) {
     const auto grid = ExposureScale::grid({400, 430, 1});
     EXPECT_EQ(grid.Min, -5.0);
     EXPECT_EQ(grid.Max, -5.0);
     EXPECT_EQ(grid.Step, 0.0);
 }
 
-TEST(IntegerRange, TheNearestValueIsOnTheGridAndWithinTheRange) {
+TEST(IntegerRangeTest, TheNearestValueIsOnTheGridAndWithinTheRange) {
     const IntegerRange range{10, 33, 5};
     EXPECT_EQ(range.nearest(12.4), 10);
     EXPECT_EQ(range.nearest(12.5), 15);

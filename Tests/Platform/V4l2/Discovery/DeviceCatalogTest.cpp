@@ -9,7 +9,7 @@
 namespace Platform::V4l2 {
 namespace {
 
-class V4l2DeviceCatalogTest : public testing::Test {
+class DeviceCatalogTest : public testing::Test {
 protected:
     void add(const VideoNode& node, const FakeDevice& device = usbCamera()) {
         driver->plug(node.devicePath, device);
@@ -34,9 +34,9 @@ protected:
     DeviceCatalog catalog{driver, lister, std::make_shared<Shared::WorkerPool>(), std::chrono::milliseconds(300)};
 };
 
-TEST_F(V4l2DeviceCatalogTest, NoDevicesAreNoCameras) { EXPECT_TRUE(catalog.groups().empty()); }
+TEST_F(DeviceCatalogTest, NoDevicesAreNoCameras) { EXPECT_TRUE(catalog.groups().empty()); }
 
-TEST_F(V4l2DeviceCatalogTest, ACamerasMetadataNodeIsNoSource) {
+TEST_F(DeviceCatalogTest, ACamerasMetadataNodeIsNoSource) {
     FakeDevice metadata = usbCamera();
     metadata.capabilities = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING;
     add(sibling(usbNode(0), 1, "00", "1"), metadata); // comes first
@@ -51,7 +51,7 @@ TEST_F(V4l2DeviceCatalogTest, ACamerasMetadataNodeIsNoSource) {
     EXPECT_EQ(groups[0]->model, u"Model 5");
 }
 
-TEST_F(V4l2DeviceCatalogTest, TheNodesOfOneDeviceAreOneGroupNamedAfterTheColourNode) {
+TEST_F(DeviceCatalogTest, TheNodesOfOneDeviceAreOneGroupNamedAfterTheColourNode) {
     add(usbNode(0), withFormat(V4L2_PIX_FMT_GREY));
     add(sibling(usbNode(0), 2, "02", "0"), withFormat(V4L2_PIX_FMT_YUYV));
     add(sibling(usbNode(0), 3, "04", "0"), withFormat(V4L2_PIX_FMT_Z16));
@@ -66,7 +66,7 @@ TEST_F(V4l2DeviceCatalogTest, TheNodesOfOneDeviceAreOneGroupNamedAfterTheColourN
     EXPECT_EQ(groups[0]->id, u"usb-Maker_Ltd_Model_5_1234-if02-video-index0");
 }
 
-TEST_F(V4l2DeviceCatalogTest, TwoDevicesOfOneParentOutsideUsbAreTwoGroups) {
+TEST_F(DeviceCatalogTest, TwoDevicesOfOneParentOutsideUsbAreTwoGroups) {
     for (const int number : {0, 1}) {
         VideoNode node;
         node.systemPath = "/sys/devices/platform/vivid.0/video4linux/video" + std::to_string(number);
@@ -85,7 +85,7 @@ TEST_F(V4l2DeviceCatalogTest, TwoDevicesOfOneParentOutsideUsbAreTwoGroups) {
     EXPECT_NE(groups[0]->container, groups[1]->container);
 }
 
-TEST_F(V4l2DeviceCatalogTest, CamerasWithOneSerialNumberDifferAndKeepTheirIds) {
+TEST_F(DeviceCatalogTest, CamerasWithOneSerialNumberDifferAndKeepTheirIds) {
     add(usbNode(3, "0001"));
     const auto first = catalog.groups().at(0)->id;
     EXPECT_EQ(first, u"usb-Maker_Ltd_Model_5_0001-if00-video-index0");
@@ -96,22 +96,22 @@ TEST_F(V4l2DeviceCatalogTest, CamerasWithOneSerialNumberDifferAndKeepTheirIds) {
     EXPECT_EQ(groups[1]->id, first);
 }
 
-TEST_F(V4l2DeviceCatalogTest, EachNodeIsOpenedOnce) {
+TEST_F(DeviceCatalogTest, EachNodeIsOpenedOnce) {
     add(usbNode(0));
     catalog.groups();
     catalog.groups();
-    EXPECT_EQ(driver->calls(OpenCall), 1u);
+    EXPECT_EQ(driver->calls(openCall), 1u);
     EXPECT_EQ(driver->openDescriptors(), 0u);
     VideoNode again = usbNode(0);
     again.usb->session = "1.9";
     lister->replace(again);
     catalog.groups();
-    EXPECT_EQ(driver->calls(OpenCall), 2u);
+    EXPECT_EQ(driver->calls(openCall), 2u);
 }
 
-TEST_F(V4l2DeviceCatalogTest, ACameraThatCannotBeOpenedIsTriedAgain) {
+TEST_F(DeviceCatalogTest, ACameraThatCannotBeOpenedIsTriedAgain) {
     add(usbNode(0));
-    driver->failOn(OpenCall, EACCES, 0, 1);
+    driver->failOn(openCall, EACCES, 0, 1);
     auto groups = catalog.groups();
     ASSERT_EQ(groups.size(), 1u);
     EXPECT_TRUE(groups[0]->sources.empty());
@@ -122,7 +122,7 @@ TEST_F(V4l2DeviceCatalogTest, ACameraThatCannotBeOpenedIsTriedAgain) {
     EXPECT_EQ(groups[0]->sources.size(), 1u);
 }
 
-TEST_F(V4l2DeviceCatalogTest, ADriverThatNeverAnswersCostsTheLimitOnce) {
+TEST_F(DeviceCatalogTest, ADriverThatNeverAnswersCostsTheLimitOnce) {
     add(usbNode(0));
     driver->blockOn(VIDIOC_QUERYCAP);
     const auto begin = std::chrono::steady_clock::now();
@@ -132,12 +132,12 @@ TEST_F(V4l2DeviceCatalogTest, ADriverThatNeverAnswersCostsTheLimitOnce) {
     ASSERT_TRUE(groups[0]->error);
     EXPECT_EQ(groups[0]->error->code(), winrt::result::timeout);
     EXPECT_TRUE(catalog.groups()[0]->error);
-    EXPECT_EQ(driver->calls(OpenCall), 1u);
+    EXPECT_EQ(driver->calls(openCall), 1u);
     driver->release();
     EXPECT_TRUE(comesTrue([this] { return driver->openDescriptors() == 0; }));
 }
 
-TEST_F(V4l2DeviceCatalogTest, ANodeThatGoesWhileItIsLookedAtIsNoCamera) {
+TEST_F(DeviceCatalogTest, ANodeThatGoesWhileItIsLookedAtIsNoCamera) {
     add(usbNode(0));
     driver->unplug("/dev/video0");
     EXPECT_TRUE(catalog.groups().empty());

@@ -7,7 +7,7 @@
 namespace Platform::V4l2 {
 namespace {
 
-TEST(V4l2DeviceIdentity, ASerialNumberFollowsTheCameraFromPortToPort) {
+TEST(DeviceIdentityTest, ASerialNumberFollowsTheCameraFromPortToPort) {
     VideoNode node = usbNode(2, "A1B2");
     EXPECT_EQ(deviceIdOf(node), "usb-Maker_Ltd_Model_5_A1B2-if00-video-index0");
     VideoNode moved = usbNode(4, "A1B2");
@@ -15,7 +15,7 @@ TEST(V4l2DeviceIdentity, ASerialNumberFollowsTheCameraFromPortToPort) {
     EXPECT_NE(deviceIdOf(usbNode(2, "A1B3")), deviceIdOf(node));
 }
 
-TEST(V4l2DeviceIdentity, WithoutASerialNumberThePortTellsCamerasApart) {
+TEST(DeviceIdentityTest, WithoutASerialNumberThePortTellsCamerasApart) {
     const VideoNode node = usbNode(2, "");
     EXPECT_EQ(deviceIdOf(node), "usb-Maker_Ltd_Model_5-at-pci-0000:00:14.0-usb-0:2-if00-video-index0");
     EXPECT_NE(deviceIdOf(usbNode(3, "")), deviceIdOf(node));
@@ -25,19 +25,19 @@ TEST(V4l2DeviceIdentity, WithoutASerialNumberThePortTellsCamerasApart) {
     EXPECT_EQ(deviceIdOf(again), deviceIdOf(node));
 }
 
-TEST(V4l2DeviceIdentity, NumbersStandForTextsThatAreMissing) {
+TEST(DeviceIdentityTest, NumbersStandForTextsThatAreMissing) {
     VideoNode node = usbNode(2, "");
     node.usb->manufacturer = "";
     node.usb->product = "";
     EXPECT_EQ(deviceIdOf(node), "usb-046d_0825-at-pci-0000:00:14.0-usb-0:2-if00-video-index0");
 }
 
-TEST(V4l2DeviceIdentity, WhatIsNotReadableIsReplaced) {
+TEST(DeviceIdentityTest, WhatIsNotReadableIsReplaced) {
     VideoNode node = usbNode(2, "x/y\xFF");
     EXPECT_EQ(deviceIdOf(node), "usb-Maker_Ltd_Model_5_x_y_-if00-video-index0");
 }
 
-TEST(V4l2DeviceIdentity, OutsideUsbThePlaceAndTheNameOfTheNodeTell) {
+TEST(DeviceIdentityTest, OutsideUsbThePlaceAndTheNameOfTheNodeTell) {
     VideoNode node;
     node.place = "platform-vivid.0";
     node.name = "vivid-000-vid-cap";
@@ -45,7 +45,7 @@ TEST(V4l2DeviceIdentity, OutsideUsbThePlaceAndTheNameOfTheNodeTell) {
     EXPECT_EQ(deviceIdOf(node), "platform-vivid.0-vivid-000-vid-cap-video-index0");
 }
 
-TEST(V4l2DeviceIdentity, MakerAndModelComeFromTheDeviceThenFromTheDatabaseThenFromTheDriver) {
+TEST(DeviceIdentityTest, MakerAndModelComeFromTheDeviceThenFromTheDatabaseThenFromTheDriver) {
     VideoNode node = usbNode(1);
     node.databaseVendor = "Database Vendor";
     node.databaseModel = "Database Model";
@@ -64,7 +64,7 @@ TEST(V4l2DeviceIdentity, MakerAndModelComeFromTheDeviceThenFromTheDatabaseThenFr
     EXPECT_EQ(modelOf(node), "Fake Camera: Fake");
 }
 
-TEST(V4l2DeviceIdentity, TheGuidDependsOnTheTextAlone) {
+TEST(DeviceIdentityTest, TheGuidDependsOnTheTextAlone) {
     EXPECT_EQ(hashedGuid("a"), hashedGuid("a"));
     EXPECT_NE(hashedGuid("a"), hashedGuid("b"));
     EXPECT_EQ(hashedGuid("a").Data3 >> 12, 8);

@@ -8,14 +8,14 @@
 namespace Platform::V4l2 {
 namespace {
 
-constexpr const char* Path = "/dev/video0";
+constexpr const char* videoPath = "/dev/video0";
 
 /// A driver of which a test answers single requests itself.
 class AnsweringDriver final : public SystemCalls {
 public:
     using Answer = std::function<int(void*)>; // 0 or the error number
 
-    AnsweringDriver() { driver.plug(Path, usbCamera()); }
+    AnsweringDriver() { driver.plug(videoPath, usbCamera()); }
 
     int open(const char* path, int flags) override { return driver.open(path, flags); }
     int close(int descriptor) override { return driver.close(descriptor); }
@@ -38,10 +38,10 @@ public:
     std::map<unsigned long, Answer> answers;
 };
 
-class V4l2FormatListTest : public testing::Test {
+class FormatListTest : public testing::Test {
 protected:
     std::vector<std::string> list() {
-        DeviceNode node(driver, Path);
+        DeviceNode node(driver, videoPath);
         std::vector<std::string> texts;
         for (const StreamFormat& format : listFormats(node, V4L2_BUF_TYPE_VIDEO_CAPTURE).formats)
             texts.push_back(pixelFormatName(format.pixelFormat->code) + " " + std::to_string(format.width) + "x" +
@@ -51,7 +51,7 @@ protected:
     void useOnly(std::uint32_t code) {
         FakeDevice device = usbCamera();
         device.formats = {{code, {{640, 480, {{1, 30}}}}}};
-        driver->driver.plug(Path, device);
+        driver->driver.plug(videoPath, device);
     }
     void answerSizes(std::uint32_t type, const v4l2_frmsize_stepwise& range) {
         driver->answers[VIDIOC_ENUM_FRAMESIZES] = [=](void* argument) {
@@ -79,11 +79,11 @@ protected:
 
 using Texts = std::vector<std::string>;
 
-TEST_F(V4l2FormatListTest, DiscreteListsAreTakenAsTheyAreWithThePreferredFormatsLast) {
+TEST_F(FormatListTest, DiscreteListsAreTakenAsTheyAreWithThePreferredFormatsLast) {
     EXPECT_EQ(list(), (Texts{"MJPG 32x16 @ 30.00", "YUYV 16x8 @ 30.00", "YUYV 16x8 @ 15.00", "YUYV 32x16 @ 10.00"}));
 }
 
-TEST_F(V4l2FormatListTest, SteppedSizesGiveTheCommonOnesAndTheLargest) {
+TEST_F(FormatListTest, SteppedSizesGiveTheCommonOnesAndTheLargest) {
     useOnly(V4L2_PIX_FMT_YUYV);
     answerSizes(V4L2_FRMSIZE_TYPE_STEPWISE, {320, 1304, 8, 240, 1000, 2});
     EXPECT_EQ(list(),
@@ -91,19 +91,19 @@ TEST_F(V4l2FormatListTest, SteppedSizesGiveTheCommonOnesAndTheLargest) {
                      "YUYV 1280x720 @ 30.00", "YUYV 1280x960 @ 30.00", "YUYV 1304x1000 @ 30.00"}));
 }
 
-TEST_F(V4l2FormatListTest, ContinuousSizesListTheLargestOnce) {
+TEST_F(FormatListTest, ContinuousSizesListTheLargestOnce) {
     useOnly(V4L2_PIX_FMT_YUYV);
     answerSizes(V4L2_FRMSIZE_TYPE_CONTINUOUS, {640, 800, 1, 480, 600, 1});
     EXPECT_EQ(list(), (Texts{"YUYV 640x480 @ 30.00", "YUYV 800x600 @ 30.00"}));
 }
 
-TEST_F(V4l2FormatListTest, TheLargestSizeIsOnTheGrid) {
+TEST_F(FormatListTest, TheLargestSizeIsOnTheGrid) {
     useOnly(V4L2_PIX_FMT_YUYV);
     answerSizes(V4L2_FRMSIZE_TYPE_STEPWISE, {32, 1311, 16, 32, 999, 0});
     EXPECT_EQ(list().back(), "YUYV 1296x999 @ 30.00");
 }
 
-TEST_F(V4l2FormatListTest, SizesThatNoPictureCanHaveAreLeftOut) {
+TEST_F(FormatListTest, SizesThatNoPictureCanHaveAreLeftOut) {
     useOnly(V4L2_PIX_FMT_YUYV);
     for (const v4l2_frmsize_stepwise& range : {v4l2_frmsize_stepwise{640, 0xFFFF'FFFF, 640, 480, 0xFFFF'FFFF, 480},
                                                v4l2_frmsize_stepwise{640, 16'640, 640, 480, 16'320, 480}}) {
@@ -114,7 +114,7 @@ TEST_F(V4l2FormatListTest, SizesThatNoPictureCanHaveAreLeftOut) {
     EXPECT_TRUE(list().empty());
 }
 
-TEST_F(V4l2FormatListTest, RangesOfRatesGiveTheCommonOnesAndBothEnds) {
+TEST_F(FormatListTest, RangesOfRatesGiveTheCommonOnesAndBothEnds) {
     useOnly(V4L2_PIX_FMT_YUYV);
     for (const std::uint32_t type : {V4L2_FRMIVAL_TYPE_STEPWISE, V4L2_FRMIVAL_TYPE_CONTINUOUS}) {
         answerIntervals(type, {{1, 24}, {1, 8}, {1, 1000}});
@@ -123,14 +123,14 @@ TEST_F(V4l2FormatListTest, RangesOfRatesGiveTheCommonOnesAndBothEnds) {
     }
 }
 
-TEST_F(V4l2FormatListTest, ADriverWithoutListsHasTheSizeThatItIsSetTo) {
+TEST_F(FormatListTest, ADriverWithoutListsHasTheSizeThatItIsSetTo) {
     useOnly(V4L2_PIX_FMT_YUYV);
     driver->answers[VIDIOC_ENUM_FRAMESIZES] = [](void*) { return ENOTTY; };
     driver->answers[VIDIOC_ENUM_FRAMEINTERVALS] = [](void*) { return ENOTTY; };
     EXPECT_EQ(list(), (Texts{"YUYV 640x480 @ 30.00"}));
 }
 
-TEST_F(V4l2FormatListTest, RatesThatMakeNoSenseAreLeftOut) {
+TEST_F(FormatListTest, RatesThatMakeNoSenseAreLeftOut) {
     useOnly(V4L2_PIX_FMT_YUYV);
     answerIntervals(V4L2_FRMIVAL_TYPE_CONTINUOUS, {{0, 1}, {1, 8}, {1, 1000}});
     EXPECT_EQ(list(), (Texts{"YUYV 640x480 @ 30.00"}));
@@ -143,7 +143,7 @@ TEST_F(V4l2FormatListTest, RatesThatMakeNoSenseAreLeftOut) {
     EXPECT_EQ(list(), (Texts{"YUYV 640x480 @ 1.000"}));
 }
 
-TEST_F(V4l2FormatListTest, AListWithoutEndIsCutOff) {
+TEST_F(FormatListTest, AListWithoutEndIsCutOff) {
     driver->answers[VIDIOC_ENUM_FMT] = [](void* argument) {
         static_cast<v4l2_fmtdesc*>(argument)->pixelformat = V4L2_PIX_FMT_H264;
         return 0;
@@ -151,11 +151,11 @@ TEST_F(V4l2FormatListTest, AListWithoutEndIsCutOff) {
     EXPECT_TRUE(list().empty());
 }
 
-class V4l2NodeDescriptionTest : public testing::Test {
+class NodeDescriptionTest : public testing::Test {
 protected:
     std::optional<NodeDescription> describe(const FakeDevice& device) {
-        driver->plug(Path, device);
-        DeviceNode node(driver, Path);
+        driver->plug(videoPath, device);
+        DeviceNode node(driver, videoPath);
         return describeNode(node);
     }
     MediaFrameSourceKind kindWith(const std::vector<std::uint32_t>& codes) {
@@ -169,7 +169,7 @@ protected:
     const std::shared_ptr<FakeDriver> driver = std::make_shared<FakeDriver>();
 };
 
-TEST_F(V4l2NodeDescriptionTest, ACapturingNodeOfEitherInterfaceIsACamera) {
+TEST_F(NodeDescriptionTest, ACapturingNodeOfEitherInterfaceIsACamera) {
     const auto single = describe(usbCamera());
     ASSERT_TRUE(single);
     EXPECT_EQ(single->driver, "uvcvideo");
@@ -184,7 +184,7 @@ TEST_F(V4l2NodeDescriptionTest, ACapturingNodeOfEitherInterfaceIsACamera) {
     EXPECT_TRUE(describe(device)->isMultiPlanar());
 }
 
-TEST_F(V4l2NodeDescriptionTest, OtherNodesAreNone) {
+TEST_F(NodeDescriptionTest, OtherNodesAreNone) {
     for (const std::uint32_t capabilities :
          {V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING, V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_STREAMING,
           V4L2_CAP_VIDEO_OUTPUT_MPLANE | V4L2_CAP_STREAMING, V4L2_CAP_VIDEO_M2M | V4L2_CAP_STREAMING,
@@ -199,7 +199,7 @@ TEST_F(V4l2NodeDescriptionTest, OtherNodesAreNone) {
     }
 }
 
-TEST_F(V4l2NodeDescriptionTest, TheKindFollowsFromAllFormats) {
+TEST_F(NodeDescriptionTest, TheKindFollowsFromAllFormats) {
     EXPECT_EQ(kindWith({V4L2_PIX_FMT_GREY}), MediaFrameSourceKind::Infrared);
     EXPECT_EQ(kindWith({V4L2_PIX_FMT_GREY, V4L2_PIX_FMT_Y16}), MediaFrameSourceKind::Infrared);
     EXPECT_EQ(kindWith({V4L2_PIX_FMT_Z16}), MediaFrameSourceKind::Depth);
@@ -209,13 +209,13 @@ TEST_F(V4l2NodeDescriptionTest, TheKindFollowsFromAllFormats) {
     EXPECT_EQ(kindWith({}), MediaFrameSourceKind::Custom);
 }
 
-TEST(V4l2PixelFormats, HaveTheirCodesAsNames) {
+TEST(PixelFormatsTest, HaveTheirCodesAsNames) {
     EXPECT_EQ(pixelFormatName(V4L2_PIX_FMT_NV12), "NV12");
     EXPECT_EQ(pixelFormatName(v4l2_fourcc('Y', '4', ' ', ' ')), "Y4");
     EXPECT_EQ(pixelFormatName(v4l2_fourcc(1, 'A', 'B', 'C')), "?ABC");
 }
 
-TEST(V4l2PixelFormats, ByteOrdersAreTheKernels) {
+TEST(PixelFormatsTest, ByteOrdersAreTheKernels) {
     const auto formatOf = [](std::uint32_t code) { return findPixelFormat(code)->format; };
     using Imaging::FrameFormat;
     EXPECT_EQ(formatOf(V4L2_PIX_FMT_RGB24), FrameFormat::Rgb24);

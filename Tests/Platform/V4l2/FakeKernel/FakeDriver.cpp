@@ -202,7 +202,7 @@ int FakeDriver::injected(unsigned long request) {
 
 int FakeDriver::open(const char* path, int) {
     std::lock_guard lock(_mutex);
-    const int error = injected(OpenCall);
+    const int error = injected(openCall);
     const auto node = find(path);
     if (error != 0 || !node) {
         errno = error != 0 ? error : ENOENT;
@@ -304,7 +304,7 @@ int FakeDriver::dispatch(FakeNode& node, int descriptor, unsigned long request, 
 void* FakeDriver::mmap(std::size_t length, int, int, int descriptor, off_t offset) {
     std::lock_guard lock(_mutex);
     const auto found = _open.find(descriptor);
-    int error = injected(MapCall);
+    int error = injected(mapCall);
     const std::size_t index = static_cast<std::size_t>(offset) / 4096 / 8;
     const std::size_t plane = static_cast<std::size_t>(offset) / 4096 % 8;
     if (error == 0 && found == _open.end())
@@ -350,7 +350,7 @@ int FakeDriver::poll(pollfd* descriptors, nfds_t count, int timeoutInMs) {
     if (ready < 0)
         return ready;
     std::lock_guard lock(_mutex);
-    ++_calls[PollCall];
+    ++_calls[pollCall];
     for (nfds_t i = 0; i < count; ++i) {
         const auto found = _open.find(descriptors[i].fd);
         if (found == _open.end())

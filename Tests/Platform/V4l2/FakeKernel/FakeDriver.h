@@ -13,9 +13,9 @@
 namespace Platform::V4l2 {
 
 /// Stands for calls that have no request of their own.
-constexpr unsigned long OpenCall = 1;
-constexpr unsigned long MapCall = 2;
-constexpr unsigned long PollCall = 3;
+constexpr unsigned long openCall = 1;
+constexpr unsigned long mapCall = 2;
+constexpr unsigned long pollCall = 3;
 
 /// The kernel's video devices in memory: each call keeps the kernel's contract, returning -1 and setting errno. Any
 /// thread.

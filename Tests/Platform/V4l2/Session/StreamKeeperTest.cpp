@@ -19,15 +19,15 @@ using State = StreamKeeper::State;
 /// A keeper on the fake driver. Its limits are hours, which pass where the test says so.
 class StreamKeeperTest : public testing::Test {
 protected:
-    static constexpr const char* Path = "/dev/video0";
-    static constexpr std::size_t Buffers = 4;
+    static constexpr const char* videoPath = "/dev/video0";
+    static constexpr std::size_t bufferCount = 4;
 
     void pass(unsigned& frames) {
         keeper.passFrames([&](const Stream&, const Frame&) { ++frames; });
     }
     /// As an endpoint that stalls.
     void letStreamFail() {
-        ASSERT_TRUE(driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
+        ASSERT_TRUE(driver->deliver(videoPath, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}));
         unsigned frames = 0;
         pass(frames);
         ASSERT_EQ(frames, 0U);
@@ -41,12 +41,12 @@ protected:
 
     static std::shared_ptr<FakeDriver> driverOfOneCamera() {
         auto driver = std::make_shared<FakeDriver>();
-        driver->plug(Path, usbCamera());
+        driver->plug(videoPath, usbCamera());
         return driver;
     }
 
     const std::shared_ptr<FakeDriver> driver = driverOfOneCamera();
-    DeviceNode node{driver, Path};
+    DeviceNode node{driver, videoPath};
     const NodeDescription description;
     StreamKeeper keeper{node, description, {hours(1), hours(12), hours(2), hours(5)}};
 };
@@ -56,10 +56,10 @@ TEST_F(StreamKeeperTest, AStreamRunsFromItsStartToItsStop) {
     const TimePoint before = steady_clock::now();
     EXPECT_GE(keeper.start(), before);
     EXPECT_EQ(keeper.state(), State::Running);
-    EXPECT_TRUE(driver->isStreaming(Path));
+    EXPECT_TRUE(driver->isStreaming(videoPath));
     keeper.stop();
     EXPECT_EQ(keeper.state(), State::Stopped);
-    EXPECT_FALSE(driver->isStreaming(Path));
+    EXPECT_FALSE(driver->isStreaming(videoPath));
     EXPECT_EQ(driver->mappings(), 0U);
 }
 
@@ -79,11 +79,11 @@ TEST_F(StreamKeeperTest, AStartThatFailsLeavesTheStateAsItIs) {
 TEST_F(StreamKeeperTest, EachFrameIsShownOnceAndGivenBack) {
     keeper.start();
     for (int i = 0; i < 3; ++i)
-        driver->deliver(Path);
+        driver->deliver(videoPath);
     unsigned frames = 0;
     pass(frames);
     EXPECT_EQ(frames, 3U);
-    EXPECT_EQ(driver->emptyBuffers(Path), Buffers);
+    EXPECT_EQ(driver->emptyBuffers(videoPath), bufferCount);
     pass(frames);
     EXPECT_EQ(frames, 3U);
 }
@@ -92,14 +92,14 @@ TEST_F(StreamKeeperTest, AStreamThatFailsIsStoppedAndStartedAgainWhenItIsTime) {
     keeper.start();
     letStreamFail();
     EXPECT_EQ(keeper.state(), State::WaitingToRestart);
-    EXPECT_FALSE(driver->isStreaming(Path));
+    EXPECT_FALSE(driver->isStreaming(videoPath));
     EXPECT_EQ(timeLeft(), hours(2));
     const TimePoint due = keeper.deadline(false).value();
     EXPECT_EQ(keeper.deadlinePassed(due - minutes(1), false), std::nullopt);
     EXPECT_EQ(keeper.state(), State::WaitingToRestart);
     EXPECT_NE(keeper.deadlinePassed(due, false), std::nullopt);
     EXPECT_EQ(keeper.state(), State::Running);
-    EXPECT_TRUE(driver->isStreaming(Path));
+    EXPECT_TRUE(driver->isStreaming(videoPath));
 }
 
 TEST_F(StreamKeeperTest, ARestartThatFailsIsTriedAgainAfterTheSameTime) {
@@ -126,13 +126,13 @@ TEST_F(StreamKeeperTest, AStreamThatIsStoppedIsNotStartedAgain) {
     keeper.stop();
     EXPECT_EQ(keeper.deadline(true), std::nullopt);
     EXPECT_EQ(keeper.deadlinePassed(steady_clock::now() + hours(100), true), std::nullopt);
-    EXPECT_FALSE(driver->isStreaming(Path));
+    EXPECT_FALSE(driver->isStreaming(videoPath));
 }
 
 TEST_F(StreamKeeperTest, TheFailureOfAVisitorEndsTheStreamForNow) {
     keeper.start();
-    driver->deliver(Path);
-    keeper.passFrames([](const Stream&, const Frame&) { throw closedError("look", Path); });
+    driver->deliver(videoPath);
+    keeper.passFrames([](const Stream&, const Frame&) { throw closedError("look", videoPath); });
     EXPECT_EQ(keeper.state(), State::WaitingToRestart);
 }
 
@@ -161,7 +161,7 @@ TEST_F(StreamKeeperTest, ASilentStreamIsStartedAnewWithTwiceThePatienceEachTimeU
 TEST_F(StreamKeeperTest, TheSilenceBeginsWithTheLatestFrameOrWithTheWishForOne) {
     keeper.start();
     const auto sinceStart = keeper.deadline(true);
-    driver->deliver(Path);
+    driver->deliver(videoPath);
     unsigned frames = 0;
     pass(frames);
     const auto sinceFrame = keeper.deadline(true);
@@ -192,7 +192,7 @@ TEST_F(StreamKeeperTest, BetweenTwoAttemptsTheDescriptorIsListenedToUntilItHasCo
     }
     EXPECT_FALSE(node.isGone());
     letStreamFail();
-    driver->unplug(Path);
+    driver->unplug(videoPath);
     keeper.descriptorReady(true, ignore);
     EXPECT_TRUE(node.isGone());
 }

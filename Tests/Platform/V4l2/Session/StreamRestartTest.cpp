@@ -12,25 +12,25 @@ namespace Platform::V4l2 {
 namespace {
 
 /// A camera whose stream runs for a reader; no frame comes before a FrameClock sends them.
-class V4l2StreamRestart : public CameraFixture {
+class StreamRestartTest : public CameraFixture {
 protected:
-    static constexpr std::uint32_t Small = 1; // of the formats of usbCamera
-    static constexpr std::uint32_t Large = 3;
+    static constexpr std::uint32_t smallFormat = 1; // of the formats of usbCamera
+    static constexpr std::uint32_t largeFormat = 3;
 
     void start() {
         capture = open();
-        setFormat(capture, Small);
+        setFormat(capture, smallFormat);
         reader = startReader(capture);
     }
     void askForStill() { asked = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream); }
     /// With the frames that come from now on.
     void expectStill() {
-        const FrameClock clock(*driver, Path);
+        const FrameClock clock(*driver, videoPath);
         blockingWait(*asked);
         EXPECT_GT(stream->Size(), 0u);
     }
     /// As an endpoint that stalls.
-    bool deliverEmptyBuffer() { return driver->deliver(Path, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}); }
+    bool deliverEmptyBuffer() { return driver->deliver(videoPath, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}); }
     bool startsOnceMore() {
         return comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; });
     }
@@ -41,7 +41,7 @@ protected:
     std::optional<IAsyncAction> asked;
 };
 
-TEST_F(V4l2StreamRestart, AStreamThatFailsIsStartedAgainUnderAWaitingStill) {
+TEST_F(StreamRestartTest, AStreamThatFailsIsStartedAgainUnderAWaitingStill) {
     start();
     driver->failOn(VIDIOC_DQBUF, EIO, 0, 3);
     driver->failOn(VIDIOC_STREAMON, EIO, 0, 2);
@@ -50,7 +50,7 @@ TEST_F(V4l2StreamRestart, AStreamThatFailsIsStartedAgainUnderAWaitingStill) {
     EXPECT_EQ(capture->CameraStreamState(), CameraStreamState::Streaming);
 }
 
-TEST_F(V4l2StreamRestart, AStreamThatAnEmptyBufferEndsIsStartedAgain) {
+TEST_F(StreamRestartTest, AStreamThatAnEmptyBufferEndsIsStartedAgain) {
     start();
     askForStill();
     ASSERT_TRUE(deliverEmptyBuffer());
@@ -59,14 +59,14 @@ TEST_F(V4l2StreamRestart, AStreamThatAnEmptyBufferEndsIsStartedAgain) {
     EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
 }
 
-TEST_F(V4l2StreamRestart, AStreamThatFallsSilentIsStartedAgainUnderAWaitingStill) {
+TEST_F(StreamRestartTest, AStreamThatFallsSilentIsStartedAgainUnderAWaitingStill) {
     start();
     askForStill();
     EXPECT_TRUE(startsOnceMore());
     expectStill();
 }
 
-TEST_F(V4l2StreamRestart, AStreamThatBeginsSlowlyIsGivenTheTime) {
+TEST_F(StreamRestartTest, AStreamThatBeginsSlowlyIsGivenTheTime) {
     start();
     askForStill();
     ASSERT_TRUE(startsOnceMore());
@@ -75,36 +75,36 @@ TEST_F(V4l2StreamRestart, AStreamThatBeginsSlowlyIsGivenTheTime) {
     EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
 }
 
-TEST_F(V4l2StreamRestart, AStreamMayBeSilentWhileNobodyWaitsForAFrame) {
+TEST_F(StreamRestartTest, AStreamMayBeSilentWhileNobodyWaitsForAFrame) {
     start();
     {
-        const FrameClock clock(*driver, Path);
+        const FrameClock clock(*driver, videoPath);
         ASSERT_TRUE(still(capture));
     }
     std::this_thread::sleep_for(limits.silence + std::chrono::milliseconds(200));
     EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 1u);
-    const FrameClock clock(*driver, Path);
+    const FrameClock clock(*driver, videoPath);
     ASSERT_TRUE(still(capture));
     EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 1u);
 }
 
-TEST_F(V4l2StreamRestart, AStreamThatDoesNotStartInANewFormatIsTriedAgain) {
+TEST_F(StreamRestartTest, AStreamThatDoesNotStartInANewFormatIsTriedAgain) {
     start();
     driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 3);
-    EXPECT_EQ(raisedBy([&] { setFormat(capture, Large); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
-    EXPECT_TRUE(comesTrue([this] { return driver->isStreaming(Path); }));
+    EXPECT_EQ(raisedBy([&] { setFormat(capture, largeFormat); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
+    EXPECT_TRUE(comesTrue([this] { return driver->isStreaming(videoPath); }));
 }
 
-TEST_F(V4l2StreamRestart, AReaderThatDoesNotStartLeavesAWaitingStillItsNextAttempt) {
+TEST_F(StreamRestartTest, AReaderThatDoesNotStartLeavesAWaitingStillItsNextAttempt) {
     limits.restart = std::chrono::milliseconds(100);
     platform = createV4l2Platform(driver, lister, limits);
     capture = open();
-    setFormat(capture, Small);
+    setFormat(capture, smallFormat);
     reader = blockingWait(capture->CreateFrameReaderAsync(sourceOf(capture)));
     askForStill();
     driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 1);
     ASSERT_TRUE(deliverEmptyBuffer());
-    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(Path); }));
+    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath); }));
     EXPECT_EQ(raisedBy([&] { blockingWait(reader->StartAsync()); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
     expectStill();
 }

@@ -22,7 +22,7 @@ Imaging::FrameLayout layoutWith(std::uint32_t code, std::uint32_t colourSpace, s
     return frameLayout(format, *findPixelFormat(code));
 }
 
-TEST(V4l2FrameColours, TheDriversWordCounts) {
+TEST(FrameColoursTest, TheDriversWordCounts) {
     const auto layout =
         layoutWith(V4L2_PIX_FMT_YUYV, V4L2_COLORSPACE_SRGB, V4L2_YCBCR_ENC_709, V4L2_QUANTIZATION_FULL_RANGE);
     EXPECT_EQ(layout.matrix, YuvMatrix::Bt709);
@@ -31,7 +31,7 @@ TEST(V4l2FrameColours, TheDriversWordCounts) {
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_YUYV, V4L2_COLORSPACE_REC709, V4L2_YCBCR_ENC_BT2020).matrix, YuvMatrix::Bt2020);
 }
 
-TEST(V4l2FrameColours, DefaultsFollowFromTheColourSpace) {
+TEST(FrameColoursTest, DefaultsFollowFromTheColourSpace) {
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_YUYV, V4L2_COLORSPACE_SRGB).matrix, YuvMatrix::Bt601);
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_YUYV, V4L2_COLORSPACE_SRGB).range, SampleRange::Limited);
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_YUYV, V4L2_COLORSPACE_SMPTE170M).matrix, YuvMatrix::Bt601);
@@ -41,7 +41,7 @@ TEST(V4l2FrameColours, DefaultsFollowFromTheColourSpace) {
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_YUYV, 0).matrix, YuvMatrix::Bt601);
 }
 
-TEST(V4l2FrameColours, RgbMosaicsAndGreyAreFullUnlessTheDriverSaysOtherwise) {
+TEST(FrameColoursTest, RgbMosaicsAndGreyAreFullUnlessTheDriverSaysOtherwise) {
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_RGB24, V4L2_COLORSPACE_SRGB).range, SampleRange::Full);
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_RGB24, V4L2_COLORSPACE_SRGB, 0, V4L2_QUANTIZATION_LIM_RANGE).range,
               SampleRange::Limited);
@@ -51,7 +51,7 @@ TEST(V4l2FrameColours, RgbMosaicsAndGreyAreFullUnlessTheDriverSaysOtherwise) {
               SampleRange::Limited);
 }
 
-TEST(V4l2FrameColours, RowsAreAsLongAsTheDriverSays) {
+TEST(FrameColoursTest, RowsAreAsLongAsTheDriverSays) {
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_YUYV, 0).strides[0], 160u);
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_YUV420, 0).strides[1], 80u);
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_NV12, 0).strides[1], 160u);
@@ -59,7 +59,7 @@ TEST(V4l2FrameColours, RowsAreAsLongAsTheDriverSays) {
     EXPECT_EQ(layoutWith(V4L2_PIX_FMT_RGB24, 0).strides[0], 192u);
 }
 
-TEST(V4l2FrameColours, PlanesWithMemoryOfTheirOwnHaveTheirOwnRows) {
+TEST(FrameColoursTest, PlanesWithMemoryOfTheirOwnHaveTheirOwnRows) {
     v4l2_format format{};
     format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE;
     format.fmt.pix_mp.width = 64;

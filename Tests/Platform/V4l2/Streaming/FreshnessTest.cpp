@@ -17,7 +17,7 @@ using std::chrono::milliseconds;
 
 FrameTime startedAt(TimePoint moment) { return {moment, false, moment}; }
 
-TEST(FramesSince, CountsOnlyFramesThatBeganAfterTheMoment) {
+TEST(FramesSinceTest, CountsOnlyFramesThatBeganAfterTheMoment) {
     const TimePoint moment = TimePoint{} + milliseconds(1000);
     FramesSince frames(moment);
     frames.count(startedAt(moment - milliseconds(1)));
@@ -28,7 +28,7 @@ TEST(FramesSince, CountsOnlyFramesThatBeganAfterTheMoment) {
     EXPECT_FALSE(frames.isBeyond(1));
 }
 
-TEST(FramesSince, AFrameThatOnlyItsEndIsKnownOfMayHaveBegunBefore) {
+TEST(FramesSinceTest, AFrameThatOnlyItsEndIsKnownOfMayHaveBegunBefore) {
     const TimePoint moment = TimePoint{} + milliseconds(1000);
     FramesSince frames(moment);
     frames.count({moment + milliseconds(1), true, moment + milliseconds(2)});
@@ -37,7 +37,7 @@ TEST(FramesSince, AFrameThatOnlyItsEndIsKnownOfMayHaveBegunBefore) {
     EXPECT_TRUE(frames.isBeyond(0));
 }
 
-TEST(FramesSince, AFrameWithoutAStampCountsByItsArrival) {
+TEST(FramesSinceTest, AFrameWithoutAStampCountsByItsArrival) {
     const TimePoint moment = TimePoint{} + milliseconds(1000);
     FramesSince frames(moment);
     frames.count({std::nullopt, false, moment});
@@ -47,7 +47,7 @@ TEST(FramesSince, AFrameWithoutAStampCountsByItsArrival) {
     EXPECT_TRUE(frames.isBeyond(0));
 }
 
-TEST(FreshnessRule, AUsbCameraHoldsMoreFramesThanASensorOnBoard) {
+TEST(FreshnessRuleTest, AUsbCameraHoldsMoreFramesThanASensorOnBoard) {
     const FreshnessRule usb = freshnessRuleFor("usb-0000:00:14.0-1");
     EXPECT_EQ(usb.afterRequest, 3u);
     EXPECT_EQ(usb.afterSetting, 6u);
@@ -66,10 +66,10 @@ struct ClassOfDevice {
 
 std::ostream& operator<<(std::ostream& stream, const ClassOfDevice& item) { return stream << item.name; }
 
-class Freshness : public CameraFixture, public testing::WithParamInterface<ClassOfDevice> {};
+class FreshnessTest : public CameraFixture, public testing::WithParamInterface<ClassOfDevice> {};
 
 /// The promise of the product: no still shows an exposure other than the one that was set before it.
-TEST_P(Freshness, TheFirstStillAfterASettingShowsIt) {
+TEST_P(FreshnessTest, TheFirstStillAfterASettingShowsIt) {
     FakeDevice device = usbCamera();
     device.bus = GetParam().bus;
     device.settingDelay = GetParam().settingDelay;
@@ -80,7 +80,7 @@ TEST_P(Freshness, TheFirstStillAfterASettingShowsIt) {
     const auto reader = startReader(capture);
     FakeFrame frame;
     frame.timed = GetParam().timed;
-    const FrameClock clock(*driver, Path, frame);
+    const FrameClock clock(*driver, videoPath, frame);
     const auto exposure = capture->VideoDeviceController()->Exposure();
     const auto range = exposure->Capabilities();
     std::mt19937 random(5);
@@ -88,7 +88,7 @@ TEST_P(Freshness, TheFirstStillAfterASettingShowsIt) {
     int fresh = 0;
     for (int i = 0; i < 100; ++i) {
         ASSERT_TRUE(exposure->TrySetValue(stops(random)));
-        const std::uint8_t luma = lumaOfExposure(driver->control(Path, V4L2_CID_EXPOSURE_ABSOLUTE));
+        const std::uint8_t luma = lumaOfExposure(driver->control(videoPath, V4L2_CID_EXPOSURE_ABSOLUTE));
         const auto png = still(capture);
         ASSERT_TRUE(png);
         fresh += std::abs(brightness(*png) - (luma - 16) * 255 / 219) <= 2 ? 1 : 0;
@@ -97,7 +97,7 @@ TEST_P(Freshness, TheFirstStillAfterASettingShowsIt) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    EachClass, Freshness,
+    EachClass, FreshnessTest,
     testing::Values(ClassOfDevice{"Usb", "usb-0000:00:14.0-1", 6,
                                   V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC | V4L2_BUF_FLAG_TSTAMP_SRC_SOE, true},
                     ClassOfDevice{"SensorOnBoard", "platform:isp0", 4,
@@ -107,40 +107,40 @@ INSTANTIATE_TEST_SUITE_P(
                                   V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC | V4L2_BUF_FLAG_TSTAMP_SRC_SOE, false}),
     [](const auto& item) { return item.param.name; });
 
-class FreshnessOfStills : public CameraFixture {};
+class FreshnessOfStillsTest : public CameraFixture {};
 
-TEST_F(FreshnessOfStills, FramesThatWereFullBeforeTheRequestAreNotTaken) {
+TEST_F(FreshnessOfStillsTest, FramesThatWereFullBeforeTheRequestAreNotTaken) {
     const auto capture = open();
     setFormat(capture, 1);
     const auto reader = startReader(capture);
     for (int i = 0; i < 50; ++i)
-        driver->deliver(Path);
+        driver->deliver(videoPath);
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
     EXPECT_FALSE(CompletionFlag::of(action)->waitUntil(std::chrono::steady_clock::now() + milliseconds(50)));
 }
 
-TEST_F(FreshnessOfStills, NobodyReadsFramesWhileNobodyWaitsForOne) {
+TEST_F(FreshnessOfStillsTest, NobodyReadsFramesWhileNobodyWaitsForOne) {
     const auto capture = open();
     setFormat(capture, 1);
     const auto reader = startReader(capture);
-    const FrameClock clock(*driver, Path);
+    const FrameClock clock(*driver, videoPath);
     ASSERT_TRUE(still(capture));
-    ASSERT_TRUE(comesTrue([this] { return driver->emptyBuffers(Path) == 0; }));
+    ASSERT_TRUE(comesTrue([this] { return driver->emptyBuffers(videoPath) == 0; }));
     const unsigned read = driver->calls(VIDIOC_DQBUF);
     std::this_thread::sleep_for(milliseconds(100)); // for the clock to offer more
     EXPECT_EQ(driver->calls(VIDIOC_DQBUF), read);
     EXPECT_TRUE(still(capture));
 }
 
-TEST_F(FreshnessOfStills, AStillNeedsNoMoreFramesThanTheRule) {
+TEST_F(FreshnessOfStillsTest, AStillNeedsNoMoreFramesThanTheRule) {
     const auto capture = open();
     setFormat(capture, 1);
     const auto reader = startReader(capture);
     const auto deliver = [&](unsigned count) {
         for (unsigned i = 0; i < count; ++i) {
             std::this_thread::sleep_for(milliseconds(2));
-            driver->deliver(Path);
+            driver->deliver(videoPath);
         }
     };
     deliver(20); // the start of the stream counts as a setting
@@ -154,14 +154,14 @@ TEST_F(FreshnessOfStills, AStillNeedsNoMoreFramesThanTheRule) {
     EXPECT_GT(stream->Size(), 0u);
 }
 
-TEST_F(FreshnessOfStills, AfterADamagedFrameTheVeryNextOneIsTried) {
+TEST_F(FreshnessOfStillsTest, AfterADamagedFrameTheVeryNextOneIsTried) {
     const auto capture = open();
     setFormat(capture, 0); // JPEG
     const auto reader = startReader(capture);
     const auto deliver = [&](unsigned count, const std::vector<std::uint8_t>& bytes) {
         for (unsigned i = 0; i < count; ++i) {
             std::this_thread::sleep_for(milliseconds(2));
-            driver->deliver(Path, {bytes, 0, true, false, 0});
+            driver->deliver(videoPath, {bytes, 0, true, false, 0});
         }
     };
     const auto whole = Imaging::writeJpeg(Imaging::smoothPicture(32, 16), TJSAMP_444);
@@ -179,7 +179,7 @@ TEST_F(FreshnessOfStills, AfterADamagedFrameTheVeryNextOneIsTried) {
     EXPECT_GT(stream->Size(), 0u);
 }
 
-TEST_F(FreshnessOfStills, ARefusedSettingCountsAsWell) {
+TEST_F(FreshnessOfStillsTest, ARefusedSettingCountsAsWell) {
     const auto capture = open();
     setFormat(capture, 1);
     const auto reader = startReader(capture);
@@ -189,21 +189,21 @@ TEST_F(FreshnessOfStills, ARefusedSettingCountsAsWell) {
     EXPECT_FALSE(exposure->TrySetValue(-5));
     for (int i = 0; i < 3; ++i) {
         std::this_thread::sleep_for(milliseconds(2));
-        driver->deliver(Path);
+        driver->deliver(videoPath);
     }
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
     for (int i = 0; i < 3; ++i) {
         std::this_thread::sleep_for(milliseconds(2));
-        driver->deliver(Path);
+        driver->deliver(videoPath);
     }
     EXPECT_EQ(action.Status(), AsyncStatus::Started);
-    const FrameClock clock(*driver, Path);
+    const FrameClock clock(*driver, videoPath);
     blockingWait(action);
 }
 
 /// A camera that delivers frames, and how long a still of it takes after some settings.
-class TimeForTheLens : public FreshnessOfStills {
+class TimeForTheLensTest : public FreshnessOfStillsTest {
 protected:
     void SetUp() override { setFormat(capture, 1); }
 
@@ -215,15 +215,15 @@ protected:
     }
 
     const MediaCapture capture = open();
-    const FrameClock clock{*driver, Path};
+    const FrameClock clock{*driver, videoPath};
 };
 
-TEST_F(TimeForTheLens, IsGivenAfterAChangeOfFocus) {
+TEST_F(TimeForTheLensTest, IsGivenAfterAChangeOfFocus) {
     const auto reader = startReader(capture);
     expectHalfASecond([](auto& controller) { ASSERT_TRUE(controller.Focus()->TrySetValue(100)); });
 }
 
-TEST_F(TimeForTheLens, IsGivenAlsoWhereAnotherSettingFollows) {
+TEST_F(TimeForTheLensTest, IsGivenAlsoWhereAnotherSettingFollows) {
     const auto reader = startReader(capture);
     expectHalfASecond([](auto& controller) {
         ASSERT_TRUE(controller.Focus()->TrySetValue(100));
@@ -231,7 +231,7 @@ TEST_F(TimeForTheLens, IsGivenAlsoWhereAnotherSettingFollows) {
     });
 }
 
-TEST_F(TimeForTheLens, IsGivenAlsoWhereTheStreamStartsMeanwhile) {
+TEST_F(TimeForTheLensTest, IsGivenAlsoWhereTheStreamStartsMeanwhile) {
     for (const bool reads : {false, true}) {
         const auto reader = reads ? startReader(capture) : nullptr;
         expectHalfASecond([&](auto& controller) {

@@ -49,13 +49,13 @@ bool holds(const std::multiset<std::string>& names, const std::string& part) {
 
 } // namespace
 
-TEST(CoreFile, IsWrittenOnlyIfAskedFor) {
+TEST(CoreFileTest, IsWrittenOnlyIfAskedFor) {
     const ScratchFolder folder;
     runCrashProgram(folder, {"writeToNull", "main"});
     EXPECT_TRUE(folder.files(".core").empty());
 }
 
-TEST(CoreFile, HoldsTheStacksOfAllThreads) {
+TEST(CoreFileTest, HoldsTheStacksOfAllThreads) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"writeToNull", "thread", "writeCoreFile=yes"});
     const auto cores = folder.files(".core");
@@ -70,7 +70,7 @@ TEST(CoreFile, HoldsTheStacksOfAllThreads) {
     EXPECT_TRUE(holds(names, "runInThread")) << "the main thread";
 }
 
-TEST(CoreFile, FailureIsToldInTheRecord) {
+TEST(CoreFileTest, FailureIsToldInTheRecord) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"writeToNull", "main", "writeCoreFile=yes", "largestFile=100000"});
     EXPECT_NE(run.record.find("\nCore file: none: File too large\n"), std::string::npos) << run.record;

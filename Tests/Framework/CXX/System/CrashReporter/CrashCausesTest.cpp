@@ -104,7 +104,7 @@ const Expectation plainExpectations[] = {
      "breakHeapWhileUnwinding()", causesFile},
 };
 
-class CrashCauses : public testing::TestWithParam<Expectation> {
+class CrashCausesTest : public testing::TestWithParam<Expectation> {
 protected:
     static void checkHead(const CrashRun& run, const Expectation& expected) {
         EXPECT_THAT(run.record, ContainsRegex("^What happened:  " + std::string(expected.reason) + "\n"));
@@ -171,21 +171,21 @@ std::string nameOf(const testing::TestParamInfo<Expectation>& info) {
     return std::string(info.param.cause) + "In" + info.param.place;
 }
 
-using CrashCausesOfPlainBuilds = CrashCauses;
+using CrashCausesOfPlainBuildsTest = CrashCausesTest;
 
 } // namespace
 
-TEST_P(CrashCauses, RecordTellsCauseThreadAndFunction) { check(GetParam()); }
+TEST_P(CrashCausesTest, RecordTellsCauseThreadAndFunction) { check(GetParam()); }
 
-TEST_P(CrashCauses, ProcessEndsAsItWouldHave) { checkEnd(GetParam()); }
+TEST_P(CrashCausesTest, ProcessEndsAsItWouldHave) { checkEnd(GetParam()); }
 
-TEST_P(CrashCausesOfPlainBuilds, RecordTellsCauseThreadAndFunction) {
+TEST_P(CrashCausesOfPlainBuildsTest, RecordTellsCauseThreadAndFunction) {
     if (underSanitizer)
         GTEST_SKIP() << "A sanitizer has a heap of its own and needs descriptors itself";
     check(GetParam());
 }
 
-TEST_P(CrashCausesOfPlainBuilds, ProcessEndsAsItWouldHave) {
+TEST_P(CrashCausesOfPlainBuildsTest, ProcessEndsAsItWouldHave) {
     if (underSanitizer)
         GTEST_SKIP() << "A sanitizer has a heap of its own and needs descriptors itself";
     if (std::string(GetParam().cause) == "breakHeapWhileUnwinding")
@@ -194,7 +194,7 @@ TEST_P(CrashCausesOfPlainBuilds, ProcessEndsAsItWouldHave) {
         checkEnd(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, CrashCauses, testing::ValuesIn(expectations), nameOf);
-INSTANTIATE_TEST_SUITE_P(All, CrashCausesOfPlainBuilds, testing::ValuesIn(plainExpectations), nameOf);
+INSTANTIATE_TEST_SUITE_P(All, CrashCausesTest, testing::ValuesIn(expectations), nameOf);
+INSTANTIATE_TEST_SUITE_P(All, CrashCausesOfPlainBuildsTest, testing::ValuesIn(plainExpectations), nameOf);
 
 } // namespace CrashTest

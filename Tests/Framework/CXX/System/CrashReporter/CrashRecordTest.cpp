@@ -45,7 +45,7 @@ bool killedBy(const CrashRun& run, int signal) { return WIFSIGNALED(run.status) 
 
 } // namespace
 
-TEST(CrashRecord, NameHoldsLocalTimeAndProcess) {
+TEST(CrashRecordTest, NameHoldsLocalTimeAndProcess) {
     setenv("TZ", "XXX-5:45", 1);
     const ScratchFolder folder;
     const std::time_t before = std::time(nullptr);
@@ -66,7 +66,7 @@ TEST(CrashRecord, NameHoldsLocalTimeAndProcess) {
     EXPECT_THAT(run.record, ContainsRegex("\nWhen:           [0-9-]{10} [0-9:]{8} \\+05:45 \\(local time\\)\n"));
 }
 
-TEST(CrashRecord, TellsWhoSentTheSignal) {
+TEST(CrashRecordTest, TellsWhoSentTheSignal) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"wait", "main"}, SIGABRT);
     EXPECT_TRUE(
@@ -75,14 +75,14 @@ TEST(CrashRecord, TellsWhoSentTheSignal) {
     EXPECT_TRUE(killedBy(run, SIGABRT));
 }
 
-TEST(CrashRecord, HoldsTheStacksOfAllThreads) {
+TEST(CrashRecordTest, HoldsTheStacksOfAllThreads) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"manyThreads", "main"});
     EXPECT_EQ(countOf(run.record, "\"busy\":\n  #0 "), 4) << run.record;
     EXPECT_EQ(countOf(run.record, "\"sleepy\":\n  #0 "), 46) << run.record;
 }
 
-TEST(CrashRecord, HoldsTheLastWordsOfTheCLibrary) {
+TEST(CrashRecordTest, HoldsTheLastWordsOfTheCLibrary) {
     if (underSanitizer)
         GTEST_SKIP() << "A sanitizer replaces the heap";
     const ScratchFolder folder;
@@ -90,38 +90,38 @@ TEST(CrashRecord, HoldsTheLastWordsOfTheCLibrary) {
     EXPECT_NE(run.record.find("\nThe C library said: double free or corruption"), std::string::npos) << run.record;
 }
 
-TEST(CrashRecord, ShowsBothEndsOfAnOverflowedStack) {
+TEST(CrashRecordTest, ShowsBothEndsOfAnOverflowedStack) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"overflowTheStack", "main"});
     EXPECT_THAT(run.record, ContainsRegex("\n  \\.\\.\\. [0-9]{4,} frames \\.\\.\\.\n"));
     EXPECT_NE(run.record.find(" main at "), std::string::npos) << run.record;
 }
 
-TEST(CrashRecord, TellsOfAScreenshotThatWasAskedFor) {
+TEST(CrashRecordTest, TellsOfAScreenshotThatWasAskedFor) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"writeToNull", "main", "screenshot=yes"});
     EXPECT_NE(run.record.find("\nScreenshot:     none; this process has no windows\n"), std::string::npos);
 }
 
-TEST(CrashRecord, MissingHelperLeavesAShortRecord) {
+TEST(CrashRecordTest, MissingHelperLeavesAShortRecord) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"writeToNull", "main", "helper=/nonexistent"});
     checkShortRecord(run, "The crash helper could not be started");
 }
 
-TEST(CrashRecord, ProcessThatCannotStartAnotherLeavesAShortRecord) {
+TEST(CrashRecordTest, ProcessThatCannotStartAnotherLeavesAShortRecord) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"crashWithoutRoomForProcesses", "main"});
     checkShortRecord(run, "The crash helper could not be started");
 }
 
-TEST(CrashRecord, FailingHelperLeavesAShortRecord) {
+TEST(CrashRecordTest, FailingHelperLeavesAShortRecord) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"writeToNull", "thread", "helper=/bin/false"});
     checkShortRecord(run, "The crash helper failed");
 }
 
-TEST(CrashRecord, HangingHelperIsEndedAndLeavesAShortRecord) {
+TEST(CrashRecordTest, HangingHelperIsEndedAndLeavesAShortRecord) {
     const ScratchFolder folder;
     // sleep takes the helper's numeric arguments for times, and adds them up.
     const CrashRun run = runCrashProgram(folder, {"writeToNull", "main", "helper=/bin/sleep", "helperTimeLimit=1000"});
@@ -130,7 +130,7 @@ TEST(CrashRecord, HangingHelperIsEndedAndLeavesAShortRecord) {
     EXPECT_LT(run.duration.count(), 10'000);
 }
 
-TEST(CrashRecord, HangingHelperThatHoldsAllThreadsIsEndedToo) {
+TEST(CrashRecordTest, HangingHelperThatHoldsAllThreadsIsEndedToo) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(
         folder, {"manyThreads", "main", "helper=" + programFolder() + "/HangingHelper", "helperTimeLimit=2000"});
@@ -140,7 +140,7 @@ TEST(CrashRecord, HangingHelperThatHoldsAllThreadsIsEndedToo) {
     EXPECT_LT(run.duration.count(), 20'000);
 }
 
-TEST(CrashRecord, ExceptionWhoseTextHangsIsRecordedInTime) {
+TEST(CrashRecordTest, ExceptionWhoseTextHangsIsRecordedInTime) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"throwWithHangingText", "thread", "helperTimeLimit=2000"});
     EXPECT_TRUE(run.record.starts_with("What happened:  Uncaught exception of type N9CrashTest11HangingTextE; while it "
@@ -151,7 +151,7 @@ TEST(CrashRecord, ExceptionWhoseTextHangsIsRecordedInTime) {
     EXPECT_LT(run.duration.count(), 20'000);
 }
 
-TEST(CrashRecord, ShortRecordComesOutWhileTheHeapIsLocked) {
+TEST(CrashRecordTest, ShortRecordComesOutWhileTheHeapIsLocked) {
     if (underSanitizer)
         GTEST_SKIP() << "A sanitizer replaces the heap";
     const ScratchFolder folder;
@@ -160,7 +160,7 @@ TEST(CrashRecord, ShortRecordComesOutWhileTheHeapIsLocked) {
     EXPECT_TRUE(killedBy(run, SIGSEGV));
 }
 
-TEST(CrashRecord, ProcessThatMustNotBeLookedIntoLeavesAShortRecord) {
+TEST(CrashRecordTest, ProcessThatMustNotBeLookedIntoLeavesAShortRecord) {
     if (geteuid() != 0)
         GTEST_SKIP() << "Only root can become the ordinary user whom the kernel refuses";
     constexpr uid_t nobody = 65534;
@@ -171,7 +171,7 @@ TEST(CrashRecord, ProcessThatMustNotBeLookedIntoLeavesAShortRecord) {
     EXPECT_NE(run.record.find("\nThe crash helper failed" + std::string(shortRecordNote)), std::string::npos);
 }
 
-TEST(CrashRecord, VanishedFolderChangesNothingElse) {
+TEST(CrashRecordTest, VanishedFolderChangesNothingElse) {
     const ScratchFolder folder;
     const ScratchFolder parent;
     const auto reports = parent.path() / "reports";
@@ -185,14 +185,14 @@ TEST(CrashRecord, VanishedFolderChangesNothingElse) {
     EXPECT_TRUE(run.record.empty());
 }
 
-TEST(CrashRecord, EarlierHandlerSeesTheVeryFault) {
+TEST(CrashRecordTest, EarlierHandlerSeesTheVeryFault) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"writeToNull", "main", "earlierHandler=42"});
     EXPECT_TRUE(WIFEXITED(run.status) && WEXITSTATUS(run.status) == 42) << run.status;
     EXPECT_FALSE(run.record.empty());
 }
 
-TEST(CrashRecord, SecondCrashAtTheSameTimeWaits) {
+TEST(CrashRecordTest, SecondCrashAtTheSameTimeWaits) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"crashTwice", "main"});
     EXPECT_THAT(run.record, ContainsRegex("^What happened:  (Segmentation|Uncaught exception)"));
@@ -200,14 +200,14 @@ TEST(CrashRecord, SecondCrashAtTheSameTimeWaits) {
     EXPECT_TRUE(underSanitizer || killedBy(run, SIGSEGV) || killedBy(run, SIGABRT)) << run.status;
 }
 
-TEST(CrashRecord, ForkedChildLeavesNone) {
+TEST(CrashRecordTest, ForkedChildLeavesNone) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"crashInForkedChild", "main"});
     EXPECT_EQ(run.status, 0);
     EXPECT_TRUE(run.record.empty()) << run.record;
 }
 
-TEST(CrashRecord, OrdinaryEndLeavesNone) {
+TEST(CrashRecordTest, OrdinaryEndLeavesNone) {
     const ScratchFolder folder;
     const CrashRun run = runCrashProgram(folder, {"nothing", "thread"});
     EXPECT_EQ(run.status, 0);
@@ -215,7 +215,7 @@ TEST(CrashRecord, OrdinaryEndLeavesNone) {
     EXPECT_TRUE(folder.files(".core").empty());
 }
 
-TEST(CrashRecord, SystemsOwnCoreDumpStillHappens) {
+TEST(CrashRecordTest, SystemsOwnCoreDumpStillHappens) {
     if (underSanitizer)
         GTEST_SKIP() << "A sanitizer ends the process itself, and switches core files off";
     if (readFile("/proc/sys/kernel/core_pattern") != "core\n")

@@ -58,20 +58,20 @@ void someHandler(int) {}
 
 } // namespace
 
-class CrashReporter : public testing::Test {
+class CrashReporterTest : public testing::Test {
 protected:
-    CrashReporter() {
+    CrashReporterTest() {
         record.applicationName = "name";
         record.applicationVersion = "1";
         record.reportFolder = folder.path();
     }
-    ~CrashReporter() override { uninstallCrashReporter(); }
+    ~CrashReporterTest() override { uninstallCrashReporter(); }
 
     ScratchFolder folder;
     CrashReporterInstallRecord record;
 };
 
-TEST_F(CrashReporter, UninstallPutsBackAllThatStoodBefore) {
+TEST_F(CrashReporterTest, UninstallPutsBackAllThatStoodBefore) {
     struct sigaction earlier{};
     struct sigaction original{};
     earlier.sa_handler = someHandler;
@@ -88,7 +88,7 @@ TEST_F(CrashReporter, UninstallPutsBackAllThatStoodBefore) {
     sigaction(SIGBUS, &original, nullptr);
 }
 
-TEST_F(CrashReporter, InstallTakesAllSignalsAndTheTerminateHandler) {
+TEST_F(CrashReporterTest, InstallTakesAllSignalsAndTheTerminateHandler) {
     const Surroundings before;
     ASSERT_TRUE(installCrashReporter(record));
     const Surroundings during;
@@ -100,7 +100,7 @@ TEST_F(CrashReporter, InstallTakesAllSignalsAndTheTerminateHandler) {
     EXPECT_EQ(during.stack.ss_flags & SS_DISABLE, 0);
 }
 
-TEST_F(CrashReporter, SecondInstallFailsAndChangesNothing) {
+TEST_F(CrashReporterTest, SecondInstallFailsAndChangesNothing) {
     ASSERT_TRUE(installCrashReporter(record));
     const Surroundings first;
     EXPECT_FALSE(installCrashReporter(record));
@@ -109,26 +109,26 @@ TEST_F(CrashReporter, SecondInstallFailsAndChangesNothing) {
     EXPECT_TRUE(installCrashReporter(record));
 }
 
-TEST_F(CrashReporter, MissingFolderFailsAndChangesNothing) {
+TEST_F(CrashReporterTest, MissingFolderFailsAndChangesNothing) {
     const Surroundings before;
     record.reportFolder = folder.path() / "missing";
     EXPECT_FALSE(installCrashReporter(record));
     before.expectSame(Surroundings());
 }
 
-TEST_F(CrashReporter, TooLongTextFailsAndChangesNothing) {
+TEST_F(CrashReporterTest, TooLongTextFailsAndChangesNothing) {
     const Surroundings before;
     record.applicationName = std::string(201, 'x');
     EXPECT_FALSE(installCrashReporter(record));
     before.expectSame(Surroundings());
 }
 
-TEST_F(CrashReporter, MissingHelperIsNoFailure) {
+TEST_F(CrashReporterTest, MissingHelperIsNoFailure) {
     record.helper = "/nonexistent";
     EXPECT_TRUE(installCrashReporter(record));
 }
 
-TEST_F(CrashReporter, UninstallKeepsWhatSomebodySetLater) {
+TEST_F(CrashReporterTest, UninstallKeepsWhatSomebodySetLater) {
     const Surroundings before;
     ASSERT_TRUE(installCrashReporter(record));
     std::signal(SIGFPE, someHandler);
@@ -139,19 +139,19 @@ TEST_F(CrashReporter, UninstallKeepsWhatSomebodySetLater) {
     before.expectSame(Surroundings());
 }
 
-TEST_F(CrashReporter, UninstallWithoutInstallDoesNothing) {
+TEST_F(CrashReporterTest, UninstallWithoutInstallDoesNothing) {
     const Surroundings before;
     uninstallCrashReporter();
     before.expectSame(Surroundings());
 }
 
-TEST_F(CrashReporter, ScreenshotNeedsAnInstall) {
+TEST_F(CrashReporterTest, ScreenshotNeedsAnInstall) {
     EXPECT_FALSE(addScreenshotToCrashReports());
     ASSERT_TRUE(installCrashReporter(record));
     EXPECT_TRUE(addScreenshotToCrashReports());
 }
 
-TEST_F(CrashReporter, EveryThreadHasAnAlternateStack) {
+TEST_F(CrashReporterTest, EveryThreadHasAnAlternateStack) {
     stack_t stack{};
     stack.ss_flags = SS_DISABLE;
     std::thread([&stack] { sigaltstack(nullptr, &stack); }).join();

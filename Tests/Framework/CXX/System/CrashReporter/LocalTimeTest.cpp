@@ -51,7 +51,7 @@ void expectAgreement(const UtcOffsets& offsets, std::time_t moment) {
 
 } // namespace
 
-TEST(UtcOffsets, KnowTheOffsetOfTheirStart) {
+TEST(LocalTimeTest, KnowTheOffsetOfTheirStart) {
     const TimeZone zone(centralEurope);
     UtcOffsets offsets;
     offsets.learn(winterNoon2026);
@@ -65,7 +65,7 @@ TEST(UtcOffsets, KnowTheOffsetOfTheirStart) {
     EXPECT_EQ(time.offsetInSeconds, 3600);
 }
 
-TEST(UtcOffsets, ChangeToTheSecondWithDaylightSavingTime) {
+TEST(LocalTimeTest, ChangeToTheSecondWithDaylightSavingTime) {
     const TimeZone zone(centralEurope);
     UtcOffsets offsets;
     offsets.learn(winterNoon2026);
@@ -76,7 +76,7 @@ TEST(UtcOffsets, ChangeToTheSecondWithDaylightSavingTime) {
     EXPECT_EQ(offsets.localTime(change).hour, 3);
 }
 
-TEST(UtcOffsets, AgreeWithTheCLibraryForFiveYears) {
+TEST(LocalTimeTest, AgreeWithTheCLibraryForFiveYears) {
     for (const char* name :
          {centralEurope, "UTC0", "XXX-5:45", "NST3:30NDT,M3.2.0,M11.1.0", "AEST-10AEDT,M10.1.0,M4.1.0/3"}) {
         const TimeZone zone(name);
