@@ -55,7 +55,7 @@ MapView<MediaFrameSource> Capture::FrameSources() const {
 Platform::VideoDeviceController Capture::VideoDeviceController() const {
     const auto camera = _core->camera();
     return cameraCall(_core, camera, {"VideoDeviceController"}, [&]() -> Platform::VideoDeviceController {
-        _core->requireOpen("VideoDeviceController", camera);
+        _core->requireOpen("MediaCapture.VideoDeviceController", camera);
         return std::make_shared<DeviceController>(_core, camera);
     });
 }

@@ -2,7 +2,6 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
-#include "Platform/Shared/PlatformError.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,6 +9,9 @@
 #include <vector>
 
 namespace Platform::Simulated {
+
+using Phase = Shared::CaptureState::Phase;
+
 namespace {
 
 std::string nameOf(const std::shared_ptr<SimulatedCamera>& camera) {
@@ -42,12 +44,8 @@ void CaptureCore::open(std::shared_ptr<const GroupDefinition> group, PhotoCaptur
     if (!camera || !camera->isPlugged())
         throw Shared::errnoError(operation, camera ? nameOf(camera) : Halden::toUtf8(group->id), ENODEV);
     std::lock_guard lock(_mutex);
-    if (_state == State::Closed)
-        throw Shared::platformError(operation, nameOf(camera), winrt::result::closed, "The capture has been closed.");
-    if (_state == State::Initialised)
-        throw Shared::platformError(operation, nameOf(camera), winrt::result::illegalMethodCall,
-                                    "The capture has been initialised already.");
-    _state = State::Initialised;
+    _state.require(Phase::New, operation, nameOf(camera));
+    _state.enter(Phase::Initialised);
     _group = std::move(group);
     _photoSource = photoSource;
     _camera = camera;
@@ -55,13 +53,13 @@ void CaptureCore::open(std::shared_ptr<const GroupDefinition> group, PhotoCaptur
 
 void CaptureCore::close() {
     std::lock_guard lock(_mutex);
-    _state = State::Closed;
+    _state.enter(Phase::Closed);
     _runningReaders = 0;
 }
 
 bool CaptureCore::isClosed() const {
     std::lock_guard lock(_mutex);
-    return _state == State::Closed;
+    return _state.is(Phase::Closed);
 }
 
 std::shared_ptr<SimulatedCamera> CaptureCore::camera() const {
@@ -80,11 +78,7 @@ std::shared_ptr<const GroupDefinition> CaptureCore::group() const {
 
 void CaptureCore::requireInitialised(const char* operation) const {
     std::lock_guard lock(_mutex);
-    if (_state == State::New)
-        throw Shared::platformError(operation, nameOf(_camera), winrt::result::illegalMethodCall,
-                                    "The capture has not been initialised.");
-    if (_state == State::Closed)
-        throw Shared::platformError(operation, nameOf(_camera), winrt::result::closed, "The capture has been closed.");
+    _state.require(Phase::Initialised, operation, nameOf(_camera));
 }
 
 void CaptureCore::requireOpen(const char* operation, const std::shared_ptr<SimulatedCamera>& camera) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/MediaCapture.h"
+#include "Platform/Shared/CaptureState.h"
 #include "Platform/Simulated/World/Simulation.h"
 
 #include <cstddef>
@@ -11,8 +12,7 @@
 
 namespace Platform::Simulated {
 
-/// The state of one capture, which its sources, readers and controls share with it: new, then initialised,
-/// then closed. Any thread.
+/// What a capture shares with its sources, readers and controls: its state, camera and format. Any thread.
 ///
 /// The camera of a capture, whose controls and stills it has, is that of the source whose format was set
 /// last; before that, of the group's first colour video source, or else of its first source.
@@ -48,11 +48,9 @@ public:
     bool isStreaming() const;
 
 private:
-    enum class State { New, Initialised, Closed };
-
     const std::shared_ptr<Simulation> _simulation;
     mutable std::mutex _mutex; // guards all below
-    State _state = State::New;
+    Shared::CaptureState _state;
     std::shared_ptr<const GroupDefinition> _group;
     PhotoCaptureSource _photoSource = PhotoCaptureSource::Auto;
     std::shared_ptr<SimulatedCamera> _camera;

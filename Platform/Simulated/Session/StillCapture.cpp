@@ -80,7 +80,7 @@ void Still::render() {
 
 void Still::writePicture() {
     if (_core->isClosed())
-        throw error(winrt::result::closed, "The capture has been closed.");
+        throw Shared::closedError(Simulated::operation, Halden::toUtf8(_camera->deviceId()));
     if (_error)
         throw winrt::hresult_error(*_error);
     _stream->Write(_png);

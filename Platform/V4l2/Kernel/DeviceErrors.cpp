@@ -47,8 +47,4 @@ winrt::hresult_error goneError(std::string_view operation, std::string_view devi
     return deviceError(operation, device, ENODEV);
 }
 
-winrt::hresult_error closedError(std::string_view operation, std::string_view device) {
-    return Shared::platformError(operation, device, winrt::result::closed, "the capture is closed");
-}
-
 } // namespace Platform::V4l2

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/HresultError.h"
+#include "Platform/Shared/CaptureState.h"
 
 #include <string_view>
 
@@ -15,7 +16,6 @@ bool meansUnplugged(int error);
 /// The error of every use of a camera that is gone.
 winrt::hresult_error goneError(std::string_view operation, std::string_view device);
 
-/// The error of every use of a closed capture.
-winrt::hresult_error closedError(std::string_view operation, std::string_view device);
+using Shared::closedError;
 
 } // namespace Platform::V4l2

@@ -1,42 +1,29 @@
 #include "Platform/V4l2/Session/CaptureCore.h"
 
-#include "Platform/Shared/PlatformError.h"
-#include "Platform/V4l2/Kernel/DeviceErrors.h"
-
 #include <utility>
 
 namespace Platform::V4l2 {
+
+using Phase = Shared::CaptureState::Phase;
 
 std::string_view CaptureCore::deviceName() const {
     return _group ? std::string_view(_group->sources.front().node.devicePath) : "a camera";
 }
 
-void CaptureCore::require(std::string_view operation) const {
-    if (_state == State::New)
-        throw Shared::platformError(operation, deviceName(), winrt::result::illegalMethodCall,
-                                    "the capture has not been initialised");
-    if (_state == State::Closed)
-        throw closedError(operation, deviceName());
-}
-
 void CaptureCore::initialise(CameraGroupHandle group) {
     std::lock_guard lock(_mutex);
-    if (_state == State::Initialised)
-        throw Shared::platformError("MediaCapture.InitializeAsync", deviceName(), winrt::result::illegalMethodCall,
-                                    "the capture has been initialised already");
-    if (_state == State::Closed)
-        throw closedError("MediaCapture.InitializeAsync", deviceName());
+    _state.require(Phase::New, "MediaCapture.InitializeAsync", deviceName());
     auto worker = std::make_shared<CameraWorker>(_surroundings.calls, _surroundings.pool, group->sources.front(),
                                                  _surroundings.limits);
     _workers.resize(group->sources.size());
     _workers.front() = std::move(worker);
     _group = std::move(group);
-    _state = State::Initialised;
+    _state.enter(Phase::Initialised);
 }
 
 void CaptureCore::close() {
     std::lock_guard lock(_mutex);
-    _state = State::Closed;
+    _state.enter(Phase::Closed);
     for (const auto& worker : _workers)
         if (worker)
             worker->close();
@@ -44,7 +31,7 @@ void CaptureCore::close() {
 
 void CaptureCore::requireInitialised(std::string_view operation) {
     std::lock_guard lock(_mutex);
-    require(operation);
+    _state.require(Phase::Initialised, operation, deviceName());
 }
 
 void CaptureCore::requireCamera(std::string_view operation) {
@@ -53,12 +40,12 @@ void CaptureCore::requireCamera(std::string_view operation) {
 
 CameraGroupHandle CaptureCore::group() {
     std::lock_guard lock(_mutex);
-    return _state == State::Initialised ? _group : nullptr;
+    return _state.is(Phase::Initialised) ? _group : nullptr;
 }
 
 std::shared_ptr<CameraWorker> CaptureCore::worker(std::string_view operation, std::size_t source) {
     std::lock_guard lock(_mutex);
-    require(operation);
+    _state.require(Phase::Initialised, operation, deviceName());
     auto& worker = _workers.at(source);
     if (!worker)
         worker = std::make_shared<CameraWorker>(_surroundings.calls, _surroundings.pool, _group->sources.at(source),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Shared/CaptureState.h"
 #include "Platform/V4l2/Session/CameraWorker.h"
 
 #include <cstddef>
@@ -17,8 +18,8 @@ struct CaptureSurroundings {
     CameraLimits limits;
 };
 
-/// The state of a capture, shared with its sources, readers and controls: new, initialised or closed. Each source
-/// has a worker from its first use on. Any thread.
+/// What a capture shares with its sources, readers and controls: its state and its cameras. Each source has a worker
+/// from its first use on. Any thread.
 class CaptureCore {
 public:
     explicit CaptureCore(CaptureSurroundings surroundings) : _surroundings(std::move(surroundings)) {}
@@ -44,14 +45,11 @@ public:
     const std::shared_ptr<Shared::WorkerPool>& pool() const { return _surroundings.pool; }
 
 private:
-    enum class State { New, Initialised, Closed };
-
-    void require(std::string_view operation) const;
     std::string_view deviceName() const;
 
     const CaptureSurroundings _surroundings;
     std::mutex _mutex; // guards all below
-    State _state = State::New;
+    Shared::CaptureState _state;
     CameraGroupHandle _group;
     std::vector<std::shared_ptr<CameraWorker>> _workers; // by source; null: not open
 };

@@ -386,7 +386,7 @@ TEST_F(CameraServerTest, ACaptureOnACameraThatIsGoneIsAFailure) {
     const auto camera = server->getCamera("D");
     unplug();
     const std::string failure = failureOf(camera);
-    EXPECT_TRUE(failure.starts_with("captureImage failed: VideoDeviceController on D: ")) << failure;
+    EXPECT_TRUE(failure.starts_with("captureImage failed: MediaCapture.VideoDeviceController on D: ")) << failure;
 }
 
 } // namespace

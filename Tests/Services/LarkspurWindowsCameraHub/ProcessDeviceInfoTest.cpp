@@ -292,8 +292,9 @@ TEST_F(ProcessDeviceInfoTest, ACameraThatIsGoneFromTheListOfGroupsIsNoRecord) {
     useScenario(group(source("S")));
     AlteredPlatform::install()->groups = [] { return AlteredPlatform::Groups(); };
     EXPECT_TRUE(found().empty());
-    EXPECT_EQ(linesOf("ERROR"),
-              Lines{"VideoDeviceController on a new capture: The capture has not been initialised. -2147483634"});
+    EXPECT_EQ(
+        linesOf("ERROR"),
+        Lines{"MediaCapture.VideoDeviceController on a new capture: the capture has not been initialised -2147483634"});
 }
 
 TEST_F(ProcessDeviceInfoTest, AnotherExceptionPassesThrough) {
