@@ -12,23 +12,27 @@
 
 namespace Platform {
 
+/// How far an operation has come. Canceled is never reached: nothing cancels an operation.
 enum class AsyncStatus { Started = 0, Completed = 1, Canceled = 2, Error = 3 };
 
 template <typename T> class AsyncOperationSource;
 
-/// A platform operation under way that ends with a T or with an error; a shared handle, of which
-/// all copies see the same operation. May be used from any thread.
+/// A platform operation under way that ends, once, with a T or with an error; a shared handle, of which all copies see
+/// the same operation. Releasing the handles does not end the operation. It may never end: see its member. Any thread.
 template <typename T> class IAsyncOperation {
 public:
+    /// Gets the operation and how it ended, Completed or Error. Throws nothing.
     using CompletedHandler = std::function<void(const IAsyncOperation&, AsyncStatus)>;
 
+    /// Raises nothing.
     AsyncStatus Status() const {
         std::lock_guard lock(_state->mutex);
         return _state->status;
     }
 
-    /// Sets the one handler, which runs once: on the thread that ends the operation, or at once, on
-    /// this thread, if it has ended already. Raises handlerTaken for a second handler.
+    /// Sets the one handler, which runs once: when the operation ends, on any thread, or at once, within this call, if
+    /// it has ended already. Released when it has run, or with an operation that never ends. Raises handlerTaken for a
+    /// second handler, also after the first has run.
     void Completed(CompletedHandler handler) const {
         std::unique_lock lock(_state->mutex);
         if (_state->handlerSet)
@@ -43,7 +47,8 @@ public:
         handler(*this, status);
     }
 
-    /// The result. Raises the operation's error, and illegalMethodCall while it is still under way.
+    /// The result, as often as it is asked for. Raises the operation's error, and illegalMethodCall while it is still
+    /// under way.
     T GetResults() const {
         std::lock_guard lock(_state->mutex);
         if (_state->status == AsyncStatus::Started)
@@ -71,14 +76,16 @@ private:
     std::shared_ptr<State> _state;
 };
 
+/// An operation without a result: GetResults only raises the error.
 using IAsyncAction = IAsyncOperation<void>;
 
-/// The platform's end of an operation: whoever holds it ends the operation, exactly once. An
-/// operation whose source goes away before that never ends. May be used from any thread.
+/// The platform's end of an operation: whoever holds it ends the operation, exactly once, and runs its handler there.
+/// An operation whose source goes away before that never ends. Any thread.
 template <typename T> class AsyncOperationSource {
 public:
     AsyncOperationSource() : _state(std::make_shared<typename IAsyncOperation<T>::State>()) {}
 
+    /// What the platform returns to its caller; the same operation each time.
     IAsyncOperation<T> operation() const { return IAsyncOperation<T>(_state); }
 
     /// Ends the operation with its result; without effect on one that has ended.
@@ -91,7 +98,8 @@ public:
         end(AsyncStatus::Error, [&](auto& state) { state.error.emplace(std::move(error)); });
     }
 
-    /// Ends the operation with what the work returns, or with the winrt::hresult_error that it raises.
+    /// Ends the operation with what the work returns, or with the winrt::hresult_error that it raises; any other
+    /// exception passes on, and the operation stays under way.
     template <typename Work> void endWith(Work&& work) const {
         try {
             if constexpr (std::is_void_v<T>) {

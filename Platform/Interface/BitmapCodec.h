@@ -8,12 +8,13 @@
 
 namespace Platform {
 
-/// The decoder of one encoded picture. One thread at a time.
+/// The decoder of one encoded picture, of which it has read all bytes. One thread at a time.
 class IBitmapDecoder {
 public:
     virtual ~IBitmapDecoder() = default;
 
-    /// Fails for bytes that are damaged behind their head.
+    /// Bgra8, opaque; a new bitmap each time, never null. Fails with fail for bytes that are damaged behind their head,
+    /// and with outOfMemory.
     virtual IAsyncOperation<SoftwareBitmap> GetSoftwareBitmapAsync() = 0;
 };
 using BitmapDecoder = std::shared_ptr<IBitmapDecoder>;
@@ -23,9 +24,12 @@ class IBitmapEncoder {
 public:
     virtual ~IBitmapEncoder() = default;
 
+    /// The picture to be written; the last one counts. Raises invalidArgument for null, for a format other than Rgba8
+    /// and Bgra8, and for a bitmap whose pixels do not fill it.
     virtual void SetSoftwareBitmap(const SoftwareBitmap& bitmap) = 0;
 
-    /// Fails without a bitmap.
+    /// Writes the colours, without alpha, at the stream's position. Fails with invalidArgument without a bitmap, and
+    /// with the stream's errors.
     virtual IAsyncAction FlushAsync() = 0;
 };
 using BitmapEncoder = std::shared_ptr<IBitmapEncoder>;

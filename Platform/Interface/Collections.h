@@ -11,16 +11,18 @@
 
 namespace Platform {
 
-/// An ordered read-only list. Copies share the elements, which never change: any thread may read.
+/// An ordered read-only list, by default empty. Copies share the elements, which never change. Any thread.
 template <typename T> class VectorView {
 public:
     VectorView() : VectorView(std::vector<T>{}) {}
     VectorView(std::vector<T> items) : _items(std::make_shared<const std::vector<T>>(std::move(items))) {}
     VectorView(std::initializer_list<T> items) : VectorView(std::vector<T>(items)) {}
 
+    /// The number of elements.
     std::uint32_t Size() const { return static_cast<std::uint32_t>(_items->size()); }
 
-    /// Raises outOfBounds at or past the end.
+    /// The element at that position, from 0; lives as long as a copy of the list. Raises outOfBounds at or past the
+    /// end.
     const T& GetAt(std::uint32_t index) const {
         if (index >= _items->size())
             throw winrt::hresult_out_of_bounds(u"The list has no element at that position.");
@@ -34,8 +36,9 @@ private:
     std::shared_ptr<const std::vector<T>> _items;
 };
 
-/// A read-only map from text that iterates in the order in which the platform filled it. Copies
-/// share the entries, which never change: any thread may read.
+/// A read-only map from text that iterates in the order in which the platform filled it, by default empty. Keys are
+/// compared unit by unit; of entries with the same key the first is found. Copies share the entries, which never
+/// change. Any thread.
 template <typename T> class MapView {
 public:
     using Entry = std::pair<std::u16string, T>;
@@ -44,11 +47,13 @@ public:
     MapView(std::vector<Entry> entries) : _entries(std::make_shared<const std::vector<Entry>>(std::move(entries))) {}
     MapView(std::initializer_list<Entry> entries) : MapView(std::vector<Entry>(entries)) {}
 
+    /// The number of entries.
     std::uint32_t Size() const { return static_cast<std::uint32_t>(_entries->size()); }
 
     bool HasKey(const std::u16string& key) const { return find(key) != nullptr; }
 
-    /// Raises outOfBounds for a key that the map does not have.
+    /// The value under the key; lives as long as a copy of the map. Raises outOfBounds for a key that the map does not
+    /// have.
     const T& Lookup(const std::u16string& key) const {
         const T* value = find(key);
         if (value == nullptr)

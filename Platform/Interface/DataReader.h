@@ -14,9 +14,11 @@ namespace Platform {
 /// Reads a stream from its position on, in two steps: load, then take. One thread at a time.
 class DataReader {
 public:
+    /// Shares the stream, which is not null and has its position where the reading is to begin.
     explicit DataReader(RandomAccessStream stream) : _stream(std::move(stream)) {}
 
-    /// Loads as many bytes, fewer at the stream's end; the number that was loaded.
+    /// Loads as many bytes, fewer at the stream's end, behind those that have been loaded; the number that was loaded
+    /// now. The operation has ended when it is returned. Fails with the stream's error, and has then loaded nothing.
     IAsyncOperation<std::uint32_t> LoadAsync(std::uint32_t count) {
         AsyncOperationSource<std::uint32_t> source;
         const std::size_t before = _loaded.size();
@@ -32,7 +34,8 @@ public:
         return source.operation();
     }
 
-    /// Fills all of `bytes`. Raises outOfBounds if fewer have been loaded.
+    /// Fills all of `bytes` with those that have been loaded and not been taken yet. Raises outOfBounds, and takes
+    /// nothing, if they are fewer.
     void ReadBytes(std::span<std::uint8_t> bytes) {
         if (bytes.size() > _loaded.size() - _taken)
             throw winrt::hresult_out_of_bounds(u"More bytes were asked for than have been loaded.");

@@ -8,7 +8,7 @@
 
 namespace Platform {
 
-/// A 128-bit identifier in the platform's four fields.
+/// A 128-bit identifier in the platform's four fields; all 0 by default. Any thread.
 struct Guid {
     std::uint32_t Data1 = 0;
     std::uint16_t Data2 = 0;
@@ -18,7 +18,7 @@ struct Guid {
     bool operator==(const Guid&) const = default;
 };
 
-/// 38 characters: lower-case hexadecimal digits in five groups, in braces. ASCII.
+/// The identifier as text, 38 characters: lower-case hexadecimal digits in five groups, in braces. ASCII.
 std::string guidToText(const Guid& guid);
 
 /// Reads the same text, with digits of either case. None for any other.
@@ -26,7 +26,8 @@ std::optional<Guid> guidFromText(std::string_view text);
 
 namespace GuidHelper {
 
-/// A new random identifier: version 4, variant 1 (RFC 4122, section 4.4).
+/// A new random identifier: version 4, variant 1 (RFC 4122, section 4.4), from the system's source of chance, so that
+/// nobody guesses it. Any thread.
 Guid CreateNewGuid();
 
 } // namespace GuidHelper

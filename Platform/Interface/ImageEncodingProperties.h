@@ -4,8 +4,9 @@
 
 namespace Platform {
 
-/// How a still is to be encoded.
+/// How a still is to be encoded. A value. Any thread.
 struct ImageEncodingProperties {
+    /// "PNG" is the one that platforms take; the rest is refused where the still is asked for.
     std::u16string Subtype;
 
     static ImageEncodingProperties CreatePng() { return {u"PNG"}; }

@@ -7,9 +7,11 @@
 
 namespace Platform {
 
-/// A growing stream in memory.
+/// A growing stream in memory, empty at first. One thread at a time. Raises nothing; memory that runs out is a
+/// std::bad_alloc, as everywhere.
 class InMemoryRandomAccessStream final : public IRandomAccessStream {
 public:
+    /// The furthest byte written, zeros in gaps included.
     std::uint64_t Size() const override { return _bytes.size(); }
     void Seek(std::uint64_t position) override { _position = position; }
 

@@ -5,7 +5,7 @@
 
 namespace Platform {
 
-/// One picture format that a source is described with.
+/// One picture format that a source is described with, before any capture is open. A value. Any thread.
 struct MediaCaptureVideoProfileMediaDescription {
     std::uint32_t Width = 0;  // pixels
     std::uint32_t Height = 0; // pixels

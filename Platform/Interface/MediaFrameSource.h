@@ -10,7 +10,7 @@
 
 namespace Platform {
 
-/// One format that a source of an open capture can be set to.
+/// One format that a source of an open capture can be set to. A value. Any thread.
 struct MediaFrameFormat {
     std::uint32_t Index = 0;  // position in the SupportedFormats of its source
     std::uint32_t Width = 0;  // pixels
@@ -19,15 +19,22 @@ struct MediaFrameFormat {
     std::u16string Subtype;   // the pixel format's name, "NV12" for instance
 };
 
-/// A source of an open capture. Any thread; every member may raise.
+/// A source of an open capture. Any thread. Every member raises the errors of the capture's state (see IMediaCapture).
 class IMediaFrameSource {
 public:
     virtual ~IMediaFrameSource() = default;
 
+    /// What the group's SourceInfos say of this source; never null.
     virtual MediaFrameSourceInfo Info() const = 0;
+
+    /// Each once, at the position that its Index tells. The order is that of the source's
+    /// VideoProfileMediaDescription: the hub takes a position in one list for the same position in the other. Empty
+    /// where nothing can be set.
     virtual VectorView<MediaFrameFormat> SupportedFormats() const = 0;
 
-    /// Takes an entry of SupportedFormats. From then on stills have its size.
+    /// Takes an entry of SupportedFormats, unchanged. When the operation has ended, stills have its size, and a stream
+    /// that runs goes on in it. Fails with invalidArgument for what is no such entry, with busy where another program
+    /// streams, and with fail where the camera sets something else.
     virtual IAsyncAction SetFormatAsync(const MediaFrameFormat& format) = 0;
 };
 using MediaFrameSource = std::shared_ptr<IMediaFrameSource>;

@@ -7,19 +7,24 @@
 
 namespace Platform {
 
-/// Bytes with a position. Not to be used by two threads at once: whoever hands a stream to an
-/// asynchronous operation leaves it alone until that has ended. Writing and reading may raise.
+/// Bytes with a position, which begins at 0. One thread at a time: whoever hands a stream to an asynchronous operation
+/// leaves it alone until that has ended. All but Seek may raise what the system reports; streams in memory raise
+/// nothing.
 class IRandomAccessStream {
 public:
     virtual ~IRandomAccessStream() = default;
 
     /// Length in bytes.
     virtual std::uint64_t Size() const = 0;
+
+    /// In bytes from the beginning; may be behind the end, where reading gives nothing and writing fills what is
+    /// between with zeros.
     virtual void Seek(std::uint64_t position) = 0;
 
-    /// Reads at the position and moves it on; the number of bytes read, fewer at the end.
+    /// Reads at the position and moves it on; the number of bytes read, fewer at the end only.
     virtual std::size_t Read(std::span<std::uint8_t> bytes) = 0;
-    /// Writes at the position, moves it on, and makes the stream longer where needed.
+
+    /// Writes all at the position, moves it on, and makes the stream longer where needed.
     virtual void Write(std::span<const std::uint8_t> bytes) = 0;
 };
 using RandomAccessStream = std::shared_ptr<IRandomAccessStream>;

@@ -6,18 +6,19 @@
 
 namespace Platform {
 
-/// The order and size of a pixel's samples in memory: Rgba8 is R, G, B, A in one byte each, Bgra8 is
-/// B, G, R, A.
+/// The order and size of a pixel's samples in memory: Rgba8 is R, G, B, A in one byte each, Bgra8 is B, G, R, A.
+/// Unknown is no format that an operation takes.
 enum class BitmapPixelFormat { Unknown = 0, Rgba8 = 30, Bgra8 = 87 };
 
-/// A decoded picture: rows from the top, without padding, four bytes a pixel. Never changes, so that
-/// copies share it and any thread may read.
+/// A decoded picture: rows from the top, without padding, four bytes a pixel. Never changes once it is shared. Any
+/// thread.
 struct SoftwareBitmapData {
     BitmapPixelFormat Format = BitmapPixelFormat::Unknown;
-    std::uint32_t PixelWidth = 0;
-    std::uint32_t PixelHeight = 0;
-    std::vector<std::uint8_t> Pixels;
+    std::uint32_t PixelWidth = 0;     // pixels
+    std::uint32_t PixelHeight = 0;    // pixels
+    std::vector<std::uint8_t> Pixels; // 4 * PixelWidth * PixelHeight bytes; operations refuse another number
 };
+/// Null stands for no bitmap, which every operation refuses.
 using SoftwareBitmap = std::shared_ptr<const SoftwareBitmapData>;
 
 } // namespace Platform

@@ -11,18 +11,22 @@
 
 namespace Platform {
 
-/// The settings of an open camera, in two generations. Every control is there; what the camera lacks
-/// says so through Supported. Any thread.
+/// The settings of an open camera, in two generations. Every control is there, none is null; what the camera lacks
+/// says so through Supported. A setting is the camera's: it stays when the capture is closed, and every capture of the
+/// camera sees it. Any thread. The members raise nothing themselves; the controls raise the errors of the capture's
+/// state at each use (see IMediaCapture).
 class IVideoDeviceController {
 public:
     virtual ~IVideoDeviceController() = default;
 
-    virtual MediaDeviceControl Exposure() const = 0;
-    virtual MediaDeviceControl Focus() const = 0;
-    virtual MediaDeviceControl WhiteBalance() const = 0;
-    virtual MediaDeviceControl Brightness() const = 0;
-    virtual MediaDeviceControl Contrast() const = 0;
+    /// The older generation: numbers in the camera's units, with refusals as results.
+    virtual MediaDeviceControl Exposure() const = 0;     // log2 of seconds
+    virtual MediaDeviceControl Focus() const = 0;        // the camera's unit
+    virtual MediaDeviceControl WhiteBalance() const = 0; // kelvins, where the camera has a unit
+    virtual MediaDeviceControl Brightness() const = 0;   // the camera's unit; without an automatic on most
+    virtual MediaDeviceControl Contrast() const = 0;     // likewise
 
+    /// The newer generation, of which a camera may have any part. The hub prefers it where it is Supported.
     virtual Platform::ExposureControl ExposureControl() const = 0;
     virtual Platform::FocusControl FocusControl() const = 0;
     virtual Platform::WhiteBalanceControl WhiteBalanceControl() const = 0;

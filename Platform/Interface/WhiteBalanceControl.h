@@ -6,6 +6,7 @@
 
 namespace Platform {
 
+/// What the white balance is left to: the camera, the value set by hand, or the light of that name.
 enum class ColorTemperaturePreset {
     Auto = 0,
     Manual = 1,
@@ -17,13 +18,20 @@ enum class ColorTemperaturePreset {
     Candlelight = 7
 };
 
-/// White balance in the newer generation. Any thread; every member may raise.
+/// White balance in the newer generation. Any thread. Every member raises the errors of the capture's state (see
+/// IMediaCapture). Where the camera lacks the control only Supported is to be relied on: Preset may raise
+/// illegalMethodCall or give a value without a meaning, and setting fails.
 class IWhiteBalanceControl {
 public:
     virtual ~IWhiteBalanceControl() = default;
 
+    /// Whether the camera has the control; the hub then leaves the older one alone.
     virtual bool Supported() const = 0;
+
+    /// The preset in force.
     virtual ColorTemperaturePreset Preset() const = 0;
+
+    /// The preset is in force when the operation has ended.
     virtual IAsyncAction SetPresetAsync(ColorTemperaturePreset preset) = 0;
 };
 using WhiteBalanceControl = std::shared_ptr<IWhiteBalanceControl>;
