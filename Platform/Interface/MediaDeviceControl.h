@@ -27,7 +27,7 @@ public:
     /// Whether an automatic that is on stays on is the platform's too: turn it off first.
     virtual bool TrySetValue(double value) = 0;
 
-    /// The value in force, also while an automatic moves it. A false result leaves `value` as it was.
+    /// The value in force; may be up to half a Step beside the grid. A false result leaves `value` as it was.
     virtual bool TryGetValue(double& value) const = 0;
 
     /// Where a Supported control has no automatic, turning it off succeeds and turning it on is refused.

@@ -70,7 +70,7 @@ struct FailingCall {
 
 std::ostream& operator<<(std::ostream& stream, const FailingCall& call) { return stream << call.name; }
 
-class FailingCallsTest : public V4l2FailuresTest, public testing::WithParamInterface<FailingCall> {};
+class FailingCallsTest : public FailuresTest, public testing::WithParamInterface<FailingCall> {};
 
 /// Every error at every call: the capture succeeds in spite of it, or ends with an error that names it, or its still
 /// does not come; and nothing is left open (see the fixture).
