@@ -54,8 +54,10 @@ endfunction()
 
 # hub_test(Name SOURCES file... DEPENDS target... [SLOW pattern...]): a program of unit tests, each its own CTest test.
 # Those that SLOW names, as --gtest_filter does, take over a second and get the label "slow".
+# CTest shows a test behind the folder that its program tests: "Platform/V4l2/CaptureTest.AReaderOfNoSourceFails".
 function(hub_test name)
   cmake_parse_arguments(HUB "" "" "SOURCES;DEPENDS;SLOW" ${ARGN})
+  file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR}/Tests ${CMAKE_CURRENT_SOURCE_DIR})
   add_executable(${name} ${HUB_SOURCES})
   # Not optimised: the tests of all presets together take most of a build.
   target_compile_options(${name} PRIVATE -O0 -g1)
@@ -64,8 +66,9 @@ function(hub_test name)
   if(HUB_SLOW)
     list(JOIN HUB_SLOW : slow)
     set(quick *-${slow})
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_FILTER ${slow} TEST_LIST ${name}Slow
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX ${folder}/ TEST_FILTER ${slow} TEST_LIST ${name}Slow
       PROPERTIES TIMEOUT 120 LABELS slow)
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_FILTER ${quick} PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX ${folder}/ TEST_FILTER ${quick}
+    PROPERTIES TIMEOUT 120)
 endfunction()

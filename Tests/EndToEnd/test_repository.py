@@ -1,5 +1,6 @@
 """The checks and scripts of the repository itself."""
 
+import re
 import subprocess
 import sys
 
@@ -68,6 +69,19 @@ def test_a_circle_of_units_is_a_breach(tree):
     result = check_layers(tree("Platform/Imaging/C.h", '#include "Platform/Imaging/A.h"\n'))
     circle = "Platform/Imaging/A, Platform/Imaging/B, Platform/Imaging/C"
     assert (result.returncode, result.stdout) == (1, f"Platform/Imaging/A.h:1: a circle of includes: {circle}\n")
+
+
+def suites_of(source):
+    return set(re.findall(r"^TEST(?:_[FP])?\(\s*(\w+)", source.read_text(encoding="utf-8"), re.MULTILINE))
+
+
+def test_a_suite_has_the_name_of_its_file_or_ends_in_test_where_a_file_has_several():
+    misnamed = []
+    for source in (ROOT / "Tests").rglob("*Test.cpp"):
+        suites = suites_of(source)
+        is_named = suites == {source.stem} or (len(suites) > 1 and all(name.endswith("Test") for name in suites))
+        misnamed += [] if is_named or not suites else [(source.name, suites)]
+    assert misnamed == []
 
 
 def count_tests(*reports):
