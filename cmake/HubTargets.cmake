@@ -62,13 +62,13 @@ function(hub_test name)
   # Not optimised: the tests of all presets together take most of a build.
   target_compile_options(${name} PRIVATE -O0 -g1)
   target_link_libraries(${name} PRIVATE HubFlags ${HUB_DEPENDS} GTest::gmock GTest::gtest GTest::gtest_main)
+  set(options NO_PRETTY_VALUES DISCOVERY_MODE PRE_TEST TEST_PREFIX ${folder}/)
   set(quick *)
   if(HUB_SLOW)
     list(JOIN HUB_SLOW : slow)
     set(quick *-${slow})
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX ${folder}/ TEST_FILTER ${slow} TEST_LIST ${name}Slow
+    gtest_discover_tests(${name} ${options} TEST_FILTER ${slow} TEST_LIST ${name}Slow
       PROPERTIES TIMEOUT 120 LABELS slow)
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX ${folder}/ TEST_FILTER ${quick}
-    PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(${name} ${options} TEST_FILTER ${quick} PROPERTIES TIMEOUT 120)
 endfunction()

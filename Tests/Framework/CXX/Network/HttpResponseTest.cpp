@@ -171,7 +171,7 @@ TEST_F(HttpResponseTest, ALargeBodyArrivesWhole) {
     EXPECT_EQ(wire([&](HttpResponse& response) { respond(&response, body); }), plainResponse(body));
 }
 
-TEST(HttpResponseTest, KnowsExactlyTheseUsualTexts) {
+TEST_F(HttpResponseTest, KnowsExactlyTheseUsualTexts) {
     const std::map<int, std::string> usual = {
         // clang-format off
         {100, "Continue"},
