@@ -4,18 +4,23 @@
 
 namespace Platform::Shared {
 
-void CaptureState::require(Phase wanted, std::string_view operation, std::string_view device) const {
-    if (_phase == wanted)
-        return;
-    if (_phase == Phase::Closed)
-        throw closedError(operation, device);
-    throw platformError(operation, device, winrt::result::illegalMethodCall,
-                        _phase == Phase::New ? "the capture has not been initialised"
-                                             : "the capture has been initialised already");
+void CaptureState::requireNew(std::string_view operation, std::string_view device) const {
+    requireNotClosed(operation, device);
+    if (_phase != Phase::New)
+        throw platformError(operation, device, winrt::result::illegalMethodCall,
+                            "the capture has been initialised already");
 }
 
-winrt::hresult_error closedError(std::string_view operation, std::string_view device) {
-    return platformError(operation, device, winrt::result::closed, "the capture is closed");
+void CaptureState::requireInitialised(std::string_view operation, std::string_view device) const {
+    requireNotClosed(operation, device);
+    if (_phase != Phase::Initialised)
+        throw platformError(operation, device, winrt::result::illegalMethodCall,
+                            "the capture has not been initialised");
+}
+
+void CaptureState::requireNotClosed(std::string_view operation, std::string_view device) const {
+    if (_phase == Phase::Closed)
+        throw closedError(operation, device);
 }
 
 } // namespace Platform::Shared

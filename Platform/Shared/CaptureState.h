@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Platform/Interface/HresultError.h"
-
 #include <string_view>
 
 namespace Platform::Shared {
@@ -12,7 +10,7 @@ namespace Platform::Shared {
 ///     New ---> Initialised ---> Closed
 ///       '------------------------^
 ///
-/// One thread at a time: whoever holds a capture guards its state along with what changes with it.
+/// One thread at a time. Whoever holds a capture guards its state along with what changes with it.
 class CaptureState {
 public:
     enum class Phase { New, Initialised, Closed };
@@ -20,15 +18,16 @@ public:
     bool is(Phase phase) const { return _phase == phase; }
     void enter(Phase phase) { _phase = phase; }
 
-    /// Raises closed for a closed capture and illegalMethodCall for a new or an initialised one, unless that is the
-    /// state wanted, New or Initialised. Both texts are UTF-8 and stand in the error's.
-    void require(Phase wanted, std::string_view operation, std::string_view device) const;
+    /// Raises closed for a closed capture, illegalMethodCall for one that is initialised. Both texts are UTF-8 and
+    /// stand in the error's.
+    void requireNew(std::string_view operation, std::string_view device) const;
+    /// Raises closed for a closed capture, illegalMethodCall for a new one. The texts as above.
+    void requireInitialised(std::string_view operation, std::string_view device) const;
 
 private:
+    void requireNotClosed(std::string_view operation, std::string_view device) const;
+
     Phase _phase = Phase::New;
 };
-
-/// The error of every use of a closed capture.
-winrt::hresult_error closedError(std::string_view operation, std::string_view device);
 
 } // namespace Platform::Shared

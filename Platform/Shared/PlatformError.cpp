@@ -13,4 +13,8 @@ winrt::hresult_error platformError(std::string_view operation, std::string_view 
     return {code, Halden::toUtf16(text)};
 }
 
+winrt::hresult_error closedError(std::string_view operation, std::string_view device) {
+    return platformError(operation, device, winrt::result::closed, "the capture is closed");
+}
+
 } // namespace Platform::Shared

@@ -10,4 +10,7 @@ namespace Platform::Shared {
 winrt::hresult_error platformError(std::string_view operation, std::string_view device, winrt::hresult code,
                                    std::string_view reason);
 
+/// The error of every use of a closed capture.
+winrt::hresult_error closedError(std::string_view operation, std::string_view device);
+
 } // namespace Platform::Shared

@@ -6,10 +6,11 @@
 
 namespace Platform::Shared {
 
-/// Wakes a thread that waits in poll, and keeps it awake until it has been told. Any thread.
+/// Wakes a thread that waits in poll; until it drains, it does not wait again. Any thread.
 class WakeUp {
 public:
-    /// `sleeper`: who is woken, for the error's text. Raises where the system has no descriptor left.
+    /// `sleeper`: who is woken, for the error's text. Raises winrt::hresult_error, fail, where the system has no
+    /// descriptor left.
     explicit WakeUp(std::string_view sleeper);
 
     void wake() const;

@@ -7,9 +7,9 @@
 namespace Platform::Shared {
 
 /// Threads of the platform. There is always one for a task that is ready, so that no slow task delays
-/// another; a task that waits for its moment takes none. Any thread may use and release the pool, its
-/// own included: a task that runs at that time goes on to its end. Whoever posts a task lets the
-/// task own the pool; what has not begun when the pool goes and waits for its moment is dropped.
+/// another; a task that waits for its moment takes none. Any thread. One of its own may release it: a task
+/// that runs at that time goes on to its end. Whoever posts a task lets the task own the pool; what has
+/// not begun when the pool goes and waits for its moment is dropped.
 /// An exception that leaves a task ends the process.
 ///
 /// There is no upper bound, since tasks wait for tasks: an event's handler for an operation, an operation of the

@@ -4,7 +4,7 @@
 #include "Platform/Shared/PlatformBase.h"
 #include "Platform/Shared/PlatformError.h"
 #include "Platform/Simulated/Capture.h"
-#include "Platform/Simulated/Scenario/GuidText.h"
+#include "Platform/Simulated/Scenario/IgnoringCase.h"
 #include "Platform/Simulated/Scenario/ScenarioReader.h"
 #include "Platform/Simulated/SourceGroup.h"
 #include "Platform/Simulated/Watcher.h"
@@ -128,6 +128,7 @@ IAsyncOperation<VectorView<MediaFrameSourceGroup>> SimulatedPlatform::FindAllAsy
         {"MediaFrameSourceGroup.FindAllAsync"}, _simulation->scenario()->faults, [simulation = _simulation] {
             const auto scenario = simulation->scenario();
             std::vector<MediaFrameSourceGroup> groups;
+            groups.reserve(scenario->groups.size());
             for (const GroupDefinition& group : scenario->groups)
                 groups.push_back(std::make_shared<SourceGroup>(partOf(scenario, group)));
             return VectorView<MediaFrameSourceGroup>(std::move(groups));

@@ -8,10 +8,9 @@
 namespace Platform::Simulated {
 namespace {
 
-class SimulatedSourceInfo2 final : public IMediaFrameSourceInfo2 {
+class SourceInfo2 final : public IMediaFrameSourceInfo2 {
 public:
-    explicit SimulatedSourceInfo2(std::shared_ptr<const SourceDefinition> definition)
-        : _definition(std::move(definition)) {}
+    explicit SourceInfo2(std::shared_ptr<const SourceDefinition> definition) : _definition(std::move(definition)) {}
 
     std::u16string ProfileId() const override { return _definition->profileId; }
     VectorView<MediaCaptureVideoProfileMediaDescription> VideoProfileMediaDescription() const override {
@@ -24,6 +23,7 @@ private:
 
 VectorView<MediaFrameSourceInfo> infosOf(const std::shared_ptr<const GroupDefinition>& group) {
     std::vector<MediaFrameSourceInfo> infos;
+    infos.reserve(group->sources.size());
     for (const SourceDefinition& source : group->sources)
         infos.push_back(std::make_shared<SourceInfo>(std::shared_ptr<const SourceDefinition>(group, &source)));
     return infos;
@@ -36,7 +36,7 @@ SourceInfo::SourceInfo(std::shared_ptr<const SourceDefinition> definition)
       _device(std::make_shared<Shared::DeviceInformationValue>(_definition->device)) {}
 
 MediaFrameSourceInfo2 SourceInfo::asMediaFrameSourceInfo2() const {
-    return _definition->sourceInfo2 ? std::make_shared<SimulatedSourceInfo2>(_definition) : nullptr;
+    return _definition->sourceInfo2 ? std::make_shared<SourceInfo2>(_definition) : nullptr;
 }
 
 SourceGroup::SourceGroup(std::shared_ptr<const GroupDefinition> definition)

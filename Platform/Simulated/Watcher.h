@@ -12,11 +12,9 @@ class Watcher final : public Shared::DeviceWatcherBase, public ScenarioObserver 
 public:
     explicit Watcher(std::shared_ptr<Simulation> simulation);
 
-protected:
+private:
     void startWatching() override;
     void aboutToReport(Shared::DeviceEvent event, const std::u16string& deviceId) override;
-
-private:
     void reportAll(const Scenario& scenario) override;
     /// A group whose watched device has another id than before counts as gone and new.
     void reportChanges(const Scenario& before, const Scenario& now) override;

@@ -1,5 +1,6 @@
 #include "Platform/V4l2/ExposureBias.h"
 
+#include "Platform/V4l2/Kernel/DeviceErrors.h"
 #include "Platform/V4l2/MenuCall.h"
 
 #include <string_view>
@@ -17,7 +18,7 @@ float ExposureBias::Value() const {
                              [operation](NumberMenu& menu, DeviceNode& node) {
                                  const auto value = menu.value();
                                  if (!value)
-                                     raiseRefused(operation, node);
+                                     throw refusedError(operation, node.path());
                                  return static_cast<float>(*value);
                              });
 }

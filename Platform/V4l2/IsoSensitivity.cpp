@@ -2,6 +2,7 @@
 
 #include "Platform/Shared/PlatformError.h"
 #include "Platform/Shared/RunAsync.h"
+#include "Platform/V4l2/Kernel/DeviceErrors.h"
 #include "Platform/V4l2/MenuCall.h"
 
 #include <algorithm>
@@ -23,12 +24,12 @@ void setSpeed(NumberMenu& menu, const DeviceNode& node, std::uint32_t speed, std
     const auto nearest = std::min_element(menu.entries.begin(), menu.entries.end(),
                                           [&](const auto& a, const auto& b) { return distance(a) < distance(b); });
     if (nearest == menu.entries.end())
-        raiseRefused(operation, node);
+        throw refusedError(operation, node.path());
     const auto automatic = menu.controls.find({V4L2_CID_ISO_SENSITIVITY_AUTO});
     if (automatic && isAutomatic(menu.controls) && !menu.controls.write(*automatic, V4L2_ISO_SENSITIVITY_MANUAL))
-        raiseRefused(operation, node);
+        throw refusedError(operation, node.path());
     if (!menu.controls.write(*menu.control, nearest->first))
-        raiseRefused(operation, node);
+        throw refusedError(operation, node.path());
 }
 
 } // namespace
@@ -75,7 +76,7 @@ std::uint32_t IsoSensitivity::Value() const {
                                      [operation](NumberMenu& menu, DeviceNode& node) {
                                          const auto value = menu.value();
                                          if (!value)
-                                             raiseRefused(operation, node);
+                                             throw refusedError(operation, node.path());
                                          return static_cast<std::uint32_t>(*value);
                                      });
 }

@@ -90,7 +90,7 @@ ChartPatch wedgeStep(const ChartLayout& at, int step) {
     return {cellOf(at.wedge, 0, wedgeStepCount, step, 1, 0), {sample, sample, sample}};
 }
 
-std::vector<ChartPatch> patchesOf(const ChartLayout& at) {
+std::vector<ChartPatch> chartPatches(const ChartLayout& at) {
     std::vector<ChartPatch> patches;
     addPatches(patches, at.leftPanel, at.cellGap, patchColumns, patchColours);
     addPatches(patches, at.rightPanel, at.cellGap, pureColumns, pureColours);
@@ -101,7 +101,7 @@ std::vector<ChartPatch> patchesOf(const ChartLayout& at) {
 }
 
 std::vector<ChartPatch> chartPatches(std::uint32_t width, std::uint32_t height) {
-    return patchesOf(layOutChart(width, height));
+    return chartPatches(layOutChart(width, height));
 }
 
 } // namespace Platform::Simulated

@@ -28,23 +28,24 @@ struct ChartLayout {
     Imaging::Rectangle wedge;
 };
 
+/// `width` and `height`: any size of a picture; in a very small one some of the areas are empty. Any thread.
 ChartLayout layOutChart(std::uint32_t width, std::uint32_t height);
 
-/// Of the panels beside the star.
+/// The rows of the panels beside the star.
 constexpr int panelRows = 6;
 
 /// One cell of an area that is cut into equal columns and rows; it may span several rows.
 Imaging::Rectangle cellOf(const Imaging::Rectangle& area, int gap, int columns, int column, int rows, int row,
                           int rowSpan = 1);
 
-/// Of the grey wedge: the first is white, two are a stop down, the last is black.
+/// The steps of the grey wedge: the first is white, two are a stop down, the last is black.
 constexpr int wedgeStepCount = 14;
 /// The area may be empty.
 ChartPatch wedgeStep(const ChartLayout& at, int step);
 
 /// The patches of known colour: colours first, then the grey steps from white to black. Empty ones, at very small
 /// sizes, are left out.
-std::vector<ChartPatch> patchesOf(const ChartLayout& at);
+std::vector<ChartPatch> chartPatches(const ChartLayout& at);
 /// Those of the chart of that size.
 std::vector<ChartPatch> chartPatches(std::uint32_t width, std::uint32_t height);
 

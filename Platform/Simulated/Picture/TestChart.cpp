@@ -159,7 +159,7 @@ void drawSlantedSquare(Canvas& canvas, const Rectangle& cell) {
 }
 
 void drawPatches(Canvas& canvas, const ChartLayout& at) {
-    for (const ChartPatch& patch : patchesOf(at))
+    for (const ChartPatch& patch : chartPatches(at))
         canvas.fill(patch.area, patch.colour);
     // The wedge's whole stops are numbered, below the middles of its steps.
     for (int step = 0; step + 1 < wedgeStepCount; step += 2) {

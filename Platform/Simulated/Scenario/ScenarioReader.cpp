@@ -1,14 +1,15 @@
 #include "Platform/Simulated/Scenario/ScenarioReader.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
+#include "Platform/Interface/Guid.h"
 #include "Platform/Simulated/Scenario/CameraReader.h"
 #include "Platform/Simulated/Scenario/FaultsReader.h"
-#include "Platform/Simulated/Scenario/GuidText.h"
 #include "Platform/Simulated/Scenario/JsonObjectReader.h"
 
 #include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 
 namespace Platform::Simulated {
 namespace {
@@ -34,7 +35,7 @@ PropertyMap readProperties(const JsonPlace& json) {
     for (const std::string& name : json.value().getMemberNames()) {
         std::u16string text = json.member(name).asText();
         PropertyValue value = text;
-        if (const std::optional<Guid> guid = guidFromText(text))
+        if (const std::optional<Guid> guid = guidFromText(Halden::toUtf8(text)))
             value = *guid;
         entries.emplace_back(Halden::toUtf16(name), std::move(value));
     }

@@ -44,7 +44,7 @@ void CaptureCore::open(std::shared_ptr<const GroupDefinition> group, PhotoCaptur
     if (!camera || !camera->isPlugged())
         throw Shared::errnoError(operation, camera ? nameOf(camera) : Halden::toUtf8(group->id), ENODEV);
     std::lock_guard lock(_mutex);
-    _state.require(Phase::New, operation, nameOf(camera));
+    _state.requireNew(operation, nameOf(camera));
     _state.enter(Phase::Initialised);
     _group = std::move(group);
     _photoSource = photoSource;
@@ -78,7 +78,7 @@ std::shared_ptr<const GroupDefinition> CaptureCore::group() const {
 
 void CaptureCore::requireInitialised(const char* operation) const {
     std::lock_guard lock(_mutex);
-    _state.require(Phase::Initialised, operation, nameOf(_camera));
+    _state.requireInitialised(operation, nameOf(_camera));
 }
 
 void CaptureCore::requireOpen(const char* operation, const std::shared_ptr<SimulatedCamera>& camera) const {

@@ -4,8 +4,8 @@ namespace Platform::Simulated {
 
 struct Scenario;
 
-/// Who is told what the scenario in force has become. Called by the simulation, which holds its lock meanwhile: an
-/// observer queues what it has to say, and calls nothing of the simulation.
+/// Who is told what the scenario in force has become. Any thread. Called by the simulation, which holds its lock
+/// meanwhile: an observer queues what it has to say, and calls nothing of the simulation.
 class ScenarioObserver {
 public:
     virtual ~ScenarioObserver() = default;

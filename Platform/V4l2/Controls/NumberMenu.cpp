@@ -1,7 +1,5 @@
 #include "Platform/V4l2/Controls/NumberMenu.h"
 
-#include "Platform/Shared/PlatformError.h"
-
 namespace Platform::V4l2 {
 
 NumberMenu::NumberMenu(DeviceNode& node, std::uint32_t id)
@@ -18,10 +16,6 @@ std::optional<double> NumberMenu::value() {
 double NumberMenu::numberOf(const Entries::value_type& entry) {
     constexpr double thousandths = 1000.0;
     return static_cast<double>(entry.second) / thousandths;
-}
-
-void raiseRefused(std::string_view operation, const DeviceNode& node) {
-    throw Shared::platformError(operation, node.path(), winrt::result::fail, "the camera refuses");
 }
 
 } // namespace Platform::V4l2

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -31,8 +30,5 @@ public:
     const std::optional<KernelControl> control;
     const Entries entries;
 };
-
-/// Raises that the camera refuses.
-[[noreturn]] void raiseRefused(std::string_view operation, const DeviceNode& node);
 
 } // namespace Platform::V4l2

@@ -1,7 +1,6 @@
 #include "Platform/V4l2/Kernel/DeviceErrors.h"
 
 #include "Platform/Shared/ErrnoError.h"
-#include "Platform/Shared/PlatformError.h"
 
 #include <cerrno>
 #include <string>
@@ -45,6 +44,10 @@ bool meansUnplugged(int error) { return error == ENODEV || error == ESHUTDOWN; }
 
 winrt::hresult_error goneError(std::string_view operation, std::string_view device) {
     return deviceError(operation, device, ENODEV);
+}
+
+winrt::hresult_error refusedError(std::string_view operation, std::string_view device) {
+    return Shared::platformError(operation, device, winrt::result::fail, "the camera refuses");
 }
 
 } // namespace Platform::V4l2

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/HresultError.h"
-#include "Platform/Shared/CaptureState.h"
+#include "Platform/Shared/PlatformError.h"
 
 #include <string_view>
 
@@ -15,6 +15,9 @@ bool meansUnplugged(int error);
 
 /// The error of every use of a camera that is gone.
 winrt::hresult_error goneError(std::string_view operation, std::string_view device);
+
+/// The error of what the camera refuses to do or to tell.
+winrt::hresult_error refusedError(std::string_view operation, std::string_view device);
 
 using Shared::closedError;
 

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <thread>
+#include <vector>
 
 namespace Platform::V4l2 {
 

@@ -12,7 +12,7 @@ std::string_view CaptureCore::deviceName() const {
 
 void CaptureCore::initialise(CameraGroupHandle group) {
     std::lock_guard lock(_mutex);
-    _state.require(Phase::New, "MediaCapture.InitializeAsync", deviceName());
+    _state.requireNew("MediaCapture.InitializeAsync", deviceName());
     auto worker = std::make_shared<CameraWorker>(_surroundings.calls, _surroundings.pool, group->sources.front(),
                                                  _surroundings.limits);
     _workers.resize(group->sources.size());
@@ -31,7 +31,7 @@ void CaptureCore::close() {
 
 void CaptureCore::requireInitialised(std::string_view operation) {
     std::lock_guard lock(_mutex);
-    _state.require(Phase::Initialised, operation, deviceName());
+    _state.requireInitialised(operation, deviceName());
 }
 
 void CaptureCore::requireCamera(std::string_view operation) {
@@ -45,7 +45,7 @@ CameraGroupHandle CaptureCore::group() {
 
 std::shared_ptr<CameraWorker> CaptureCore::worker(std::string_view operation, std::size_t source) {
     std::lock_guard lock(_mutex);
-    _state.require(Phase::Initialised, operation, deviceName());
+    _state.requireInitialised(operation, deviceName());
     auto& worker = _workers.at(source);
     if (!worker)
         worker = std::make_shared<CameraWorker>(_surroundings.calls, _surroundings.pool, _group->sources.at(source),

@@ -1,13 +1,15 @@
 #include "Platform/V4l2/Session/StillQueue.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace Platform::V4l2 {
 
 void StillQueue::settingChanged(TimePoint moment) {
     // What the camera's mechanics were told before may still move.
-    _sinceSetting = FramesSince(std::max(moment, _sinceSetting.moment()));
+    if (moment > _sinceSetting.moment())
+        _sinceSetting = FramesSince(moment);
 }
 
 void StillQueue::add(StillRequest request) {
@@ -40,6 +42,7 @@ template <typename Condition> std::vector<StillRequest> StillQueue::take(Conditi
     const auto taken = std::stable_partition(_pending.begin(), _pending.end(),
                                              [&](const PendingStill& still) { return !condition(still); });
     std::vector<StillRequest> requests;
+    requests.reserve(static_cast<std::size_t>(_pending.end() - taken));
     for (auto still = taken; still != _pending.end(); ++still)
         requests.push_back(std::move(still->request));
     _pending.erase(taken, _pending.end());

@@ -19,6 +19,7 @@ void StreamKeeper::stop() {
 }
 
 void StreamKeeper::waitUntil(TimePoint moment) {
+    _stream.reset();
     _state = State::WaitingToRestart;
     _restartAt = moment;
 }
@@ -77,7 +78,6 @@ std::optional<TimePoint> StreamKeeper::deadlinePassed(TimePoint now, bool frames
         return std::nullopt;
     if (isRunning()) {
         _patience = std::min(2 * _patience, _limits.still); // it may be one that begins slowly
-        _stream.reset();
         waitUntil(now);
     }
     try {

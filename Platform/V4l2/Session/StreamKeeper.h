@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/V4l2/Discovery/NodeDescription.h"
+#include "Platform/V4l2/Kernel/DeviceNode.h"
 #include "Platform/V4l2/Session/CameraLimits.h"
 #include "Platform/V4l2/Streaming/Stream.h"
 
@@ -16,8 +18,8 @@ namespace Platform::V4l2 {
 ///     Stopped ---------------------> Running
 ///      ^ | ^          stop            |   ^
 ///      | | +--------------------------+   |
-///      | |                            |   |
-///      | |    fails or falls silent   |   |  start, or its moment comes
+///      | |    fails, falls silent     |   |
+///      | |    or is to restart soon   |   |  start, or its moment comes
 ///      | |                            v   |
 ///      | +-----------------------> WaitingToRestart ---+
 ///      |         restartSoon          |   ^            |  fails again
@@ -40,7 +42,7 @@ public:
     /// Starts a stream that does not run; the moment since when it does. Raises, and leaves the state as it is.
     TimePoint start();
     void stop();
-    /// Has a stream that could not be started be tried again at once.
+    /// Ends what runs, and has a stream be started again at once.
     void restartSoon() { waitUntil(std::chrono::steady_clock::now()); }
 
     /// Takes what is full from the driver, shows it to the visitor, and gives it back. A failure, the visitor's too,

@@ -294,7 +294,7 @@ TEST_F(CaptureTest, BothPlanarInterfacesGiveTheSamePicture) {
         const FrameClock clock(*driver, videoPath);
         const auto png = still(capture);
         ASSERT_TRUE(png);
-        EXPECT_NEAR(brightness(*png), (lumaOfExposure(250) - 16) * 255 / 219, 2);
+        EXPECT_NEAR(brightness(*png), (lumaOfExposure(250) - 16) * 255.0 / 219, 2);
     }
 }
 

@@ -63,6 +63,14 @@ TEST_F(StillQueueTest, ASettingThatIsInForceEarlierDoesNotShortenTheWaitForAnoth
     EXPECT_TRUE(stills.hasFresh());
 }
 
+TEST_F(StillQueueTest, ASettingThatIsInForceBeforeTheLatestStartsNoNewCount) {
+    stills.settingChanged(at(100));
+    countFrames(105, 135);
+    ASSERT_FALSE(stills.wantsFrames());
+    stills.settingChanged(at(90));
+    EXPECT_FALSE(stills.wantsFrames());
+}
+
 TEST_F(StillQueueTest, OneFrameServesAllStillsThatItIsFreshForInTheirOrder) {
     stills.add(askedAt(101));
     stills.add(askedAt(102));

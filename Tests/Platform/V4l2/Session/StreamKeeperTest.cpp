@@ -120,6 +120,16 @@ TEST_F(StreamKeeperTest, AStreamThatCouldNotBeStartedCanBeTriedAgainAtOnce) {
     EXPECT_EQ(keeper.state(), State::Running);
 }
 
+TEST_F(StreamKeeperTest, AStreamThatIsToRestartSoonHasEnded) {
+    keeper.start();
+    keeper.restartSoon();
+    EXPECT_EQ(keeper.state(), State::WaitingToRestart);
+    EXPECT_FALSE(driver->isStreaming(videoPath));
+    EXPECT_EQ(driver->mappings(), 0U);
+    EXPECT_NE(keeper.deadlinePassed(steady_clock::now(), false), std::nullopt);
+    EXPECT_EQ(keeper.state(), State::Running);
+}
+
 TEST_F(StreamKeeperTest, AStreamThatIsStoppedIsNotStartedAgain) {
     keeper.start();
     letStreamFail();

@@ -1,6 +1,4 @@
-#include "Platform/Simulated/Scenario/GuidText.h"
-
-#include "Framework/CXX/Common/TextConversion.h"
+#include "Platform/Simulated/Scenario/IgnoringCase.h"
 
 #include <algorithm>
 
@@ -12,8 +10,6 @@ char16_t lowered(char16_t unit) {
 }
 
 } // namespace
-
-std::optional<Guid> guidFromText(std::u16string_view text) { return Platform::guidFromText(Halden::toUtf8(text)); }
 
 bool equalIgnoringCase(std::u16string_view left, std::u16string_view right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
