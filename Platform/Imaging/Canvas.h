@@ -44,8 +44,7 @@ struct Rectangle {
 };
 
 /// A drawing surface, black at first. Rectangles have exact edges, everything else is smoothed. What lies
-/// outside the surface, and what is empty, is not drawn. One thread at a time; canvases of
-/// different threads do not disturb each other.
+/// outside the surface, and what is empty, is not drawn. One thread at a time.
 class Canvas {
 public:
     /// Raises winrt::hresult_error for sides of 0 or above 32767, the most that the library draws on.

@@ -10,6 +10,7 @@
 namespace Platform::Imaging {
 
 /// Reads one JPEG file, sequential or progressive, grey or colour; see decodeImage for the rules and the errors.
+/// One thread at a time.
 class JpegReader {
 public:
     /// True for bytes that begin as a JPEG file does.

@@ -9,7 +9,8 @@
 
 namespace Platform::Imaging {
 
-/// Reads one PNG file of any colour type and depth; see decodeImage for the rules and the errors.
+/// Reads one PNG file of any colour type and depth; see decodeImage for the rules and the errors. One thread
+/// at a time.
 class PngReader {
 public:
     /// True for bytes that begin as a PNG file does.

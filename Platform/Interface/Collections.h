@@ -15,7 +15,11 @@ namespace Platform {
 template <typename T> class VectorView {
 public:
     VectorView() : VectorView(std::vector<T>{}) {}
+
+    /// Takes the elements over, in their order. Not explicit: a function that returns a list may end in a vector.
     VectorView(std::vector<T> items) : _items(std::make_shared<const std::vector<T>>(std::move(items))) {}
+
+    /// Copies the elements, for lists written out in braces.
     VectorView(std::initializer_list<T> items) : VectorView(std::vector<T>(items)) {}
 
     /// The number of elements.
@@ -29,7 +33,10 @@ public:
         return (*_items)[index];
     }
 
+    /// Forward, in the order of the list; as iterators of a vector, good as long as a copy of the list lives.
     auto begin() const { return _items->begin(); }
+
+    /// Behind the last element.
     auto end() const { return _items->end(); }
 
 private:
@@ -41,15 +48,21 @@ private:
 /// change. Any thread.
 template <typename T> class MapView {
 public:
+    /// The key, UTF-16, and its value: what iterating gives.
     using Entry = std::pair<std::u16string, T>;
 
     MapView() : MapView(std::vector<Entry>{}) {}
+
+    /// Takes the entries over, in their order; a key may occur more than once.
     MapView(std::vector<Entry> entries) : _entries(std::make_shared<const std::vector<Entry>>(std::move(entries))) {}
+
+    /// Copies the entries, for maps written out in braces.
     MapView(std::initializer_list<Entry> entries) : MapView(std::vector<Entry>(entries)) {}
 
-    /// The number of entries.
+    /// The number of entries; each of several with the same key counts.
     std::uint32_t Size() const { return static_cast<std::uint32_t>(_entries->size()); }
 
+    /// Whether Lookup of the key finds a value. Takes time in proportion to Size, as Lookup does.
     bool HasKey(const std::u16string& key) const { return find(key) != nullptr; }
 
     /// The value under the key; lives as long as a copy of the map. Raises outOfBounds for a key that the map does not
@@ -61,7 +74,10 @@ public:
         return *value;
     }
 
+    /// Forward, in the order of filling; as iterators of a vector, good as long as a copy of the map lives.
     auto begin() const { return _entries->begin(); }
+
+    /// Behind the last entry.
     auto end() const { return _entries->end(); }
 
 private:

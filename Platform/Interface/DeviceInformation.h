@@ -16,9 +16,9 @@ enum class Panel { Unknown = 0, Front = 1, Back = 2, Top = 3, Bottom = 4, Left =
 
 /// Where on the machine a built-in camera sits.
 struct EnclosureLocation {
-    Platform::Panel Panel = Panel::Unknown;
-    bool InDock = false;
-    bool InLid = false;
+    Platform::Panel Panel = Panel::Unknown; ///< Unknown too where only the dock or the lid is known.
+    bool InDock = false;                    ///< In the docking station, which the machine may be without at times.
+    bool InLid = false;                     ///< In the lid, with which it moves and may be shut.
 };
 
 /// What has become of a device that the watcher reported earlier. Any thread. Every member may raise.

@@ -21,8 +21,13 @@ using DeviceWatcher = std::shared_ptr<IDeviceWatcher>;
 /// runs after it.
 class IDeviceWatcher {
 public:
+    /// Gets the watcher and the device that has come; neither is null.
     using DeviceHandler = std::function<winrt::hresult(const DeviceWatcher&, const DeviceInformation&)>;
+
+    /// Gets the watcher and what has become of a device that Added reported; neither is null.
     using UpdateHandler = std::function<winrt::hresult(const DeviceWatcher&, const DeviceInformationUpdate&)>;
+
+    /// Gets the watcher alone, never null: the event is about no device.
     using PlainHandler = std::function<winrt::hresult(const DeviceWatcher&)>;
 
     virtual ~IDeviceWatcher() = default;

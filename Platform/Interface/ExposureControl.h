@@ -20,8 +20,10 @@ public:
     /// Whether the camera sets the time by itself.
     virtual bool Auto() const = 0;
 
-    /// The shortest and the longest time that can be set.
+    /// The shortest time that can be set.
     virtual TimeSpan Min() const = 0;
+
+    /// The longest time that can be set; Min where there is one alone.
     virtual TimeSpan Max() const = 0;
 
     /// The distance of the times that can be set, counted from Min.

@@ -20,8 +20,10 @@ public:
     /// Whether the camera sets the speed by itself.
     virtual bool Auto() const = 0;
 
-    /// The lowest and the highest speed that can be set.
+    /// The lowest speed that can be set.
     virtual std::uint32_t Min() const = 0;
+
+    /// The highest speed that can be set; Min where there is one alone. Not every speed between can be.
     virtual std::uint32_t Max() const = 0;
 
     /// The smallest distance of two speeds that can be set; 0 where there is one alone.

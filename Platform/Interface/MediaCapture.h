@@ -27,7 +27,11 @@ enum class CameraStreamState { NotStreaming = 0, Streaming = 1, BlockedForPrivac
 struct MediaCaptureInitializationSettings {
     /// A group of the same platform; InitializeAsync refuses null.
     MediaFrameSourceGroup SourceGroup;
+
+    /// Where stills are to come from. The hub asks for VideoPreview, and for Auto on a source of real photos.
     Platform::PhotoCaptureSource PhotoCaptureSource = PhotoCaptureSource::Auto;
+
+    /// The hub asks for Video: it has no use for sound.
     Platform::StreamingCaptureMode StreamingCaptureMode = StreamingCaptureMode::AudioAndVideo;
 };
 

@@ -6,11 +6,11 @@ namespace Platform {
 
 /// What a control can do. Where it is not Supported the rest says nothing.
 struct MediaDeviceControlCapabilities {
-    bool Supported = false;
-    bool AutoModeSupported = false; // can be turned on and off
-    double Min = 0.0;               // in the control's unit, as are the next two
-    double Max = 0.0;
-    double Step = 0.0; // distance of the grid points, counted from Min; 0: the value cannot be changed
+    bool Supported = false;         ///< Whether the camera has the value, its automatic or both.
+    bool AutoModeSupported = false; ///< Whether the automatic can be turned on and off.
+    double Min = 0.0;               ///< The lowest value, in the control's unit.
+    double Max = 0.0;               ///< The highest value, in the control's unit; Min where there is one alone.
+    double Step = 0.0;              ///< Distance of the grid points, counted from Min; 0: the value cannot be changed.
 };
 
 /// One setting of the older generation. Exposure is in log2 of seconds (-4: 1/16 s), the rest in the camera's own

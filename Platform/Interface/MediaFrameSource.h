@@ -12,11 +12,11 @@ namespace Platform {
 
 /// One format that a source of an open capture can be set to. A value. Any thread.
 struct MediaFrameFormat {
-    std::uint32_t Index = 0;  // position in the SupportedFormats of its source
-    std::uint32_t Width = 0;  // pixels
-    std::uint32_t Height = 0; // pixels
-    double FrameRate = 0.0;   // frames a second
-    std::u16string Subtype;   // the pixel format's name, "NV12" for instance
+    std::uint32_t Index = 0;  ///< Position in the SupportedFormats of its source, from 0.
+    std::uint32_t Width = 0;  ///< In pixels.
+    std::uint32_t Height = 0; ///< In pixels.
+    double FrameRate = 0.0;   ///< Frames a second; 30 where the camera tells none.
+    std::u16string Subtype;   ///< The pixel format's name, "NV12" for instance.
 };
 
 /// A source of an open capture. Any thread. Every member raises the errors of the capture's state (see IMediaCapture).

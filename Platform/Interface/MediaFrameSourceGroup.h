@@ -36,8 +36,10 @@ public:
     /// Unlike that of any other source of the group; the key of FrameSources.
     virtual std::u16string Id() const = 0;
 
-    /// May be a number that the enumeration has no name for, as may SourceKind.
+    /// May be a number that the enumeration has no name for.
     virtual Platform::MediaStreamType MediaStreamType() const = 0;
+
+    /// May be such a number, too: it is then no colour.
     virtual MediaFrameSourceKind SourceKind() const = 0;
 
     /// The device that streams; several sources may have the same. Its Id is the camera's identity towards clients: it

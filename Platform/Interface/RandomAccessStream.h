@@ -7,7 +7,7 @@
 
 namespace Platform {
 
-/// Bytes with a position, which begins at 0. One thread at a time: whoever hands a stream to an asynchronous operation
+/// Bytes with a position, which begins at 0. One thread at a time. Whoever hands a stream to an asynchronous operation
 /// leaves it alone until that has ended. All but Seek may raise what the system reports; streams in memory raise
 /// nothing.
 class IRandomAccessStream {

@@ -13,10 +13,10 @@ enum class BitmapPixelFormat { Unknown = 0, Rgba8 = 30, Bgra8 = 87 };
 /// A decoded picture: rows from the top, without padding, four bytes a pixel. Never changes once it is shared. Any
 /// thread.
 struct SoftwareBitmapData {
-    BitmapPixelFormat Format = BitmapPixelFormat::Unknown;
-    std::uint32_t PixelWidth = 0;     // pixels
-    std::uint32_t PixelHeight = 0;    // pixels
-    std::vector<std::uint8_t> Pixels; // 4 * PixelWidth * PixelHeight bytes; operations refuse another number
+    BitmapPixelFormat Format = BitmapPixelFormat::Unknown; ///< The order of the samples in Pixels.
+    std::uint32_t PixelWidth = 0;                          ///< Pixels in a row, each of four bytes.
+    std::uint32_t PixelHeight = 0;                         ///< Rows, the top one first.
+    std::vector<std::uint8_t> Pixels; ///< 4 * PixelWidth * PixelHeight bytes; operations refuse another number.
 };
 /// Null stands for no bitmap, which every operation refuses.
 using SoftwareBitmap = std::shared_ptr<const SoftwareBitmapData>;
