@@ -22,3 +22,28 @@ AutoSwitchOutcome switchAutoFocus(const Platform::MediaCapture& capture, bool on
 
 /// As switchAutoFocus.
 AutoSwitchOutcome switchAutoWhiteBalance(const Platform::MediaCapture& capture, bool on);
+
+/// What is said of each outcome.
+template <typename Line> struct AutoSwitchLines {
+    Line switchedNewer;
+    Line switchedOlder;
+    Line refused;
+    Line noAutoMode;
+    Line noControl;
+
+    const Line& of(AutoSwitchOutcome outcome) const {
+        switch (outcome) {
+        case AutoSwitchOutcome::SwitchedNewer:
+            return switchedNewer;
+        case AutoSwitchOutcome::SwitchedOlder:
+            return switchedOlder;
+        case AutoSwitchOutcome::Refused:
+            return refused;
+        case AutoSwitchOutcome::NoAutoMode:
+            return noAutoMode;
+        case AutoSwitchOutcome::NoControl:
+            break;
+        }
+        return noControl;
+    }
+};

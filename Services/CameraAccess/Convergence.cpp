@@ -15,7 +15,7 @@ void converge(bool exposure, bool focus, bool wb, const ConvergenceSteps& steps)
     if (!exposure && !focus && !wb)
         return;
     steps.tell(std::string("Turning on a preview stream to converge: ") + (exposure ? "[exposure] " : "") +
-               (focus ? "[focus] " : "") + (wb ? "[WB] " : "") + steps.firstLineEnd);
+               (focus ? "[focus] " : "") + (wb ? "[WB] " : "") + steps.camera);
     steps.tell("Turn auto settings on or off..");
     steps.autoExposure(exposure);
     steps.autoFocus(focus);

@@ -11,7 +11,7 @@ struct ConvergenceSteps {
     std::function<void(bool on)> autoWhiteBalance;
 
     std::function<void(const std::string& line)> tell;
-    std::string firstLineEnd; ///< what the line about the beginning ends in
+    std::string camera; ///< ends the first line: which camera it is; may be empty
 };
 
 /// Switches the three automatics as told, gives them a fixed 2 s, then switches those off that were on; the order is

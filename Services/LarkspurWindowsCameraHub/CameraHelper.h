@@ -7,7 +7,7 @@
 #include <vector>
 
 /// What turns a device of the platform into camera records, and a record into an open camera.
-/// Any thread. All of it blocks its caller for as long as the platform takes, and may overlap.
+/// Any thread. All of it blocks its caller for as long as the platform takes.
 namespace CameraHelper {
 
 /// The records of the colour sources in the group of a device that the watcher reported, in the group's

@@ -86,7 +86,7 @@ void ConnectedCamera::enableAndConvergeAuto(bool exposure, bool focus, bool wb) 
               .autoFocus = [this](bool on) { autoFocus(mediaCapture, on); },
               .autoWhiteBalance = [this](bool on) { autoWhiteBalance(mediaCapture, on); },
               .tell = [](const std::string& line) { LOG4CXX_DEBUG(deviceLogger(), line); },
-              .firstLineEnd = cameraNameSuffix()});
+              .camera = cameraNameSuffix()});
 }
 
 microseconds ConnectedCamera::setExposure(microseconds exposure, milliseconds delay) {

@@ -17,8 +17,8 @@ struct CameraDescription {
     std::string uid;                       // the platform's device id, byte for byte
 };
 
-/// One usable camera source: what it takes to describe it and to open it again. A plain value; copies
-/// share the platform's handle, which is for any thread.
+/// One usable camera source: what it takes to describe it and to open it again. A value; copies share
+/// the platform's handle.
 struct FoundCamera {
     Platform::DeviceInformation deviceInformation;
 

@@ -6,7 +6,7 @@
 #include <QObject>
 #include <memory>
 
-/// The hub's two listeners, and the image route from one to the other. Made and destroyed by main.
+/// The hub's two listeners, and the image route from one to the other. Main thread.
 class Listeners {
 public:
     /// A failure is logged and leaves empty what has not been built by then: the process goes on without it.

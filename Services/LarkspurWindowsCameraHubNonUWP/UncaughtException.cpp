@@ -4,15 +4,16 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Interface/HresultError.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 
 namespace {
 
 std::string describe(const winrt::hresult_error& error) {
-    char code[32];
-    std::snprintf(code, sizeof code, " %d (0x%08x)", error.code(), static_cast<std::uint32_t>(error.code()));
-    return Halden::toUtf8WithReplacements(error.message()) + code;
+    std::array<char, 32> code{};
+    std::snprintf(code.data(), code.size(), " %d (0x%08x)", error.code(), static_cast<std::uint32_t>(error.code()));
+    return Halden::toUtf8WithReplacements(error.message()) + code.data();
 }
 
 } // namespace

@@ -44,7 +44,7 @@ public:
 using CatchHandler = std::function<void(const std::string&)>;
 
 /// What is told of every caught exception, in order: at first one element, which logs it as an error
-/// of "Common.RunCatch". Not guarded against use from several threads while it is changed.
+/// of "Common.RunCatch". One thread at a time while it is changed.
 std::vector<CatchHandler>& catchHandlers();
 
 /// UTF-8: the description of a HaldenException, the what() of a standard exception, a fixed text for

@@ -2,8 +2,6 @@
 
 #include <utf8.h>
 
-#include <iterator>
-
 namespace Halden {
 
 namespace {
@@ -22,18 +20,13 @@ std::string toUtf8(std::u16string_view text) {
 }
 
 std::string toUtf8WithReplacements(std::u16string_view text) {
-    constexpr char32_t replacement = 0xFFFD;
-    std::string result;
-    while (!text.empty()) {
-        const bool isPair = text.size() > 1 && isLeadSurrogate(text[0]) && isTrailSurrogate(text[1]);
-        const std::u16string_view units = text.substr(0, isPair ? 2 : 1);
-        const std::string bytes = toUtf8(units);
-        if (bytes.empty())
-            utf8::append(replacement, std::back_inserter(result));
-        result += bytes;
-        text.remove_prefix(units.size());
-    }
-    return result;
+    std::u16string whole(text);
+    for (std::size_t i = 0; i < whole.size(); ++i)
+        if (isLeadSurrogate(whole[i]) && i + 1 < whole.size() && isTrailSurrogate(whole[i + 1]))
+            ++i; // a pair
+        else if (isLeadSurrogate(whole[i]) || isTrailSurrogate(whole[i]))
+            whole[i] = u'\uFFFD';
+    return toUtf8(whole);
 }
 
 std::u16string toUtf16(std::string_view text) {

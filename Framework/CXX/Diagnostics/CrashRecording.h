@@ -10,7 +10,8 @@
 /// One thread at a time.
 class CrashRecording {
 public:
-    /// Both have to outlive the object, which alone writes the folders' field of the crash folder.
+    /// Both have to outlive the object. Once logging is initialised it alone writes the folders' field of the crash
+    /// folder.
     CrashRecording(DiagnosticsFolders& folders, const IFileSystem& fileSystem);
     ~CrashRecording();
     CrashRecording(const CrashRecording&) = delete;

@@ -16,44 +16,39 @@ template <typename Work> void dropErrorsOf(const Work& work) {
     }
 }
 
-DiagnosticsPtr make(const std::string& appName, const std::string& version, const std::string& redirectFolder,
-                    const IFileSystem* fileSystem) {
-    return std::make_unique<HaldenDiagnostics>(Halden::toUtf16(appName), Halden::toUtf16(version),
-                                               Halden::toUtf16(redirectFolder), fileSystem);
-}
-
-void dropUnlessValid(DiagnosticsPtr& diagnostics) {
+/// The object if the steps have made it usable, whatever became of them; null otherwise.
+template <typename Steps>
+DiagnosticsPtr create(const std::string& appName, const std::string& version, const std::string& redirectFolder,
+                      const IFileSystem* fileSystem, const Steps& steps) {
+    DiagnosticsPtr diagnostics;
+    dropErrorsOf([&] {
+        diagnostics = std::make_unique<HaldenDiagnostics>(Halden::toUtf16(appName), Halden::toUtf16(version),
+                                                          Halden::toUtf16(redirectFolder), fileSystem);
+        steps(*diagnostics);
+    });
     bool valid = false;
     dropErrorsOf([&] { valid = diagnostics && diagnostics->isValid(); });
     if (!valid)
         diagnostics.reset();
+    return diagnostics;
 }
 
 } // namespace
 
 DiagnosticsPtr createDiagnostics(const std::string& appName, const std::string& version, int keepCount,
                                  const IFileSystem* fileSystem) noexcept {
-    DiagnosticsPtr diagnostics;
-    dropErrorsOf([&] {
-        diagnostics = make(appName, version, "", fileSystem);
-        diagnostics->initializeLogging();
-        if (!diagnostics->isConfigured())
+    return create(appName, version, {}, fileSystem, [&](HaldenDiagnostics& made) {
+        made.initializeLogging();
+        if (!made.isConfigured())
             throw Halden::HaldenException(u"Need to call initializeLogging() first");
-        diagnostics->createFolders(defaultFileSystem());
-        diagnostics->createDefaultTrace();
-        diagnostics->trimRunFolders(keepCount);
+        made.createFolders(defaultFileSystem());
+        made.createDefaultTrace();
+        made.trimRunFolders(keepCount);
     });
-    dropUnlessValid(diagnostics);
-    return diagnostics;
 }
 
 DiagnosticsPtr createRedirectedDiagnostics(const std::string& appName, const std::string& version,
                                            const std::string& redirectFolder, const IFileSystem* fileSystem) noexcept {
-    DiagnosticsPtr diagnostics;
-    dropErrorsOf([&] {
-        diagnostics = make(appName, version, redirectFolder, fileSystem);
-        diagnostics->initializeLogging();
-    });
-    dropUnlessValid(diagnostics);
-    return diagnostics;
+    return create(appName, version, redirectFolder, fileSystem,
+                  [](HaldenDiagnostics& made) { made.initializeLogging(); });
 }

@@ -7,6 +7,7 @@ namespace Halden {
 
 /// What a run leaves on disk: its folders and its traces. Folders are UTF-16, ids and names of traces UTF-8.
 /// A HaldenException with the text "Invalid diagnostics" is thrown by what needs folders that are not there.
+/// Any thread.
 class IDiagnostics {
 public:
     virtual std::u16string getDiagnosticsFolder() = 0;

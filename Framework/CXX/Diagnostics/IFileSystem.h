@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// What the diagnostics ask of a file system. Paths are UTF-16. Its users never own it.
+/// What the diagnostics ask of a file system. Paths are UTF-16. Its users never own it. Any thread.
 class IFileSystem {
 public:
     /// Makes this one folder, without parents. False if it is there already; any failure is a

@@ -11,7 +11,8 @@
 /// throws the file system's errors. Any thread.
 class Traces {
 public:
-    /// Both have to outlive the object, which alone writes the folders' fields of the default and the current trace.
+    /// Both have to outlive the object. Once logging is initialised it alone writes the folders' fields of the default
+    /// and the current trace.
     Traces(DiagnosticsFolders& folders, const IFileSystem& fileSystem);
 
     /// Makes the folders of a new trace; returns its id, which is the name and the local time.
@@ -37,7 +38,7 @@ public:
 private:
     DiagnosticsFolders& _folders;
     const IFileSystem& _fileSystem;
-    mutable std::mutex _mutex; // guards the current trace
+    mutable std::mutex _mutex; // guards the current trace, and the making of a trace's data folder
 };
 
 /// The id as texts show it.

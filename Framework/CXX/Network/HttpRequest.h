@@ -10,7 +10,7 @@
 class HttpClient;
 
 /// The head of one request. Made by HttpClient, which deletes it when the next request begins or the
-/// connection ends; a handler must not keep it.
+/// connection ends; a handler must not keep it. Main thread.
 class HttpRequest {
 public:
     explicit HttpRequest(HttpClient* owner);

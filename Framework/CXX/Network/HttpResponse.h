@@ -8,7 +8,7 @@ class HttpClient;
 
 /// Writes one response to the connection. Made and deleted by HttpClient with its request. Call the setters,
 /// sendHeaders, any number of writes, finish; or sendError alone. Nothing is checked against that order.
-/// Without a content length the body goes out in chunks, one for each write.
+/// Without a content length the body goes out in chunks, one for each write. Main thread.
 class HttpResponse {
 public:
     explicit HttpResponse(HttpClient* owner);

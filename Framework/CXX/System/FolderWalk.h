@@ -21,6 +21,7 @@ struct FolderEntry {
 std::int64_t creationTimeOf(const struct statx& attributes);
 
 /// Delivers ".", then "..", then every other entry of a folder, of whatever kind, in the order of the file system.
+/// One thread at a time.
 class FolderWalk {
 public:
     explicit FolderWalk(const std::string& folder);

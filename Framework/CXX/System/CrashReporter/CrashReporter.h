@@ -38,8 +38,8 @@ struct CrashReporterInstallRecord {
 
 /// False, with nothing changed, if it is installed already, the folder does not exist, a text is too
 /// long, or the system refuses. A missing helper is no failure: records are shorter then. There is
-/// never a dialog, so nothing here tells silent from not silent. One thread at a time, with the two
-/// functions below.
+/// never a dialog, so nothing here tells silent from not silent. One thread at a time, the two
+/// functions below included.
 bool installCrashReporter(const CrashReporterInstallRecord& record);
 
 /// Asks for a screenshot of the windows of this process. False if the reporter is not installed. The
