@@ -21,7 +21,7 @@ build_packages=(
 test_packages=(python3-pytest python3-pytest-xdist python3-pil umockdev libumockdev-dev locales)
 
 # What scripts/check.sh takes besides: all but clang-tidy look at the sources alone.
-check_packages=(git clang-format-19 shellcheck flake8)
+check_packages=(doxygen git clang-format-19 shellcheck flake8)
 tidy_packages=(clang-tidy-19)
 
 # The second compiler, of the preset clang.

@@ -16,6 +16,7 @@ SOURCE = "Platform/Interface/Guid.cpp"
 STAND_INS = {
     "dpkg-query": "echo -n installed",
     "cmake": "mkdir -p build; touch build/build.ninja",
+    "doxygen": "true",
     "ninja": "echo ninja: no work to do.",
     "clang-tidy-19": 'for file; do :; done; echo "$file" >>"$TIDY_LOG"; ! grep -H DEFECT "$file"',
 }
