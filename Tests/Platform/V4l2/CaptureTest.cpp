@@ -59,8 +59,8 @@ TEST_F(CaptureTest, AStillWithoutAReaderRunsTheStreamForItselfAlone) {
     setFormat(capture, smallAt30);
     const FrameClock clock(*driver, videoPath);
     ASSERT_TRUE(still(capture));
-    EXPECT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath); }));
-    EXPECT_EQ(driver->mappings(), 0u);
+    // The buffers are unmapped behind the end of the stream.
+    EXPECT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath) && driver->mappings() == 0; }));
 }
 
 TEST_F(CaptureTest, TheStreamStateFollowsTheReader) {
