@@ -15,20 +15,20 @@ std::string refusalUnlessInitialised(const CaptureState& state) {
     return raisedBy([&] { state.requireInitialised("Use", "cam"); });
 }
 
-TEST(CaptureState, ANewCaptureCanOnlyBeInitialised) {
+TEST(CaptureStateTest, ANewCaptureCanOnlyBeInitialised) {
     const CaptureState state;
     EXPECT_EQ(refusalUnlessNew(state), "nothing raised");
     EXPECT_EQ(refusalUnlessInitialised(state), "8000000E Use on cam: the capture has not been initialised");
 }
 
-TEST(CaptureState, AnInitialisedCaptureCannotBeInitialisedAgain) {
+TEST(CaptureStateTest, AnInitialisedCaptureCannotBeInitialisedAgain) {
     CaptureState state;
     state.enter(Initialised);
     EXPECT_EQ(refusalUnlessInitialised(state), "nothing raised");
     EXPECT_EQ(refusalUnlessNew(state), "8000000E Use on cam: the capture has been initialised already");
 }
 
-TEST(CaptureState, AClosedCaptureAllowsNothing) {
+TEST(CaptureStateTest, AClosedCaptureAllowsNothing) {
     CaptureState state;
     state.enter(Closed);
     EXPECT_EQ(refusalUnlessNew(state), "80000013 Use on cam: the capture is closed");

@@ -13,6 +13,7 @@ StillRequest askedAt(int ms) { return {{}, nullptr, at(ms)}; }
 
 std::vector<TimePoint> momentsOf(const std::vector<StillRequest>& requests) {
     std::vector<TimePoint> moments;
+    moments.reserve(requests.size());
     for (const StillRequest& request : requests)
         moments.push_back(request.asked);
     return moments;
