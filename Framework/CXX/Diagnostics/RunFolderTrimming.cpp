@@ -6,12 +6,13 @@
 #include "Framework/CXX/Diagnostics/RunFolderEntry.h"
 #include "Framework/CXX/System/FolderWalk.h"
 
+#include <ftw.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <deque>
 #include <filesystem>
 #include <optional>
-#include <system_error>
 
 namespace Halden {
 
@@ -31,6 +32,18 @@ std::deque<RunFolderEntry> findRunFolders(System::FolderWalk& walk) {
     return found;
 }
 
+int removeEntry(const char* path, const struct stat* /* attributes */, int /* kind */, FTW* /* place */) {
+    std::remove(path); // what cannot be removed stays, without a word
+    return 0;
+}
+
+/// With all that is in it; links are not followed. Not by the standard library, which ends the process where memory
+/// runs out while it walks a folder.
+void removeForGood(const std::filesystem::path& folder) {
+    constexpr int descriptors = 16;
+    nftw(folder.c_str(), removeEntry, descriptors, FTW_DEPTH | FTW_PHYS);
+}
+
 } // namespace
 
 void trimRunFolders(const std::u16string& baseFolder, int keepCount) {
@@ -45,8 +58,7 @@ void trimRunFolders(const std::u16string& baseFolder, int keepCount) {
         std::printf("FindNextFile error. Error is %u.\n", static_cast<unsigned>(walk.readError()));
     const auto keep = static_cast<std::size_t>(std::max(keepCount, 1));
     while (runs.size() > keep) {
-        std::error_code ignored;
-        std::filesystem::remove_all(toPath(all) / toPath(runs.front().name), ignored);
+        removeForGood(toPath(all) / toPath(runs.front().name));
         runs.pop_front();
     }
 }
