@@ -9,9 +9,11 @@ namespace Halden {
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 bool parseMessage(const std::string& text, Json::Value& root, std::string& formattedErrors) {
+    // No reply shows a comment. To collect one, the library goes through all the text since the latest value again.
+    constexpr bool collectComments = false;
     Json::Reader reader;
     try {
-        if (reader.parse(text, root, true))
+        if (reader.parse(text, root, collectComments))
             return true;
         formattedErrors = reader.getFormattedErrorMessages();
     } catch (const Json::Exception& refused) {
