@@ -1,5 +1,6 @@
 #include "Framework/CXX/Network/HttpClient.h"
 
+#include "Framework/CXX/Network/AcceptedSocket.h"
 #include "Framework/CXX/Network/HttpRequest.h"
 #include "Framework/CXX/Network/HttpResponse.h"
 #include "Framework/CXX/Network/HttpServer.h"
@@ -17,7 +18,7 @@ int nextClientId() {
 } // namespace
 
 HttpClient::HttpClient(HttpServer* httpServer, qintptr socketDescriptor)
-    : server(httpServer), socket(new QTcpSocket(this)), clientId(nextClientId()) {
+    : server(httpServer), socket(new AcceptedSocket(this)), clientId(nextClientId()) {
     connect(socket, SIGNAL(readyRead()), this, SLOT(readClient()));
     connect(socket, SIGNAL(disconnected()), this, SLOT(discardClient()));
     socket->setSocketDescriptor(socketDescriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite);

@@ -1,5 +1,7 @@
 #include "Framework/CXX/Network/TCPClient.h"
 
+#include "Framework/CXX/Network/AcceptedSocket.h"
+
 #include <atomic>
 #include <utility>
 
@@ -19,7 +21,7 @@ void writeTrailer(QIODevice& device) { device.write(replyTrailer, sizeof replyTr
 TCPClient::TCPClient(qintptr descriptor, MessageHandler handler) : TCPClient(descriptor, std::move(handler), '\0') {}
 
 TCPClient::TCPClient(qintptr descriptor, MessageHandler handler, char delimiterByte)
-    : socketDescriptor(descriptor), socket(new QTcpSocket(this)), clientState(Working),
+    : socketDescriptor(descriptor), socket(new AcceptedSocket(this)), clientState(Working),
       messageHandler(std::move(handler)), delimiter(delimiterByte), clientId(nextClientId()) {
     connect(socket, SIGNAL(readyRead()), this, SLOT(readClient()));
     connect(socket, SIGNAL(disconnected()), this, SLOT(discardClient()));

@@ -1,0 +1,121 @@
+#include "Framework/CXX/Network/AcceptedSocket.h"
+
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QSocketNotifier>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+void AcceptedSocket::Queue::append(const char* added, std::size_t count) {
+    if (taken > bytes.size() / 2) { // not at each call, lest a long queue be moved again and again
+        bytes.erase(0, taken);
+        taken = 0;
+    }
+    bytes.append(added, count);
+}
+
+void AcceptedSocket::Queue::take(std::size_t count) {
+    taken += count;
+    if (taken == bytes.size())
+        *this = {}; // with its memory: most connections are idle
+}
+
+AcceptedSocket::AcceptedSocket(QObject* parent) : QTcpSocket(parent) {}
+
+AcceptedSocket::~AcceptedSocket() {
+    if (isConnected())
+        ::close(descriptor);
+    setSocketState(UnconnectedState); // else the base would end it once more
+}
+
+bool AcceptedSocket::setSocketDescriptor(qintptr socketDescriptor, SocketState socketState, OpenMode mode) {
+    if (socketDescriptor < 0 || isConnected())
+        return false;
+    descriptor = static_cast<int>(socketDescriptor);
+    setSocketState(socketState);
+    QIODevice::open(mode | Unbuffered);
+    readable = new QSocketNotifier(socketDescriptor, QSocketNotifier::Read, this);
+    writable = new QSocketNotifier(socketDescriptor, QSocketNotifier::Write, this);
+    writable->setEnabled(false);
+    connect(readable, SIGNAL(activated(int)), this, SLOT(receive()));
+    connect(writable, SIGNAL(activated(int)), this, SLOT(send()));
+    return true;
+}
+
+qint64 AcceptedSocket::bytesAvailable() const { return static_cast<qint64>(received.size()); }
+
+qint64 AcceptedSocket::bytesToWrite() const { return static_cast<qint64>(unsent.size()); }
+
+qint64 AcceptedSocket::readData(char* data, qint64 maxSize) {
+    const std::size_t count = std::min(received.size(), static_cast<std::size_t>(maxSize));
+    if (count > 0) {
+        std::memcpy(data, received.data(), count);
+        received.take(count);
+    }
+    return static_cast<qint64>(count);
+}
+
+qint64 AcceptedSocket::writeData(const char* data, qint64 size) {
+    if (!isConnected())
+        return -1;
+    unsent.append(data, static_cast<std::size_t>(size));
+    writable->setEnabled(unsent.size() > 0);
+    return size;
+}
+
+void AcceptedSocket::receive() {
+    int available = 0;
+    ::ioctl(descriptor, FIONREAD, &available);
+    std::string bytes(static_cast<std::size_t>(std::max(available, 1)), '\0');
+    const ssize_t count = ::recv(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (count > 0) {
+        received.append(bytes.data(), static_cast<std::size_t>(count));
+        emit readyRead();
+        if (isConnected())
+            send();
+    } else if (count == 0) {
+        endWhenAllIsSent();
+    } else if (errno != EAGAIN && errno != EINTR) {
+        end();
+    }
+}
+
+void AcceptedSocket::send() {
+    while (unsent.size() > 0) {
+        const ssize_t count = ::send(descriptor, unsent.data(), unsent.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (count < 0 && errno != EINTR) {
+            if (errno != EAGAIN)
+                end();
+            return;
+        }
+        unsent.take(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    writable->setEnabled(false);
+    if (ending)
+        end();
+}
+
+void AcceptedSocket::close() {
+    QIODevice::close();
+    if (isConnected())
+        endWhenAllIsSent();
+}
+
+void AcceptedSocket::endWhenAllIsSent() {
+    ending = true;
+    readable->setEnabled(false);
+    if (unsent.size() == 0)
+        end();
+}
+
+void AcceptedSocket::end() {
+    readable->setEnabled(false);
+    writable->setEnabled(false);
+    ::close(descriptor);
+    descriptor = -1;
+    setSocketState(UnconnectedState);
+    emit disconnected();
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QTcpSocket>
+#include <cstddef>
+#include <string>
+
+class QSocketNotifier;
+
+/// The server's end of a connection. A QTcpSocket takes the end of what the peer sends for the end of the connection,
+/// and drops what has not been written by then; this one, which does its own reading and writing, ends only when all of
+/// that is on its way, or can't be. Tells of both by `readyRead` and `disconnected`, and of nothing else; what is not
+/// declared here is without effect. Main thread.
+class AcceptedSocket : public QTcpSocket {
+    Q_OBJECT
+
+public:
+    explicit AcceptedSocket(QObject* parent);
+    ~AcceptedSocket() override;
+
+    /// Takes over the descriptor of a connection; once. False if it is none.
+    bool setSocketDescriptor(qintptr socketDescriptor, SocketState socketState, OpenMode mode) override;
+
+    qint64 bytesAvailable() const override;
+    qint64 bytesToWrite() const override;
+
+    /// Reads nothing more. The connection ends when what has been written is on its way.
+    void close() override;
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override;
+    /// Keeps the bytes until the event loop runs, or `readyRead` has been served: small ones are sent together.
+    qint64 writeData(const char* data, qint64 size) override;
+
+private slots:
+    void receive();
+    void send();
+
+private:
+    /// Bytes that are taken from the front and added at the back.
+    class Queue {
+    public:
+        const char* data() const { return bytes.data() + taken; }
+        std::size_t size() const { return bytes.size() - taken; }
+        void append(const char* added, std::size_t count);
+        void take(std::size_t count);
+
+    private:
+        std::string bytes;
+        std::size_t taken = 0;
+    };
+
+    bool isConnected() const { return descriptor >= 0; }
+    void endWhenAllIsSent();
+    void end();
+
+    int descriptor = -1;
+    QSocketNotifier* readable = nullptr;
+    QSocketNotifier* writable = nullptr; ///< enabled while anything is to be sent
+    Queue received;
+    Queue unsent;
+    bool ending = false; ///< nothing more is read
+};
