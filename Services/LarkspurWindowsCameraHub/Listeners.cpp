@@ -7,6 +7,17 @@
 #include <exception>
 #include <string>
 
+namespace {
+
+void logLackOfDescriptors(const QTcpServer& server) {
+    QObject::connect(&server, &QTcpServer::acceptError, [port = server.serverPort()] {
+        LOG4CXX_WARN(serviceLogger(), "No descriptor is left for new connections on port "
+                                          << port << ": clients wait until some are free");
+    });
+}
+
+} // namespace
+
 Listeners::Listeners(quint16 rpcPort, quint16 httpPort, QObject* parent) {
     try {
         build(rpcPort, httpPort, parent);
@@ -22,6 +33,8 @@ Listeners::Listeners(quint16 rpcPort, quint16 httpPort, QObject* parent) {
 void Listeners::build(quint16 rpcPort, quint16 httpPort, QObject* parent) {
     rpcServer = std::make_unique<PavoCameraServer>(rpcPort, parent);
     httpServer = std::make_unique<HttpServer>(httpPort, parent);
+    logLackOfDescriptors(*rpcServer);
+    logLackOfDescriptors(*httpServer);
     const auto imageRoute = [this](HttpRequest* request, HttpResponse* response) {
         rpcServer->handleImageRequest(request, response);
     };

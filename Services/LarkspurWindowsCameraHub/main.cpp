@@ -1,3 +1,4 @@
+#include "Framework/CXX/System/DescriptorLimit.h"
 #include "Platform/Interface/CameraPlatform.h"
 #include "Services/CameraTestDriver/TestDriverMain.h"
 #include "Services/LarkspurWindowsCameraHub/CreateCameraPlatform.h"
@@ -61,6 +62,7 @@ int main(int argc, char* argv[]) {
     QCoreApplication application(argc, argv);
     useNeutralLocale(); // the application object has just taken over the user's
 
+    Halden::System::useAllDescriptors(); // each connection is one
     const Listeners listeners(rpcPort, httpPort, &application);
 
     // In no try block: an exception that leaves a slot ends the process.

@@ -1,12 +1,16 @@
 #include "Framework/CXX/Network/HttpServer.h"
 
+#include "Framework/CXX/Network/Acceptor.h"
 #include "Framework/CXX/Network/HttpClient.h"
 #include "Framework/CXX/Network/HttpResponse.h"
 
 #include <QHostAddress>
 #include <utility>
 
-HttpServer::HttpServer(quint16 port, QObject* parent) : QTcpServer(parent) { listen(QHostAddress::Any, port); }
+HttpServer::HttpServer(quint16 port, QObject* parent) : QTcpServer(parent) {
+    listen(QHostAddress::Any, port);
+    new Acceptor(this, [this](qintptr connection) { incomingConnection(connection); });
+}
 
 // The routes are not freed: what their handlers hold stays alive to the end of the process.
 HttpServer::~HttpServer() { close(); }

@@ -1,5 +1,7 @@
 #include "Framework/CXX/Network/TCPServer.h"
 
+#include "Framework/CXX/Network/Acceptor.h"
+
 #include <QHostAddress>
 #include <utility>
 
@@ -9,6 +11,7 @@ TCPServer::TCPServer(quint16 port, QObject* parent, MessageHandler handler)
 TCPServer::TCPServer(quint16 port, QObject* parent, MessageHandler handler, char delimiterByte)
     : QTcpServer(parent), messageHandler(std::move(handler)), delimiter(delimiterByte) {
     listen(QHostAddress::Any, port);
+    new Acceptor(this, [this](qintptr connection) { incomingConnection(connection); });
 }
 
 TCPServer::~TCPServer() = default;
