@@ -41,3 +41,14 @@ double growth(const WorkOfSize& prepare) {
     }
     return least;
 }
+
+std::string GrowingText::ofSize(std::size_t size) const {
+    std::string text = begin;
+    const std::size_t mark = piece.find('#');
+    for (int count = 0; text.size() < size; ++count)
+        if (mark == std::string::npos)
+            text += piece;
+        else
+            text += piece.substr(0, mark) + std::to_string(count) + piece.substr(mark + 1);
+    return text + end;
+}

@@ -4,29 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
 
 namespace {
-
-/// A message of about a size: the beginning, the piece as often as it fits, the end.
-struct Message {
-    const char* name;
-    std::string begin;
-    std::string piece; ///< a "#" in it counts up
-    std::string end;
-};
-
-std::string ofSize(const Message& message, std::size_t size) {
-    std::string text = message.begin;
-    const std::size_t mark = message.piece.find('#');
-    for (int count = 0; text.size() < size; ++count)
-        if (mark == std::string::npos)
-            text += message.piece;
-        else
-            text += message.piece.substr(0, mark) + std::to_string(count) + message.piece.substr(mark + 1);
-    return text + message.end;
-}
 
 std::string repeated(const std::string& text, int count) {
     std::string all;
@@ -35,9 +15,7 @@ std::string repeated(const std::string& text, int count) {
     return all;
 }
 
-std::ostream& operator<<(std::ostream& out, const Message& message) { return out << message.name; }
-
-class ParsingGrowthTest : public testing::TestWithParam<Message> {};
+class ParsingGrowthTest : public testing::TestWithParam<GrowingText> {};
 
 TEST_P(ParsingGrowthTest, IsLinear) {
     const auto readAndWrite = [](const std::string& text) {
@@ -47,31 +25,32 @@ TEST_P(ParsingGrowthTest, IsLinear) {
             Halden::writeMessage(root);
     };
     EXPECT_LT(growth([&](std::size_t size) {
-                  return [readAndWrite, text = ofSize(GetParam(), size)] { readAndWrite(text); };
+                  return [readAndWrite, text = GetParam().ofSize(size)] { readAndWrite(text); };
               }),
               linearGrowth);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Json, ParsingGrowthTest,
-    testing::Values(Message{"Comments", "[1", "/**/", "]"}, Message{"LineComments", "[1", "//\n", "]"},
-                    Message{"CommentsBehindValues", "[1", "/* */,/**/1", "]"},
-                    Message{"CommentsInFront", "", "/**/", "1"}, Message{"CommentThatStaysOpen", "[1/*", "* ", ""},
-                    Message{"CommentsBehindAnError", "[1 2", "/**/", "]"}, Message{"Blanks", "[", " \n", "]"},
-                    Message{"Numbers", "[0", ",1", "]"}, Message{"OneLongNumber", "0.", "9", ""},
-                    Message{"OneLongExponent", "1e", "0", "1"}, Message{"NumberThatIsTooLong", "", "9", ""},
-                    Message{"Letters", "\"", "x", "\""}, Message{"Escapes", "\"", "\\\\\\n", "\""},
-                    Message{"EscapedLetters", "\"", "\\u00e4", "\""},
-                    Message{"EscapedPairs", "\"", "\\ud83d\\ude00", "\""}, Message{"HalfPairs", "\"", "\\ud83d", "\""},
-                    Message{"TextThatStaysOpen", "\"", "\\\"", ""}, Message{"Names", "{", "\"#\":1,", "\"\":1}"},
-                    Message{"OneNameAgainAndAgain", "{", "\"a\":1,", "\"a\":1}"},
-                    Message{"LongNames", "{", '"' + std::string(1000, 'a') + "#\":1,", "\"\":1}"},
-                    Message{"DeepArrays", "[", repeated("[", 900) + repeated("]", 900) + ',', "1]"},
-                    Message{"DeepObjects", "[", repeated("{\"a\":", 900) + '1' + repeated("}", 900) + ',', "1]"},
-                    Message{"TooDeep", "", "[", ""}, Message{"WrongValues", "[", "tru,", "]"},
-                    Message{"WrongValueBehindLines", repeated("[", 900), "1,\n", "tru"},
-                    Message{"MissingCommas", "[", "1 ", "]"}, Message{"MissingEnds", repeated("[", 900), "[],", ""},
-                    Message{"MissingColons", repeated("{\"a\":", 900), "{\"a\" 1}", repeated("}", 900)}),
+    testing::Values(
+        GrowingText{"Comments", "[1", "/**/", "]"}, GrowingText{"LineComments", "[1", "//\n", "]"},
+        GrowingText{"CommentsBehindValues", "[1", "/* */,/**/1", "]"}, GrowingText{"CommentsInFront", "", "/**/", "1"},
+        GrowingText{"CommentThatStaysOpen", "[1/*", "* ", ""},
+        GrowingText{"CommentsBehindAnError", "[1 2", "/**/", "]"}, GrowingText{"Blanks", "[", " \n", "]"},
+        GrowingText{"Numbers", "[0", ",1", "]"}, GrowingText{"OneLongNumber", "0.", "9", ""},
+        GrowingText{"OneLongExponent", "1e", "0", "1"}, GrowingText{"NumberThatIsTooLong", "", "9", ""},
+        GrowingText{"Letters", "\"", "x", "\""}, GrowingText{"Escapes", "\"", "\\\\\\n", "\""},
+        GrowingText{"EscapedLetters", "\"", "\\u00e4", "\""}, GrowingText{"EscapedPairs", "\"", "\\ud83d\\ude00", "\""},
+        GrowingText{"HalfPairs", "\"", "\\ud83d", "\""}, GrowingText{"TextThatStaysOpen", "\"", "\\\"", ""},
+        GrowingText{"Names", "{", "\"#\":1,", "\"\":1}"},
+        GrowingText{"OneNameAgainAndAgain", "{", "\"a\":1,", "\"a\":1}"},
+        GrowingText{"LongNames", "{", '"' + std::string(1000, 'a') + "#\":1,", "\"\":1}"},
+        GrowingText{"DeepArrays", "[", repeated("[", 900) + repeated("]", 900) + ',', "1]"},
+        GrowingText{"DeepObjects", "[", repeated("{\"a\":", 900) + '1' + repeated("}", 900) + ',', "1]"},
+        GrowingText{"TooDeep", "", "[", ""}, GrowingText{"WrongValues", "[", "tru,", "]"},
+        GrowingText{"WrongValueBehindLines", repeated("[", 900), "1,\n", "tru"},
+        GrowingText{"MissingCommas", "[", "1 ", "]"}, GrowingText{"MissingEnds", repeated("[", 900), "[],", ""},
+        GrowingText{"MissingColons", repeated("{\"a\":", 900), "{\"a\" 1}", repeated("}", 900)}),
     [](const auto& tested) { return std::string(tested.param.name); });
 
 } // namespace
