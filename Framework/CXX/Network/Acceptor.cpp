@@ -1,14 +1,38 @@
 #include "Framework/CXX/Network/Acceptor.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <QAbstractEventDispatcher>
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
 namespace {
 
 constexpr int retryIntervalInMs = 100;
+
+/// Left to the rest of the process while clients take all others: cameras, logs, a crash record.
+constexpr rlim_t mostReserved = 64;
+
+bool isClientWaiting(int listening) {
+    pollfd waited{listening, POLLIN, 0};
+    return ::poll(&waited, 1, 0) > 0;
+}
+
+/// Whether there is a descriptor beyond those that are left to the rest.
+bool hasFreeDescriptor(int any) {
+    rlimit limit{};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    const int next = ::fcntl(any, F_DUPFD_CLOEXEC, 0); // the lowest that is free
+    if (next < 0)
+        return false;
+    ::close(next);
+    return static_cast<rlim_t>(next) < limit.rlim_cur - std::min(limit.rlim_cur / 4, mostReserved);
+}
 
 bool isLackOfResources(int error) { return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM; }
 
@@ -29,13 +53,16 @@ Acceptor::Acceptor(QTcpServer* owner, std::function<void(qintptr)> connectionHan
 
 void Acceptor::acceptAll() {
     while (server->isListening()) {
-        const int connection = ::accept4(static_cast<int>(server->socketDescriptor()), nullptr, nullptr, SOCK_CLOEXEC);
+        const int listening = static_cast<int>(server->socketDescriptor());
+        if (!isClientWaiting(listening))
+            return resume();
+        if (!hasFreeDescriptor(listening))
+            return pause();
+        const int connection = ::accept4(listening, nullptr, nullptr, SOCK_CLOEXEC);
         if (connection >= 0)
             handleConnection(connection);
         else if (isLackOfResources(errno))
             return pause();
-        else if (errno == EAGAIN)
-            return resume();
         // Else it is that one connection's error.
     }
     incoming->setEnabled(false);

@@ -7,8 +7,8 @@
 #include <functional>
 
 /// Accepts connections in a server's place, which spins where the process has no descriptor left for them, and says
-/// nothing. This one then emits the server's `acceptError`, once, and leaves the clients waiting in the system's
-/// queue until it can accept them all. Belongs to the server. Main thread.
+/// nothing. This one, which leaves some to the rest of the process, then emits the server's `acceptError`, once, and
+/// leaves the clients waiting in the system's queue until it can accept them all. Belongs to the server. Main thread.
 class Acceptor : public QObject {
     Q_OBJECT
 
