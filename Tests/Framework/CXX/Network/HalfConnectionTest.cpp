@@ -12,8 +12,8 @@ using namespace std::string_literals;
 
 namespace {
 
-/// More than the system keeps for a connection, at both of its ends.
-const std::string longText(20'000'000, 'x');
+/// More than the system takes at once.
+const std::string longText(8'000'000, 'x');
 
 bool isOpen(qintptr descriptor) { return fcntl(static_cast<int>(descriptor), F_GETFD) != -1; }
 
