@@ -1,13 +1,11 @@
 #include "Framework/CXX/System/RegistryFile.h"
 
+#include "Framework/CXX/Common/RegularFile.h"
 #include "Framework/CXX/System/EnvironmentVariable.h"
 #include "Framework/CXX/System/RegistryText.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -15,7 +13,7 @@ namespace Halden::System {
 
 namespace {
 
-constexpr std::uintmax_t longestFile = 16UL * 1024 * 1024; // bytes; an export of all settings has a few hundred
+constexpr std::size_t longestFile = 16UL * 1024 * 1024; // bytes; an export of all settings has a few hundred
 
 // The name in front of "=", taken off the line together with it; "@" is the default value's.
 std::optional<std::string> takeName(std::string_view& line) {
@@ -90,13 +88,7 @@ std::string RegistryFile::defaultPath() {
 }
 
 RegistryFile RegistryFile::load(const std::string& path) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error) || std::filesystem::file_size(path, error) > longestFile)
-        return {};
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << file.rdbuf(); // as far as it can be read; an iterator would throw
-    return parse(bytes.str());
+    return parse(readRegularFile(path, longestFile).bytes); // as far as it can be read
 }
 
 RegistryFile RegistryFile::parse(std::string_view bytes) {

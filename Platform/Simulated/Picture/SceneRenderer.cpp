@@ -15,7 +15,7 @@ namespace Platform::Simulated {
 namespace {
 
 Imaging::RgbImage readPicture(const std::filesystem::path& file) {
-    const std::string bytes = readFileText(file);
+    const std::string bytes = readFileText(file, longestPicture);
     return Imaging::decodeImage({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
 

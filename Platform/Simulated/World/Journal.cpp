@@ -4,6 +4,7 @@
 #include "Platform/Shared/ErrnoError.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -38,19 +39,26 @@ std::string momentAndThread() {
     return text.data();
 }
 
+/// A pipe or a terminal may be the journal as well as a regular file. Whoever reads it does not hold the cameras up,
+/// neither by not being there nor by being slow.
+Shared::FileDescriptor openJournal(const std::filesystem::path& file) {
+    constexpr int flags = O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    Shared::FileDescriptor opened(::open(file.c_str(), flags, 0666));
+    if (!opened.isOpen())
+        throw Shared::errnoError("open", file.native(), errno);
+    struct stat status{};
+    if (::fstat(opened.get(), &status) != 0 || S_ISBLK(status.st_mode))
+        throw Shared::errnoError("open", file.native(), EINVAL);
+    return opened;
+}
+
 } // namespace
 
 void Journal::moveTo(const std::filesystem::path& file) {
     std::lock_guard lock(_mutex);
     if (file == _path)
         return;
-    Shared::FileDescriptor opened;
-    if (!file.empty()) {
-        opened = Shared::FileDescriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
-        if (!opened.isOpen())
-            throw Shared::errnoError("open", file.native(), errno);
-    }
-    _file = std::move(opened);
+    _file = file.empty() ? Shared::FileDescriptor() : openJournal(file);
     _path = file;
 }
 
@@ -86,7 +94,7 @@ void Journal::write(const JournalCall& call, const std::string& ending) {
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return; // a full disk takes the journal away, not the cameras
+            return; // a full disk or pipe takes the journal away, not the cameras
         rest.remove_prefix(static_cast<std::size_t>(count));
     }
 }

@@ -58,7 +58,7 @@ ScenarioWatcher::Version ScenarioWatcher::look() const {
         return {};
     Version version;
     try {
-        version.text = readFileText(_file);
+        version.text = readFileText(_file, longestScenario);
     } catch (const winrt::hresult_error&) {
         return version; // taking it over reports why
     }
@@ -68,7 +68,7 @@ ScenarioWatcher::Version ScenarioWatcher::look() const {
 }
 
 void ScenarioWatcher::takeOver(const Version& version) const {
-    _takeOver(version.text ? *version.text : readFileText(_file));
+    _takeOver(version.text ? *version.text : readFileText(_file, longestScenario));
 }
 
 int ScenarioWatcher::pollTimeout() const {

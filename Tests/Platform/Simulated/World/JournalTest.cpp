@@ -1,5 +1,9 @@
 #include "Tests/Platform/Simulated/SimulatedFixture.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <cmath>
 #include <fstream>
@@ -221,6 +225,23 @@ TEST_F(JournalTest, AnExistingFileIsAppendedTo) {
     start(cameraScenario());
     group();
     EXPECT_EQ(journal.calls(), (std::vector<std::string>{"earlier", "MediaFrameSourceGroup.FindAllAsync"}));
+}
+
+TEST_F(JournalTest, APipeIsWrittenToWhileItIsReadAndHasRoom) {
+    ASSERT_EQ(mkfifo(file.journal().c_str(), 0600), 0);
+    const int reader = ::open(file.journal().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    start(cameraScenario());
+    for (int call = 0; call < 2000; ++call) // more than a pipe holds
+        platform->GetDeviceSelector();
+    std::string line(40, '\0');
+    EXPECT_EQ(::read(reader, line.data(), line.size()), 40);
+    EXPECT_TRUE(line.starts_with("{\"t\": ")) << line;
+    ::close(reader);
+}
+
+TEST_F(JournalTest, APipeThatNobodyReadsIsAnErrorAtOnce) {
+    ASSERT_EQ(mkfifo(file.journal().c_str(), 0600), 0);
+    EXPECT_THROW(start(cameraScenario()), winrt::hresult_error);
 }
 
 TEST_F(JournalTest, LinesHaveTheFormOfTheContract) {
