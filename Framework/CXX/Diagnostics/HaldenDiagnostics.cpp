@@ -3,6 +3,7 @@
 #include "Framework/CXX/Common/RunCatch.h"
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Framework/CXX/Diagnostics/FileSystem.h"
+#include "Framework/CXX/Diagnostics/LogDestination.h"
 #include "Framework/CXX/Diagnostics/LoggingConfiguration.h"
 #include "Framework/CXX/Diagnostics/LoggingProperties.h"
 #include "Framework/CXX/Diagnostics/PathText.h"
@@ -100,7 +101,10 @@ void HaldenDiagnostics::generateLoggingProperties(const std::string& appName, co
 }
 
 void HaldenDiagnostics::writeLoggingProperties(const std::string& text, const std::u16string& folder) {
-    std::ofstream file(Halden::toPath(folder) / propertiesFileName, std::ios::trunc);
+    const std::filesystem::path path = Halden::toPath(folder) / propertiesFileName;
+    if (!Halden::mayBeLogFile(path)) // a pipe would be waited for
+        return;
+    std::ofstream file(path, std::ios::trunc);
     if (file)
         file << text;
     file.flush();

@@ -1,9 +1,10 @@
 #include "Framework/CXX/Diagnostics/LoggingConfiguration.h"
 
 #include "Framework/CXX/Diagnostics/ForgivingAppender.h"
+#include "Framework/CXX/Diagnostics/LoggingFile.h"
 
 #include <log4cxx/basicconfigurator.h>
-#include <log4cxx/file.h>
+#include <log4cxx/helpers/loglog.h>
 #include <log4cxx/hierarchy.h>
 #include <log4cxx/logger.h>
 #include <log4cxx/logmanager.h>
@@ -68,15 +69,18 @@ std::vector<Attachment> attachmentsOfEarlierConfiguration() {
     return found;
 }
 
-} // namespace
+void tellThatLogStays(const std::exception& error) {
+    static const LoggerPtr logger = log4cxx::Logger::getLogger("Diagnostics.LoggingConfiguration");
+    const std::string text =
+        std::string("The log stays as it was, for its configuration can't be used: ") + error.what();
+    log4cxx::helpers::LogLog::error(text);
+    LOG4CXX_ERROR(logger, text);
+}
 
 // The library replaces a logger's appenders by removing the old ones first, and closes those that other loggers still
 // hold: lines of other threads would be lost. So the file configures loggers that nobody uses, and what they got moves
 // to the real ones, new appenders before the old ones go.
-void configureLogging(const std::string& propertiesFile) {
-    const log4cxx::spi::LoggerRepositoryPtr configured = log4cxx::Hierarchy::create();
-    log4cxx::PropertyConfigurator().doConfigure(log4cxx::File(propertiesFile), configured);
-
+void takeOver(const log4cxx::spi::LoggerRepositoryPtr& configured) {
     const log4cxx::spi::LoggerRepositoryPtr real = log4cxx::LogManager::getLoggerRepository();
     std::vector<Attachment> old = attachmentsOfEarlierConfiguration();
     ForgivingAppenders forgiving;
@@ -95,8 +99,27 @@ void configureLogging(const std::string& propertiesFile) {
             target->setAdditivity(source->getAdditivity());
     }
     real->setThreshold(configured->getThreshold());
-    real->setConfigured(true);
     detach(old);
+}
+
+} // namespace
+
+void configureLogging(const std::string& propertiesFile) {
+    // Whatever comes of it: the library would look for a file of its own.
+    log4cxx::LogManager::getLoggerRepository()->setConfigured(true);
+    const log4cxx::spi::LoggerRepositoryPtr configured = log4cxx::Hierarchy::create();
+    try {
+        log4cxx::helpers::Properties settings;
+        loadLoggingFile(propertiesFile, settings);
+        log4cxx::PropertyConfigurator().doConfigure(settings, configured);
+    } catch (const UnusableLoggingFile& error) {
+        tellThatLogStays(error);
+        return;
+    } catch (const log4cxx::helpers::Exception& error) {
+        tellThatLogStays(error);
+        return;
+    }
+    takeOver(configured);
 }
 
 void configureBasicLogging() {

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <log4cxx/consoleappender.h>
 #include <log4cxx/logger.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <functional>
@@ -183,6 +184,12 @@ TEST_F(HaldenDiagnosticsTest, WritingTheConfigurationReplacesItAndReportsNoFailu
     diagnostics.writeLoggingProperties("text\n", Halden::toUtf16(root().native()));
     EXPECT_EQ(readFile(root() / "logging.properties"), "text\n");
     EXPECT_NO_THROW(diagnostics.writeLoggingProperties("text\n", u"/nowhere/at/all"));
+}
+
+TEST_F(HaldenDiagnosticsTest, APipeInPlaceOfTheConfigurationIsNotWaitedFor) {
+    ASSERT_EQ(mkfifo((root() / "logging.properties").c_str(), 0600), 0);
+    ordinary().writeLoggingProperties("text\n", Halden::toUtf16(root().native()));
+    EXPECT_TRUE(std::filesystem::is_fifo(root() / "logging.properties"));
 }
 
 TEST_F(HaldenDiagnosticsTest, NothingGoesFromDiskAtTheEnd) {

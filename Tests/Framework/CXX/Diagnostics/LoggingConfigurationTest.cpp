@@ -6,11 +6,13 @@
 #include <gmock/gmock.h>
 #include <log4cxx/logger.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <atomic>
 #include <clocale>
 #include <csignal>
+#include <map>
 #include <new>
 #include <thread>
 
@@ -135,6 +137,50 @@ TEST_F(LoggingConfigurationTest, ABrokenFileIsNoError) {
     EXPECT_NO_THROW(configure(std::string("\0\xFF\xFE\n", 4)));
     EXPECT_NO_THROW(Halden::configureLogging(root() / "missing"));
     EXPECT_NO_THROW(LOG4CXX_INFO(Logger::getLogger("Product"), "text"));
+}
+
+TEST_F(LoggingConfigurationTest, AFileThatCannotBeUsedLeavesAllAsItWasAndSaysSo) {
+    std::string deep = "log4j.rootLogger=${a0}\n";
+    for (int link = 0; link < 1'000; ++link)
+        deep += "a" + std::to_string(link) + "=${a" + std::to_string(link + 1) + "}\n";
+    const std::map<std::string, std::string> unusable = {
+        {"log4j.rootLogger=${log4j.rootLogger}\n", "its variables lead in a circle"},
+        {"log4j.rootLogger=${a}\na=${b}\nb=${a}\n", "its variables lead in a circle"},
+        {"log4j.rootLogger=${a}${\na=${log4j.rootLogger}\n", "its variables lead in a circle"},
+        {deep, "its variables lead in a circle, or too far"},
+        {"log4j.logger." + std::string(1000, '.') + "=INFO\n", "the name is too long"},
+        {std::string(70'000, '#'), "it is longer than 65536 bytes"},
+    };
+    configureTwoFiles("a");
+    for (const auto& [text, reason] : unusable) {
+        testing::internal::CaptureStderr();
+        configure(text);
+        const std::string told = testing::internal::GetCapturedStderr();
+        EXPECT_NE(told.find(properties().native()), std::string::npos) << told;
+        EXPECT_NE(told.find(reason), std::string::npos) << told << reason;
+        const std::string log = readFile(root() / "a" / "DEFAULT.log");
+        EXPECT_NE(log.find(reason), std::string::npos) << log << reason;
+    }
+    EXPECT_EQ(openFiles(), (std::set<std::string>{root() / "a" / "DEFAULT.log", root() / "a" / "PRODUCT.log"}));
+}
+
+TEST_F(LoggingConfigurationTest, WhatIsNoRegularFileLeavesAllAsItWasAndSaysSo) {
+    configureTwoFiles("a");
+    ASSERT_EQ(mkfifo((root() / "pipe").c_str(), 0600), 0);
+    for (const std::filesystem::path& path :
+         {root() / "pipe", root(), root() / "missing", std::filesystem::path("/dev/zero")}) {
+        Halden::configureLogging(path);
+        const std::string log = readFile(root() / "a" / "DEFAULT.log");
+        EXPECT_NE(log.find("open on " + path.native()), std::string::npos) << log;
+    }
+}
+
+TEST_F(LoggingConfigurationTest, APipeIsNoLogFileAndTheOthersAre) {
+    ASSERT_EQ(mkfifo((root() / "pipe").c_str(), 0600), 0);
+    configure("log4j.rootLogger=INFO, PIPE, GOOD\n" + fileAppender("PIPE", root() / "pipe") +
+              fileAppender("GOOD", root() / "good.log"));
+    LOG4CXX_INFO(Logger::getRootLogger(), "text");
+    EXPECT_EQ(linesIn(readFile(root() / "good.log")), 1U);
 }
 
 TEST_F(LoggingConfigurationTest, AFullDiskCostsLinesOnly) {
