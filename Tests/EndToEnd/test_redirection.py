@@ -1,5 +1,7 @@
 """Diagnostics that move to a client's folder and come back when it goes."""
 
+import os
+
 from harness.hub import DEVICE_LOGGER, SERVICE_LOGGER, LogEntry, log_entries
 from harness.scenario import scenario
 from harness.wait import wait_until
@@ -162,3 +164,102 @@ def test_two_hundred_redirections_leave_no_log_file_of_an_earlier_run_open(hub, 
 
 def open_files_below(hub, folder):
     return [path for path in hub.open_files() if path.is_relative_to(folder)]
+
+
+def entries(folder, besides=None):
+    """All that is below a folder, without the one named."""
+    return sorted(path for path in folder.rglob("*") if not (besides and path.is_relative_to(besides)))
+
+
+def missing_logs(folder):
+    (folder / "Diagnostics/mine/LarkspurWindowsCameraHub/Traces").mkdir(parents=True)
+    return "Diagnostics/mine"
+
+
+def missing_traces(folder):
+    (folder / "Diagnostics/mine/LarkspurWindowsCameraHub/logs").mkdir(parents=True)
+    return "Diagnostics/mine"
+
+
+def nothing_prepared(folder):
+    (folder / "Diagnostics/mine").mkdir(parents=True)
+    return "Diagnostics/mine"
+
+
+def out_of_a_folder_of_that_name(folder):
+    (folder / "Diagnostics").mkdir()
+    (folder / "elsewhere").mkdir()
+    return "Diagnostics/../elsewhere"
+
+
+def out_of_the_hubs_own_folder(folder):
+    (folder / "elsewhere").mkdir()
+    return "common/Halden Imaging Group/Larkspur Windows Camera Hub 2.9/Diagnostics/../../../../elsewhere"
+
+
+def behind_a_link(folder):
+    (folder / "elsewhere").mkdir()
+    (folder / "Diagnostics").symlink_to("elsewhere")
+    return "Diagnostics"
+
+
+def links_to_nowhere(folder):
+    run = folder / "Diagnostics/mine/LarkspurWindowsCameraHub"
+    run.mkdir(parents=True)
+    for name in ("logs", "Traces"):
+        (run / name).symlink_to(folder / "elsewhere" / name)
+    return "Diagnostics/mine"
+
+
+@pytest.mark.parametrize("prepare", [
+    missing_logs, missing_traces, nothing_prepared, out_of_a_folder_of_that_name, out_of_the_hubs_own_folder,
+    behind_a_link,
+], ids=lambda prepare: prepare.__name__)
+def test_a_refused_redirection_leaves_nothing_behind(hub, prepare):
+    path = hub.folder / prepare(hub.folder)
+    before = entries(hub.folder, besides=hub.data_folder)
+    assert "error" in redirect(hub.rpc(), path)
+    assert entries(hub.folder, besides=hub.data_folder) == before
+
+
+def test_links_that_lead_nowhere_are_not_followed(hub):
+    path = hub.folder / links_to_nowhere(hub.folder)
+    before = entries(hub.folder, besides=hub.data_folder)
+    redirect(hub.rpc(), path)
+    crash = path / "LarkspurWindowsCameraHub" / "Crash"
+    assert entries(hub.folder, besides=hub.data_folder) in (before, sorted([*before, crash]))
+
+
+def test_a_redirection_makes_logs_and_the_crash_folder_in_the_prepared_folder_alone(hub, tmp_path):
+    _, run = client_folder(tmp_path, "mine")
+    (tmp_path / "Diagnostics").mkdir()
+    (tmp_path / "link").symlink_to("mine")
+    before = entries(hub.folder) + entries(tmp_path)
+    made = [run / "Crash", *(run / "logs" / f"{name}.log" for name in ("DEFAULT", "DEVICE", "PRODUCT", "TIMING"))]
+    client = hub.rpc()
+    assert redirect(client, tmp_path / "Diagnostics/../link/Diagnostics")["result"] == 0
+    assert entries(hub.folder) + entries(tmp_path) == sorted([*before, *made])
+
+
+@pytest.mark.parametrize("name", [
+    "${HOME}", "${LARKSPURWINDOWSCAMERAHUB_LOG_DIR}", "${log4j.rootLogger}", "${", "$${}}${$}", "$"
+])
+def test_a_folder_named_like_a_variable_is_taken_as_it_is_named(hub, tmp_path, name):
+    folder, run = client_folder(tmp_path, name)
+    client = hub.rpc()
+    assert redirect(client, folder)["result"] == 0
+    assert service(f"Successfully redirected diagnostics from: {hub.run_folders()[0]}") in product_log(run)
+
+
+def test_a_configuration_that_cannot_be_read_leaves_the_log_where_it_is(hub, tmp_path):
+    folder, run = client_folder(tmp_path, "mine")
+    (ordinary,) = hub.run_folders()
+    file = hub.data_folder / "logging.properties"
+    file.unlink()
+    os.mkfifo(file)
+    client = hub.rpc()
+    assert redirect(client, folder)["result"] == 0
+    text = f"The log stays as it was, for its configuration can't be used: open on {file}: it is no regular file"
+    assert LogEntry("ERROR", "Diagnostics.LoggingConfiguration", text) in hub.log()
+    assert service(f"Successfully redirected diagnostics from: {ordinary}") in product_log(ordinary)
+    assert entries(run / "logs") == []

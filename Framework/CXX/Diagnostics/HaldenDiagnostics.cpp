@@ -89,6 +89,9 @@ void HaldenDiagnostics::configureLogging(const std::u16string& commonFolder) con
     // The configuration names the log folder through this variable, so that one file serves every run. Other threads
     // may read the environment meanwhile: the first call comes before they exist, later ones only exchange the value.
     setenv(Halden::toUtf8(_logDirVariable).c_str(), Halden::toUtf8(_folders.logFolder).c_str(), 1);
+    // Whoever opens a log file makes the folders above it; those of a client are for the client to make.
+    if (!_redirectFolder.empty() && !isValid())
+        return;
     const std::u16string propertiesFile = Halden::joinPaths(commonFolder, propertiesFileName);
     if (Halden::pathExists(propertiesFile))
         Halden::configureLogging(Halden::toUtf8(propertiesFile));

@@ -30,8 +30,9 @@ public:
     /// Replaces the logging configuration file in that folder. A failure is not reported.
     virtual void writeLoggingProperties(const std::string& text, const std::u16string& folder);
 
-    /// Finds or makes the logging configuration file, decides on the folders, and configures the process's logging.
-    /// Throws the file system's errors, and std::out_of_range for an impossible redirect folder.
+    /// Finds or makes the logging configuration file, decides on the folders, and configures the process's logging; not
+    /// for a redirected run whose folders are not there. Throws the file system's errors, and std::out_of_range for an
+    /// impossible redirect folder.
     void initializeLogging();
 
     /// Whether the folders are decided on; they need not be there.

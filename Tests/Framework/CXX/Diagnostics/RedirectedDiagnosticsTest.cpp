@@ -73,21 +73,56 @@ TEST_F(RedirectedDiagnosticsTest, AFileIsNoFolder) {
     EXPECT_EQ(redirectTo(root() / "Diagnostics" / "file"), nullptr);
 }
 
-TEST_F(RedirectedDiagnosticsTest, TheTracesMustHaveBeenPrepared) {
+TEST_F(RedirectedDiagnosticsTest, AllFoldersMustHaveBeenPreparedAndNoneIsMade) {
     const std::filesystem::path folder = root() / "client" / "Diagnostics" / "mine";
-    std::filesystem::create_directories(folder);
+    const std::filesystem::path run = folder / "LarkspurWindowsCameraHub";
+    for (const std::filesystem::path& made : {folder, run, run / "logs"}) {
+        std::filesystem::create_directories(made);
+        EXPECT_EQ(redirectTo(folder), nullptr);
+        EXPECT_TRUE(std::filesystem::is_empty(made)) << made;
+    }
+    std::filesystem::remove(run / "logs");
+    std::filesystem::create_directory(run / "Traces");
     EXPECT_EQ(redirectTo(folder), nullptr);
-    // The logs need not: whoever opens a log file makes its folders.
-    EXPECT_TRUE(std::filesystem::exists(folder / "LarkspurWindowsCameraHub" / "logs" / "DEFAULT.log"));
-    EXPECT_FALSE(std::filesystem::exists(folder / "LarkspurWindowsCameraHub" / "Traces"));
+    EXPECT_FALSE(std::filesystem::exists(run / "logs"));
+    std::filesystem::create_directory(run / "logs");
+    EXPECT_NE(redirectTo(folder), nullptr);
+}
+
+TEST_F(RedirectedDiagnosticsTest, AFolderThatIsNotPreparedTouchesNoLogging) {
+    const auto ordinary = makeDiagnostics();
+    ASSERT_NE(ordinary, nullptr);
+    std::filesystem::create_directories(root() / "Diagnostics");
+    EXPECT_EQ(redirectTo(root() / "Diagnostics"), nullptr);
+    LOG4CXX_INFO(log4cxx::Logger::getRootLogger(), "still here");
+    EXPECT_NE(readFile(Halden::toUtf8(ordinary->getLogFolder()) + "/DEFAULT.log").find("still here"),
+              std::string::npos);
 }
 
 TEST_F(RedirectedDiagnosticsTest, AFolderNamedDiagnosticsItselfWillDo) {
     const std::filesystem::path run = root() / "Diagnostics" / "LarkspurWindowsCameraHub";
+    std::filesystem::create_directories(run / "logs");
     std::filesystem::create_directories(run / "Traces");
     const auto diagnostics = redirectTo(root() / "Diagnostics");
     ASSERT_NE(diagnostics, nullptr);
     EXPECT_EQ(Halden::toUtf8(diagnostics->getRunFolder()), run);
+}
+
+TEST_F(RedirectedDiagnosticsTest, ANameLikeAVariableIsAName) {
+    for (const std::string name : {"${HOME}", "${LARKSPURWINDOWSCAMERAHUB_LOG_DIR}", "${", "$${$}{}"}) {
+        const std::filesystem::path folder = makeRedirectFolder(name);
+        ASSERT_NE(redirectTo(folder), nullptr);
+        EXPECT_TRUE(std::filesystem::exists(folder / "LarkspurWindowsCameraHub" / "logs" / "DEFAULT.log")) << name;
+    }
+}
+
+TEST_F(RedirectedDiagnosticsTest, APipeInPlaceOfALogFileIsNotWaitedFor) {
+    const std::filesystem::path folder = makeRedirectFolder("mine");
+    const std::filesystem::path logs = folder / "LarkspurWindowsCameraHub" / "logs";
+    ASSERT_EQ(mkfifo((logs / "DEFAULT.log").c_str(), 0600), 0);
+    ASSERT_NE(redirectTo(folder), nullptr);
+    LOG4CXX_INFO(log4cxx::Logger::getLogger("LarkspurWindowsCameraHub"), "to the others");
+    EXPECT_NE(readFile(logs / "PRODUCT.log").find("to the others"), std::string::npos);
 }
 
 TEST_F(RedirectedDiagnosticsTest, PathsBeyondAsciiAndOfAnyLengthAreTaken) {
@@ -100,12 +135,13 @@ TEST_F(RedirectedDiagnosticsTest, PathsBeyondAsciiAndOfAnyLengthAreTaken) {
     EXPECT_TRUE(std::filesystem::exists(folder / "LarkspurWindowsCameraHub" / "logs" / "DEVICE.log"));
 }
 
-// The log files of such a redirection are tried at the root of the file system: the child gets one of its own.
+// The log files of such a redirection would be at the root of the file system: the child gets one of its own.
 void redirectWithoutTheWordBelow(const std::filesystem::path& newRoot) {
     ASSERT_EQ(chroot(newRoot.c_str()), 0);
     ASSERT_EQ(chdir("/"), 0);
     setenv("CAMERA_HUB_COMMON_DATA", "/data", 1);
-    ASSERT_NE(createDiagnostics(testAppName, testVersion, 10, nullptr), nullptr);
+    const auto ordinary = createDiagnostics(testAppName, testVersion, 10, nullptr);
+    ASSERT_NE(ordinary, nullptr);
     const std::filesystem::path properties =
         "/data/Halden Imaging Group/Larkspur Windows Camera Hub 2.9/logging.properties";
     const std::string generated = readFile(properties);
@@ -113,12 +149,14 @@ void redirectWithoutTheWordBelow(const std::filesystem::path& newRoot) {
     EXPECT_EQ(redirectTo("/client"), nullptr);
     EXPECT_EQ(readFile(properties), generated);
     EXPECT_STREQ(std::getenv("LARKSPURWINDOWSCAMERAHUB_LOG_DIR"), "");
-    LOG4CXX_INFO(log4cxx::Logger::getRootLogger(), "at the root");
-    EXPECT_NE(readFile("/DEFAULT.log").find(" - at the root\n"), std::string::npos);
-    EXPECT_TRUE(std::filesystem::exists("/TIMING.log"));
+    for (const auto& entry : std::filesystem::directory_iterator("/"))
+        EXPECT_TRUE(entry.is_directory()) << entry.path();
+    LOG4CXX_INFO(log4cxx::Logger::getRootLogger(), "still here");
+    EXPECT_NE(readFile(Halden::toUtf8(ordinary->getLogFolder()) + "/DEFAULT.log").find("still here"),
+              std::string::npos);
 }
 
-TEST_F(RedirectedDiagnosticsTest, WithoutTheWordInThePathTheConfigurationIsMadeAnewAndTheLogsGoToTheRoot) {
+TEST_F(RedirectedDiagnosticsTest, WithoutTheWordInThePathTheConfigurationIsMadeAnewAndTheLogsStay) {
     std::filesystem::create_directories(root() / "newroot" / "data");
     std::filesystem::create_directories(root() / "newroot" / "client");
     runInPrivateMounts([this] { redirectWithoutTheWordBelow(root() / "newroot"); });
