@@ -1,4 +1,5 @@
 #include "Framework/CXX/System/DescriptorLimit.h"
+#include "Framework/CXX/System/ProcessStart.h"
 #include "Platform/Interface/CameraPlatform.h"
 #include "Services/CameraTestDriver/TestDriverMain.h"
 #include "Services/LarkspurWindowsCameraHub/CreateCameraPlatform.h"
@@ -43,6 +44,8 @@ struct DiagnosticsShutdown {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    Halden::System::openMissingStreams();
+    Halden::System::surviveFailedWrites();
     useNeutralLocale();
     Platform::setCameraPlatformFactory(createCameraPlatform);
 

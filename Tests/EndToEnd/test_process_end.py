@@ -1,9 +1,11 @@
 """What ends the hub on purpose, and what must not: there is no guard against the former anywhere."""
 
+import os
 import resource
 import signal
 import socket
 import time
+from pathlib import Path
 
 import pytest
 from harness.hub import ASSERTS, DEVICE_LOGGER, HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER
@@ -181,3 +183,32 @@ def test_a_capture_without_any_exposure_ends_a_hub_whose_assertions_are_on(start
     assert client.rest() == b""
     assert hub.wait_for_end() == signal.SIGABRT
     assert "Assertion `0' failed" in hub.stderr()
+
+
+def test_standard_output_that_nobody_reads_any_more_does_not_end_the_hub(start_hub, tmp_path):
+    pipe = tmp_path / "pipe"
+    os.mkfifo(pipe)
+    reader = os.open(pipe, os.O_RDONLY | os.O_NONBLOCK)
+    hub = start_hub(scenario(), prepare=f"exec > '{pipe}'")
+    os.close(reader)
+    client = hub.rpc()
+    client.request("camera:redirectDiagnostics", path="/missing")  # begins a new run, which is told there
+    assert client.request("camera:version")["result"] == "2.9"
+
+
+@pytest.mark.parametrize("closed", ["<&-", ">&-", "2>&-", "<&- >&- 2>&-"])
+def test_standard_streams_that_are_closed_become_no_other_file(start_hub, closed):
+    hub = start_hub(scenario(), prepare=f"exec {closed}")
+    streams = {"<&-": 0, ">&-": 1, "2>&-": 2}
+    for redirection in closed.split():
+        assert hub.proc("fd").joinpath(str(streams[redirection])).resolve() == Path("/dev/null")
+    assert hub.rpc().request("camera:version")["result"] == "2.9"
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="a sanitizer's own handler takes the signal first")
+def test_a_crash_without_standard_streams_leaves_its_whole_record(start_hub):
+    hub = start_hub(scenario(), prepare="exec <&- >&- 2>&-")
+    os.kill(hub.process.pid, signal.SIGSEGV)
+    assert hub.wait_for_end() == signal.SIGSEGV
+    (record,) = hub.crash_records()
+    assert ", which crashed:" in record, record

@@ -46,11 +46,13 @@ def log_entries(file):
 
 
 class Hub:
-    """Made with what it is to find at its start; start() runs it, stop() ends it if nothing else has."""
+    """Made with what it is to find at its start; start() runs it, stop() ends it if nothing else has. The shell
+    command `prepare`, if there is one, runs before it in the same process."""
 
-    def __init__(self, folder, scenario=None, environment=None, network=None):
+    def __init__(self, folder, scenario=None, environment=None, network=None, prepare=None):
         self.folder = folder
         self.network = network or Network()
+        self.prepare = prepare
         self.scenario_file = folder / "scenario.json"
         self.journal_file = folder / "journal.jsonl"
         self.registry_file = folder / "registry.reg"
@@ -87,6 +89,8 @@ class Hub:
     def start(self, wait_for_ports=True):
         # setpriv: the hub goes down with the tests, however they end.
         command = ["setpriv", "--pdeathsig", "KILL", str(EXECUTABLE)]
+        if self.prepare:
+            command = ["sh", "-e", "-c", f'{self.prepare}\nexec "$@"', "sh", *command]
         with open(self.stdout_file, "wb") as stdout, open(self.stderr_file, "wb") as stderr:
             self.process = self.network.run(subprocess.Popen, command, env=self._environment, cwd=self.folder,
                                             stdin=subprocess.DEVNULL, stdout=stdout, stderr=stderr)

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace Halden::System {
+
+/// Opens those of the descriptors 0 to 2 that are closed on /dev/null: the next file that is opened would take the
+/// place of standard output, and get what is written there. To be called before any file is opened.
+void openMissingStreams();
+
+/// Lets a write that finds no reader, or a file at the limit of its size, fail like any other instead of ending the
+/// process. Programs that this one starts inherit that.
+void surviveFailedWrites();
+
+} // namespace Halden::System
