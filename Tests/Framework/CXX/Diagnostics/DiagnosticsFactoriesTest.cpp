@@ -36,13 +36,34 @@ private:
     const std::u16string _word;
 };
 
-class DiagnosticsFactoriesTest : public DiagnosticsFixture {};
+class DiagnosticsFactoriesTest : public DiagnosticsFixture {
+protected:
+    /// Leaves one run folder, with a trace in it, that is older than any made from now on.
+    void leaveOneOldRun() {
+        if (_oldRuns == 0) {
+            for (; _oldRuns < 200; ++_oldRuns)
+                std::filesystem::create_directories(oldRun(_oldRuns + 1) / "Traces" /
+                                                    "_default_2020-01-01_00-00-00-0000");
+            makeRunFolder("2020-01-01_00-00-00"); // waits until whatever is made is younger
+        }
+        std::filesystem::remove_all(allRuns());
+        std::filesystem::create_directories(allRuns());
+        std::filesystem::rename(oldRun(_oldRuns--), allRuns() / "2020-01-01_00-00-00"); // keeps its time
+    }
+
+private:
+    std::filesystem::path oldRun(int number) const { return root() / "old" / std::to_string(number); }
+
+    int _oldRuns = 0; // how many are in stock
+};
 
 // In a child, which a throw would end.
-void expectNoThrowWhereverMemoryRunsOut(const std::function<std::unique_ptr<HaldenDiagnostics>()>& create) {
+void expectNoThrowWhereverMemoryRunsOut(const std::function<void()>& prepare,
+                                        const std::function<std::unique_ptr<HaldenDiagnostics>()>& create) {
     const int result = runInChild([&] {
         bool ranOut = true;
         for (int allocations = 0; ranOut; ++allocations) {
+            prepare();
             std::unique_ptr<HaldenDiagnostics> diagnostics;
             {
                 const FailingAllocations failures(allocations);
@@ -160,10 +181,19 @@ TEST_F(DiagnosticsFactoriesTest, DoNotThrowWhereverMemoryRunsOut) {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "trying each allocation takes minutes under the thread sanitizer";
 #endif
-    expectNoThrowWhereverMemoryRunsOut([] { return createDiagnostics(testAppName, testVersion, 10, nullptr); });
+    // An old run is to be removed each time. The generated configuration has hundreds of lines of one kind.
+    std::filesystem::create_directories(appFolder());
+    writeFile(propertiesFile(), R"(
+log4j.rootLogger=INFO, A
+log4j.appender.A=org.apache.log4j.FileAppender
+log4j.appender.A.File=${LARKSPURWINDOWSCAMERAHUB_LOG_DIR}/A.log
+log4j.appender.A.layout=org.apache.log4j.SimpleLayout
+)");
+    expectNoThrowWhereverMemoryRunsOut([this] { leaveOneOldRun(); },
+                                       [] { return createDiagnostics(testAppName, testVersion, 1, nullptr); });
     const std::string folder = makeRedirectFolder("mine");
     expectNoThrowWhereverMemoryRunsOut(
-        [&] { return createRedirectedDiagnostics(testAppName, testVersion, folder, nullptr); });
+        [] {}, [&] { return createRedirectedDiagnostics(testAppName, testVersion, folder, nullptr); });
 }
 
 TEST_F(DiagnosticsFactoriesTest, TextThatIsNotUtf8BecomesEmpty) {
