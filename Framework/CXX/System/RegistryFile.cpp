@@ -46,10 +46,11 @@ std::vector<std::string> joinContinuedLines(const std::vector<std::string>& line
         if (continued && !text.starts_with('[')) {
             joined.back().pop_back();
             joined.back() += text;
+            continued = joined.back().ends_with('\\');
         } else {
             joined.emplace_back(text);
+            continued = isContinued(text);
         }
-        continued = isContinued(joined.back());
     }
     return joined;
 }
@@ -120,7 +121,9 @@ std::shared_ptr<RegistryKey> RegistryFile::enterSection(std::string_view line) {
 }
 
 void RegistryFile::deleteKey(const std::string& path) {
-    std::erase_if(_keys, [&](const auto& key) { return key.first == path || key.first.starts_with(path + '\\'); });
+    constexpr char behindSeparator = '\\' + 1;
+    _keys.erase(path);
+    _keys.erase(_keys.lower_bound(path + '\\'), _keys.lower_bound(path + behindSeparator));
 }
 
 } // namespace Halden::System

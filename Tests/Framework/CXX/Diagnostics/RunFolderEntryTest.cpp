@@ -1,5 +1,6 @@
 #include "Framework/CXX/Diagnostics/RunFolderEntry.h"
 
+#include "Tests/Support/Growth.h"
 #include "Tests/Support/ScopedEnvironment.h"
 
 #include <gtest/gtest.h>
@@ -73,6 +74,18 @@ TEST_F(RunFolderEntryTest, NumbersBeyondAllBoundsAreNoError) {
     EXPECT_FALSE(RunFolderEntry::ofName(u"2026-99999999999_1-").hasTime);
     EXPECT_FALSE(RunFolderEntry::ofName(u"9999-01-01_00-00-00").hasTime);
     EXPECT_TRUE(RunFolderEntry::ofName(u"3000-01-01_00-00-00").hasTime);
+}
+
+TEST_F(RunFolderEntryTest, TheTimeForANameGrowsAsItDoes) {
+    for (const char16_t letter : {u'1', u'-', u'_', u'x'}) {
+        const double times = growth([letter](std::size_t bytes) {
+            return [name = u"2026-11-13_22-" + std::u16string(bytes, letter)] {
+                timeOfRunFolderName(name);
+                RunFolderEntry::ofName(name);
+            };
+        });
+        EXPECT_LT(times, linearGrowth) << static_cast<int>(letter);
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "Framework/CXX/System/RegistryFile.h"
 
+#include "Tests/Support/Growth.h"
 #include "Tests/Support/ScopedEnvironment.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -8,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 
 namespace {
@@ -178,6 +180,60 @@ TEST(RegistryFileTest, AWrongTypeOrTooManyBytesAreNotRead) {
 TEST(RegistryFileTest, FewerBytesFillTheLowEnd) {
     EXPECT_EQ(dwordIn(section("\"A\"=hex(4):01,02\n"), "A"), 0x201);
     EXPECT_EQ(dwordIn(section("\"A\"=hex(4):\n"), "A"), 0);
+}
+
+std::string repeatedUpTo(std::size_t bytes, const std::string& text) {
+    std::string all;
+    while (all.size() < bytes)
+        all += text;
+    return all;
+}
+
+TEST(RegistryFileTest, TheTimeGrowsAsTheFileDoes) {
+    const std::map<std::string, std::string> beginningsAndRests = {
+        {section("\"A\"=hex:"), "01,\\\n"},
+        {section("\"A\"=hex:"), "\\\n"},
+        {section("\"A\"=hex:"), "01,"},
+        {section("\"A\"=hex:\\\n"), "\"A\"=hex:\\\n"},
+        {section("\""), "\\\\"},
+        {section("\"A\"=\""), "\\\""},
+        {section("\"A\"=hex(4):0"), ";"},
+        {"", "[-HKEY]\n"},
+        {"", "[HKEY\\A]\n[-HKEY\\A]\n"},
+        {"", "["},
+        {"", "]"},
+        {"[", "\\]"},
+        {section(""), "\"A\"=-\n"},
+        {"", "\n"},
+        {"", "\r"},
+        {"\xFF\xFE", "\xD8"},
+    };
+    for (const auto& [beginning, rest] : beginningsAndRests) {
+        const double times = growth([&](std::size_t bytes) {
+            return [text = beginning + repeatedUpTo(bytes, rest)] { RegistryFile::parse(text); };
+        });
+        EXPECT_LT(times, linearGrowth) << beginning << rest;
+    }
+}
+
+TEST(RegistryFileTest, TheTimeGrowsAsTheLengthOfANameWhoseBytesGoOnDoes) {
+    const double times = growth([](std::size_t bytes) {
+        const std::string name = repeatedUpTo(bytes / 2, "n");
+        return [text = section("\"" + name + "\"=hex:\\\n") + repeatedUpTo(bytes / 2, "\\\n")] {
+            RegistryFile::parse(text);
+        };
+    });
+    EXPECT_LT(times, linearGrowth);
+}
+
+TEST(RegistryFileTest, TheTimeGrowsAsTheNumberOfKeysAndOfDeletedOnesDoes) {
+    const double times = growth([&](std::size_t bytes) {
+        std::string text;
+        for (int key = 0; text.size() < bytes; ++key)
+            text += "[HKEY\\" + std::to_string(key) + "]\n[-HKEY\\x" + std::to_string(key) + "]\n";
+        return [text] { RegistryFile::parse(text); };
+    });
+    EXPECT_LT(times, linearGrowth);
 }
 
 TEST(RegistryFileTest, WhatIsNoFileHasNoKeys) {
