@@ -11,6 +11,7 @@
 #include <log4cxx/propertyconfigurator.h>
 
 #include <algorithm>
+#include <exception>
 #include <map>
 #include <memory>
 #include <vector>
@@ -112,10 +113,7 @@ void configureLogging(const std::string& propertiesFile) {
         log4cxx::helpers::Properties settings;
         loadLoggingFile(propertiesFile, settings);
         log4cxx::PropertyConfigurator().doConfigure(settings, configured);
-    } catch (const UnusableLoggingFile& error) {
-        tellThatLogStays(error);
-        return;
-    } catch (const log4cxx::helpers::Exception& error) {
+    } catch (const std::exception& error) {
         tellThatLogStays(error);
         return;
     }

@@ -8,8 +8,8 @@
 #include <log4cxx/helpers/loglog.h>
 #include <log4cxx/helpers/stringhelper.h>
 
-#include <algorithm>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 namespace Halden {
@@ -34,24 +34,24 @@ LoggingSettings parse(const std::string& bytes) {
     return settings;
 }
 
+// An appender's "File" or "FileName", and its policy's "ActiveFileName", in whatever case.
 bool namesLogFile(const std::string& setting) {
-    return setting.starts_with("log4j.appender.") &&
-           (StringHelper::endsWith(StringHelper::toLowerCase(setting), ".file") ||
-            StringHelper::endsWith(StringHelper::toLowerCase(setting), ".filename"));
+    const std::string name = StringHelper::toLowerCase(setting);
+    return name.starts_with("log4j.appender.") && (name.ends_with(".file") || name.ends_with("filename"));
 }
 
 LoggingSettings readSettings(const std::string& file) {
     const FileReading reading = readRegularFile(file, longestFile);
     if (reading.error != 0)
-        throw UnusableLoggingFile(std::string(reading.operation) + " on " + file + ": " + reading.reason);
+        throw std::runtime_error(std::string(reading.operation) + " on " + file + ": " + reading.reason);
     LoggingSettings settings = parse(reading.bytes);
     for (const auto& [name, value] : settings)
         if (name.size() > longestName)
-            throw UnusableLoggingFile(file + ": " + name.substr(0, longestName) + "...: the name is too long");
+            throw std::runtime_error(file + ": " + name.substr(0, longestName) + "...: the name is too long");
     try {
         return withVariablesReplaced(settings);
     } catch (const EndlessValue& error) {
-        throw UnusableLoggingFile(file + ": " + error.what());
+        throw std::runtime_error(file + ": " + error.what());
     }
 }
 

@@ -176,11 +176,19 @@ TEST_F(LoggingConfigurationTest, WhatIsNoRegularFileLeavesAllAsItWasAndSaysSo) {
 }
 
 TEST_F(LoggingConfigurationTest, APipeIsNoLogFileAndTheOthersAre) {
-    ASSERT_EQ(mkfifo((root() / "pipe").c_str(), 0600), 0);
-    configure("log4j.rootLogger=INFO, PIPE, GOOD\n" + fileAppender("PIPE", root() / "pipe") +
-              fileAppender("GOOD", root() / "good.log"));
+    const std::string pipe = root() / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string rolling = "log4j.appender.ROLLING";
+    configure("log4j.rootLogger=INFO, PIPE, ROLLING, GOOD\n" + fileAppender("PIPE", pipe) +
+              "log4j.appender.PIPE.FILENAME=" + pipe + "\n" + //
+              rolling + "=org.apache.log4j.rolling.RollingFileAppender\n" + rolling +
+              ".layout=org.apache.log4j.SimpleLayout\n" + rolling +
+              ".rollingPolicy=org.apache.log4j.rolling.TimeBasedRollingPolicy\n" + rolling +
+              ".rollingPolicy.FileNamePattern=" + pipe + "%d\n" + rolling + ".rollingPolicy.activeFileName=" + pipe +
+              "\n" + fileAppender("GOOD", root() / "good.log"));
     LOG4CXX_INFO(Logger::getRootLogger(), "text");
     EXPECT_EQ(linesIn(readFile(root() / "good.log")), 1U);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
 TEST_F(LoggingConfigurationTest, AFullDiskCostsLinesOnly) {
