@@ -60,7 +60,8 @@ LoggingSettings readSettings(const std::string& file) {
 void loadLoggingFile(const std::string& file, Properties& settings) {
     for (const auto& [name, value] : readSettings(file))
         if (namesLogFile(name) && !mayBeLogFile(value))
-            log4cxx::helpers::LogLog::error(name + "=" + value + ": it is no regular file");
+            log4cxx::helpers::LogLog::error(
+                std::string(name).append("=").append(value).append(": it is no regular file"));
         else
             settings.setProperty(name, asLiteralValue(value));
     settings.setProperty(literalDollar, literalDollar);
