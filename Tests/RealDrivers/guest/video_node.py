@@ -1,5 +1,6 @@
 """A video node of the kernel, used as another program would."""
 
+import errno
 import fcntl
 import os
 import struct
@@ -15,17 +16,19 @@ MEMORY_MMAP = 1
 QUERYCTRL = struct.Struct("=II32s5iI2I")
 
 
-def capture_nodes(device=""):
+def capture_nodes(device="", folder=Path("/sys/class/video4linux")):
     """Paths of the nodes that frames come from, of those devices in whose own path the text stands. A USB camera's
     node for metadata has index 1."""
-    nodes = [node.resolve() for node in Path("/sys/class/video4linux").iterdir()]
+    nodes = [node.resolve() for node in folder.iterdir()]
     return sorted(f"/dev/{node.name}" for node in nodes if device in str(node) and _index(node) == "0")
 
 
 def _index(node):
     try:
         return (node / "index").read_text().strip()
-    except FileNotFoundError:  # gone since
+    except OSError as error:
+        if error.errno not in (errno.ENOENT, errno.ENODEV):  # gone before the opening, or before the read
+            raise
         return None
 
 

@@ -1,0 +1,28 @@
+"""The tests' own way of looking at what changes meanwhile."""
+
+import errno
+import sys
+from pathlib import Path
+
+import pytest
+from harness.hub import ROOT
+
+sys.path.append(str(ROOT / "Tests/RealDrivers"))
+
+from guest.video_node import capture_nodes  # noqa: E402
+
+
+@pytest.mark.parametrize("error", [errno.ENOENT, errno.ENODEV], ids=errno.errorcode.get)
+def test_a_video_node_that_goes_while_it_is_read_is_left_out(tmp_path, monkeypatch, error):
+    for name, index in (("video0", "0"), ("video1", "1"), ("video2", "0"), ("video3", "0")):
+        (tmp_path / name).mkdir()
+        (tmp_path / name / "index").write_text(f"{index}\n")
+    read_text = Path.read_text
+
+    def read(path):
+        if path.parent.name == "video2":
+            raise OSError(error, "gone")
+        return read_text(path)
+
+    monkeypatch.setattr(Path, "read_text", read)
+    assert capture_nodes(folder=tmp_path) == ["/dev/video0", "/dev/video3"]
