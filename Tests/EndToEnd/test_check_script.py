@@ -7,6 +7,7 @@ import subprocess
 
 import pytest
 from harness.hub import ROOT
+from harness.wait import PATIENCE
 
 HEADER = "Platform/Interface/Guid.h"
 SOURCE = "Platform/Interface/Guid.cpp"
@@ -53,7 +54,7 @@ class Repository:
         environment = {name: value for name, value in os.environ.items() if not name.startswith("GIT_")}
         environment |= {"PATH": f'{self.programs}:{environment["PATH"]}', "TIDY_LOG": str(self.tidy_log)}
         return subprocess.run(
-            command, cwd=self.folder, env=environment, capture_output=True, text=True, check=False, timeout=60
+            command, cwd=self.folder, env=environment, capture_output=True, text=True, check=False, timeout=PATIENCE
         )
 
     def git(self, *arguments):

@@ -11,6 +11,7 @@ import pytest
 from harness.hub import DEVICE_LOGGER, HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER, LogEntry
 from harness.locales import make_locale
 from harness.scenario import camera_group, scenario
+from harness.wait import PATIENCE
 
 STARTED = LogEntry(
     "INFO", SERVICE_LOGGER, "Larkspur Windows Camera Hub started.  Waiting for Client connections..."
@@ -56,7 +57,7 @@ def test_a_data_folder_that_does_not_exist_ends_the_start(start_hub, tmp_path):
     hub = start_hub(
         scenario(), wait_for_ports=False, environment={"CAMERA_HUB_COMMON_DATA": str(tmp_path / "missing")}
     )
-    assert hub.process.wait(20) == 1
+    assert hub.process.wait(PATIENCE) == 1
     assert hub.stdout() == "Failed to initialize diagnostics and logging.\n"
     assert not (tmp_path / "missing").exists()
 

@@ -9,6 +9,7 @@ import threading
 import pytest
 from harness.hub import RPC_PORT, ROOT
 from harness.scenario import EXPOSURE, camera_group, scenario
+from harness.wait import PATIENCE
 
 CLIENT = ROOT / "Examples/capture.py"
 
@@ -32,7 +33,7 @@ def hub(start_shared_hub):
 
 def run(network, *arguments, folder=None, client=CLIENT):
     return network.run(subprocess.run, [sys.executable, str(client), *arguments], cwd=folder, capture_output=True,
-                       text=True, timeout=60, check=False)
+                       text=True, timeout=PATIENCE, check=False)
 
 
 def fails_with(text, result):
@@ -96,11 +97,12 @@ def test_replies_that_a_hub_gives_no_correct_client_have_a_text(network, reply, 
     def answer(listener):
         connection, _ = listener.accept()
         with connection:
-            while not connection.recv(65536).endswith(b"\0"):
+            while (received := connection.recv(65536)) and not received.endswith(b"\0"):
                 pass
             connection.sendall(reply)
 
     with network.run(socket.create_server, ("", RPC_PORT)) as listener:
+        listener.settimeout(PATIENCE)
         thread = threading.Thread(target=answer, args=(listener,))
         thread.start()
         fails_with(text, run(network, "--host", "127.0.0.1"))

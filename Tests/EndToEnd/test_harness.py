@@ -5,7 +5,7 @@ import sys
 from pathlib import Path
 
 import pytest
-from harness.hub import ROOT
+from harness.hub import ROOT, LogEntry, log_entries
 
 sys.path.append(str(ROOT / "Tests/RealDrivers"))
 
@@ -26,3 +26,11 @@ def test_a_video_node_that_goes_while_it_is_read_is_left_out(tmp_path, monkeypat
 
     monkeypatch.setattr(Path, "read_text", read)
     assert capture_nodes(folder=tmp_path) == ["/dev/video0", "/dev/video3"]
+
+
+@pytest.mark.parametrize("half", [b"2026-Nov-22 02:43:58  [1] INFO  A.Logger - Sec", b"\xc3", b""])
+def test_a_log_line_that_is_still_being_written_is_not_read(tmp_path, half):
+    file = tmp_path / "DEFAULT.log"
+    file.write_bytes("2026-Nov-22 02:43:58  [1] INFO  A.Logger - Süd\n".encode() + half)
+    assert log_entries(file) == [LogEntry("INFO", "A.Logger", "Süd")]
+    assert log_entries(tmp_path / "not there") == []

@@ -1,5 +1,6 @@
 """Runs in the virtual machine of run.sh: the built hub on the kernel's own camera drivers."""
 
+import contextlib
 import io
 import os
 import socket
@@ -17,6 +18,7 @@ sys.path[:0] = [str(HERE), str(HERE.parent / "EndToEnd")]
 from guest import modules  # noqa: E402
 from guest.usb_camera import UsbCamera  # noqa: E402
 from harness.hub import Hub  # noqa: E402
+from harness.wait import PATIENCE  # noqa: E402
 from PIL import Image  # noqa: E402
 
 
@@ -27,7 +29,7 @@ class GuestNetwork:
         return function(*arguments, **keywords)
 
     def connect(self, port):
-        return socket.create_connection(("127.0.0.1", port), 60)
+        return socket.create_connection(("127.0.0.1", port), PATIENCE)
 
     def close(self):
         pass
@@ -54,7 +56,10 @@ class DriverHub(Hub):
 
     def _schedule(self):
         """Of each thread: nanoseconds run, nanoseconds waited for a processor, turns."""
-        statistics = [path.read_text() for path in self.proc("task").glob("*/schedstat")]
+        statistics = []
+        for path in self.proc("task").glob("*/schedstat"):
+            with contextlib.suppress(FileNotFoundError, ProcessLookupError):  # a thread that has ended since
+                statistics.append(path.read_text())
         return [[int(number) for number in text.split()] for text in statistics]
 
 

@@ -14,6 +14,7 @@ STOPS = range(-11, -2)  # what of 3 to 2047 times 100 us the hub can use: 2^-11 
 RED, GREEN, BLUE = (255, 0, 0), (0, 255, 0), (0, 0, 255)
 TIMED_OUT = "captureImage failed: Timed out waiting for camera capture.(-2147483636)"
 NO_DELAY = {"exposureChangeDelayInMs": 0}
+STILL_LIMIT = 10  # seconds that the hub waits for a still
 
 
 def microseconds(stop):
@@ -65,7 +66,11 @@ def test_a_camera_is_listed_soon_after_it_is_plugged_in(start_hub, plug_camera):
     plug_camera(sizes="320x240,640x480")
     plugged = time.monotonic()
     (camera,) = wait_for_cameras(hub)
-    assert time.monotonic() - plugged < 10  # some two seconds on a real machine
+    after_plugging = time.monotonic() - plugged
+    hub.stop()
+    started = time.monotonic()
+    assert wait_for_cameras(start_hub()) == [camera]
+    assert after_plugging < 4 * (time.monotonic() - started)  # which is some two seconds on a real machine
     assert (camera["make"], camera["model"]) == ("Example Optics", "Test Camera")
     assert (camera["resolutionX"], camera["resolutionY"]) == (640, 480)
     assert (camera["exposureMinValueInUs"], camera["exposureMaxValueInUs"]) == (microseconds(-11), microseconds(-3))
@@ -149,13 +154,14 @@ def test_every_first_still_after_a_change_of_exposure_shows_it(start_hub, plug_c
 
 
 def test_a_still_without_a_change_shows_the_scene_after_the_request(start_hub, plug_camera):
-    plug_camera(sizes="320x240")
+    camera = plug_camera(sizes="320x240")
     hub = start_hub()
     client = hub.rpc()
     _, before = capture(hub, client)
-    time.sleep(1.0)  # thirty frames that nobody takes
+    wait_until(lambda: camera.frames_made() > before.number + 20, "frames that nobody takes")
+    made = camera.frames_made()
     _, after = capture(hub, client)
-    assert after.number - before.number >= 20
+    assert after.number > made
 
 
 @pytest.mark.parametrize("code", [1, 4, 8], ids=["not ready", "out of range", "invalid value"])
@@ -208,8 +214,8 @@ def test_unplugging_while_a_camera_is_opened_ends_the_hub_with_that_reason(start
     client = hub.rpc()
     client.send(f'{{"id":1,"method":"camera:capture","params":{{"to":"{uid}","exposureInUs":1000}}}}')
     assert client.rest() == b""
-    hub.wait_for_end(30)
-    assert "unplugged" in camera.events()
+    hub.wait_for_end()
+    camera.wait_for_event("unplugged")
     (record,) = hub.crash_records()
     assert reason in record.splitlines()[0]
 
@@ -224,7 +230,7 @@ def test_unplugging_during_a_capture_fails_it_and_the_hub_lives(start_hub, plug_
     camera.command(f"at {step} unplug")
     asked = time.monotonic()
     reply = client.request("camera:capture", to=uid, exposureInUs=microseconds(-5), **NO_DELAY)
-    assert time.monotonic() - asked < 20
+    assert time.monotonic() - asked < 2 * STILL_LIMIT
     if "error" in reply:
         assert reply["error"]["message"].startswith("captureImage failed: ")
     else:  # a still that ends with an error is an empty picture
@@ -256,7 +262,7 @@ def test_a_camera_that_stops_sending_times_the_capture_out_and_works_again_later
     asked = time.monotonic()
     reply = client.request("camera:capture", to=uid, exposureInUs=microseconds(-6), **NO_DELAY)
     assert reply["error"]["message"] == TIMED_OUT
-    assert 10 <= time.monotonic() - asked < 15
+    assert STILL_LIMIT <= time.monotonic() - asked < 2 * STILL_LIMIT
     assert hub.rpc().discover()[0]["uid"] == uid
     camera.command("thaw")
     exposure, shown = capture(hub, client, -5)
@@ -274,7 +280,7 @@ def test_a_camera_whose_firmware_does_not_answer_costs_a_bounded_time(start_hub,
     asked = time.monotonic()
     reply = client.request("camera:capture", to=uid, exposureInUs=microseconds(-6), **NO_DELAY)
     assert "the camera does not answer" in reply["error"]["message"]
-    assert time.monotonic() - asked < 30
+    assert time.monotonic() - asked < 30  # the kernel waits 5 s for a control, the hub 12 s for the kernel
     camera.command("speak")
     exposure, shown = capture(hub, client, -5)
     assert exposure == microseconds(-5)

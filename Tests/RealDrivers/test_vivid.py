@@ -168,7 +168,7 @@ def test_a_camera_in_use_by_another_program_is_left_out_and_the_log_says_why(sta
         node.occupy(list(BUFFER_TYPES.values())[which])
         hub = start_hub()
         client = hub.rpc()
-        wait_until(lambda: len(client.discover()) == CAMERAS - 1, "the other cameras", seconds=60)
+        wait_until(lambda: len(client.discover()) == CAMERAS - 1, "the other cameras")
         hub.wait_for_log("ERROR", SERVICE_LOGGER, BUSY.format(path))
         assert len(cards(client.discover())) == 1
 
@@ -183,7 +183,7 @@ def test_a_camera_taken_by_another_program_since_ends_the_hub_and_the_log_says_w
         node.occupy(list(BUFFER_TYPES.values())[which])
         client.send(f'{{"id":1,"method":"camera:capture","params":{{"to":"{uid}","exposureInUs":1000}}}}')
         assert client.rest() == b""
-        hub.wait_for_end(40)
+        hub.wait_for_end()
     assert LogEntry("ERROR", SERVICE_LOGGER, BUSY.format(path)) in hub.log()
     (record,) = hub.crash_records()
     assert f"{path}: the capture is closed" in record.splitlines()[0]

@@ -8,14 +8,14 @@ import shutil
 import subprocess
 
 from harness.hub import EXECUTABLE, HTTP_PORT, RPC_PORT, Hub
-from harness.wait import wait_until
+from harness.wait import PATIENCE, wait_until
 
 PROMPTS = ("Main> ", "ActOnCamera> ", "Which?> ", "ID?>", "Kind?>", "Exposure?> ", "Focus?> ", "WhiteBalance?> ")
 
 
-def read_within(descriptor, size, seconds=20):
+def read_within(descriptor, size):
     """What has been written, at most `size` bytes, as soon as there is something."""
-    assert select.select([descriptor], [], [], seconds)[0], "nothing has been written"
+    assert select.select([descriptor], [], [], PATIENCE)[0], "nothing has been written"
     return os.read(descriptor, size)
 
 
@@ -111,11 +111,9 @@ class TerminalHub(ConsoleHub):
 
     def transcript(self):
         self.wait_for_ports()
-        os.set_blocking(self._terminal, False)
-        try:
-            self._seen += os.read(self._terminal, 65536)
-        except BlockingIOError:
-            pass
+        # What has been written to a terminal reaches its other end a moment later, and in parts.
+        while not self._seen.endswith(HUB_LINE.replace("\n", "\r\n").encode()):
+            self._seen += read_within(self._terminal, 65536)
         return self.plain(self._seen)
 
     def stop(self):

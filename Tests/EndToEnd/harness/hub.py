@@ -10,10 +10,11 @@ import time
 from dataclasses import dataclass
 from pathlib import Path
 
+from harness.files import complete_lines
 from harness.http import HttpConnection
 from harness.network import Network
 from harness.rpc import RpcClient
-from harness.wait import wait_until
+from harness.wait import PATIENCE, wait_until
 
 ROOT = Path(__file__).resolve().parents[3]
 EXECUTABLE = Path(os.environ.get("HUB_EXECUTABLE", ROOT / "build/bin/LarkspurWindowsCameraHub")).absolute()
@@ -28,7 +29,7 @@ COMMUNICATION_LOGGER = "LarkspurWindowsCameraHub.Device.Communication"
 
 PARAMETERS_KEY = r"[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\Larkspur Windows Camera Hub\Parameters]"
 
-LOG_LINE = re.compile(r"^\S+ \S+ +\[[^]]*\] (?P<level>[A-Z]+) +(?P<logger>\S+) - (?P<text>.*)$", re.MULTILINE)
+LOG_LINE = re.compile(r"\S+ \S+ +\[[^]]*\] (?P<level>[A-Z]+) +(?P<logger>\S+) - (?P<text>.*)")
 SANITIZER_REPORT = re.compile(r"(Thread|Address|Leak)Sanitizer|runtime error:")
 
 
@@ -41,8 +42,7 @@ class LogEntry:
 
 def log_entries(file):
     """The entries in a log file; none if it is not there."""
-    text = file.read_text(encoding="utf-8") if file.is_file() else ""
-    return [LogEntry(**match.groupdict()) for match in LOG_LINE.finditer(text)]
+    return [LogEntry(**match.groupdict()) for line in complete_lines(file) if (match := LOG_LINE.fullmatch(line))]
 
 
 class Hub:
@@ -148,9 +148,9 @@ class Hub:
         client.close()
         return self
 
-    def wait_for_end(self, seconds=20):
+    def wait_for_end(self):
         """The number of the signal that has ended the hub; fails if it ended otherwise, or not in time."""
-        code = self.process.wait(seconds)
+        code = self.process.wait(PATIENCE)
         assert code < 0, f"exit code {code}: {self.stderr()}"
         return signal.Signals(-code)
 
@@ -188,11 +188,8 @@ class Hub:
         wait_until(lambda: entry in self.log(), f"log entry {entry}")
 
     def journal(self):
-        """The platform calls so far, without a last line that is still being written."""
-        if not self.journal_file.exists():
-            return []
-        lines = self.journal_file.read_text(encoding="utf-8").split("\n")[:-1]
-        return [json.loads(line) for line in lines]
+        """The platform calls so far."""
+        return [json.loads(line) for line in complete_lines(self.journal_file)]
 
     def proc(self, name):
         return Path(f"/proc/{self.process.pid}/{name}")

@@ -7,6 +7,8 @@ import socket
 import struct
 from concurrent.futures import ThreadPoolExecutor
 
+from harness.wait import PATIENCE
+
 CLONE_NEWUSER, CLONE_NEWNET = 0x10000000, 0x40000000
 SIOCGIFFLAGS, SIOCSIFFLAGS, IFF_UP = 0x8913, 0x8914, 0x1
 
@@ -51,7 +53,7 @@ class Network:
     def run(self, function, *arguments, **keywords):
         return self._thread.submit(function, *arguments, **keywords).result()
 
-    def connect(self, port, timeout=20):
+    def connect(self, port, timeout=PATIENCE):
         return self.run(socket.create_connection, ("127.0.0.1", port), timeout)
 
     def close(self):

@@ -51,7 +51,9 @@ bool Camera::serve() {
 std::chrono::milliseconds Camera::takeFrames() {
     const auto now = steady_clock::now();
     if (now >= _nextFrame) {
-        _stream.take(_sensor.next());
+        const FrameState frame = _sensor.next();
+        _script.frameMade(frame.number);
+        _stream.take(frame);
         // A camera that was kept from running does not catch up.
         _nextFrame = std::max(_nextFrame, now - _sensor.interval()) + _sensor.interval();
     }

@@ -34,6 +34,8 @@ void Script::obey(const std::string& verb, const std::string& name, unsigned cod
         _damage = verb == "cut" ? Damage::Cut : Damage::Mark;
     else if (verb == "stall")
         _stalled = true;
+    else if (verb == "count")
+        happened("made", _made);
     else if (verb == "unplug")
         _unplugged = true;
     else if (verb == "plug")

@@ -15,8 +15,8 @@ class Script {
 public:
     /// One line: "refuse NAME CODE" (a UVC error code), "accept NAME", "mute" and "speak" (control requests),
     /// "freeze" and "thaw" (frames), "cut" and "mark" (every other frame from now on: half of it is missing, or it
-    /// bears the error bit), "stall" (the endpoint of the frames), "unplug", "plug", "end", and "at EVENT COMMAND".
-    /// Throws std::invalid_argument.
+    /// bears the error bit), "stall" (the endpoint of the frames), "count" (tells "made N"), "unplug", "plug", "end",
+    /// and "at EVENT COMMAND". Throws std::invalid_argument.
     void command(const std::string& line);
 
     /// Writes the event down; the one that "at" has named runs its command.
@@ -25,6 +25,9 @@ public:
 
     /// The same for what happens too often to be written down.
     void passed(const std::string& event);
+
+    /// The camera's latest frame, whether anybody takes it or not, has that number.
+    void frameMade(std::uint32_t number) { _made = number; }
 
     /// A frame has gone out: the event "frame-N", which counts from the latest change of the exposure.
     void framePassed() { passed("frame-" + std::to_string(++_frames)); }
@@ -50,6 +53,7 @@ private:
     std::map<std::string, std::uint8_t> _refusals;
     std::string _event;   // that which runs the command
     std::string _command; // without an argument
+    std::uint32_t _made = 0;
     unsigned _frames = 0; // since the exposure was changed
     bool _mute = false;
     bool _frozen = false;

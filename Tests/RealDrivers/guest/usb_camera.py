@@ -7,7 +7,8 @@ from math import log2
 from pathlib import Path
 
 from guest.video_node import capture_nodes
-from harness.wait import wait_until
+from harness.files import complete_lines
+from harness.wait import PATIENCE, wait_until
 
 PROGRAM = Path(os.environ["REAL_DRIVERS_PROGRAMS"]) / "UsbCamera"
 BLOCK = 16  # pixels
@@ -26,7 +27,7 @@ class UsbCamera:
         self.wait_for_node()
 
     def wait_for_node(self):
-        wait_until(self._has_node, "a video node for the camera", seconds=40)
+        wait_until(self._has_node, "a video node for the camera")
 
     def _has_node(self):
         assert self._process.poll() is None, "the camera has ended"
@@ -36,15 +37,22 @@ class UsbCamera:
         return capture_nodes(self._device)
 
     def command(self, text):
+        done = f"command {text}"
+        before = self.events().count(done)
         self._process.stdin.write(f"{text}\n".encode())
         self._process.stdin.flush()
-        self.wait_for_event(f"command {text}")
+        wait_until(lambda: self.events().count(done) > before, done)
 
     def events(self):
-        return self._events_file.read_text().splitlines()
+        return complete_lines(self._events_file)
 
-    def wait_for_event(self, event, seconds=20):
-        wait_until(lambda: event in self.events(), f"event {event}", seconds=seconds)
+    def wait_for_event(self, event):
+        wait_until(lambda: event in self.events(), f"event {event}")
+
+    def frames_made(self):
+        """The number of its latest frame, whether anybody takes it or not."""
+        self.command("count")
+        return max(int(event.split()[1]) for event in self.events() if event.startswith("made "))
 
     def unplug(self):
         self.command("unplug")
@@ -60,7 +68,7 @@ class UsbCamera:
     def end(self):
         """Without a complaint of one that has ended already."""
         self._process.stdin.close()
-        self._process.wait(10)
+        self._process.wait(PATIENCE)
         self.wait_until_gone()
 
 
