@@ -176,6 +176,6 @@ def test_a_get_while_a_capture_runs_waits_for_its_end(start_hub):
     begin = time.monotonic()
     rpc.send('{"id":1,"method":"camera:capture","params":{"to":"cam","exposureInUs":1000}}')
     still = "MediaCapture.CapturePhotoToStreamAsync"
-    wait_until(lambda: [line["call"] for line in hub.journal()].count(still) == 3, "the second still has begun")
+    wait_until(lambda: [line["call"] for line in hub.journal()].count(still) >= 3, "the second still has begun")
     assert http.get("/other").status == 404
     assert time.monotonic() - begin >= 0.7
