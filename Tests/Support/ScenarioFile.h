@@ -100,10 +100,9 @@ public:
         return names;
     }
 
-    /// True as soon as the journal is as wanted; false when the limit has passed.
-    bool waitFor(const std::function<bool(const std::vector<JournalLine>&)>& isAsWanted,
-                 std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
-        return waitUntil([&] { return isAsWanted(lines()); }, limit);
+    /// True as soon as the journal is as wanted; false when the patience is over.
+    bool waitFor(const std::function<bool(const std::vector<JournalLine>&)>& isAsWanted) const {
+        return waitUntil([&] { return isAsWanted(lines()); });
     }
 
     /// Waits until the call stands in the journal that many times, ends left out.

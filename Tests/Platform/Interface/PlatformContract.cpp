@@ -1,6 +1,7 @@
 #include "Tests/Platform/Interface/PlatformContract.h"
 
 #include "Platform/Interface/InMemoryRandomAccessStream.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <algorithm>
 #include <array>
@@ -108,7 +109,7 @@ winrt::hresult codeRaisedBy(const std::function<void()>& call) {
 }
 
 bool ends(const IAsyncAction& action) {
-    return CompletionFlag::of(action)->waitUntil(std::chrono::steady_clock::now() + std::chrono::seconds(10));
+    return CompletionFlag::of(action)->waitUntil(std::chrono::steady_clock::now() + patience);
 }
 
 std::pair<std::uint32_t, std::uint32_t> pngSize(const RandomAccessStream& stream) {

@@ -1,6 +1,7 @@
 #include "Platform/Shared/DeviceWatcherBase.h"
 
 #include "Platform/Shared/DeviceInformationValue.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
@@ -17,8 +18,6 @@ using namespace Platform;
 using namespace Platform::Shared;
 
 namespace {
-
-constexpr std::chrono::seconds limit(10);
 
 DeviceInformation device(const std::u16string& id) {
     return std::make_shared<DeviceInformationValue>(
@@ -62,7 +61,7 @@ TEST(DeviceWatcherBaseTest, EventsOfOneDeviceComeInOrderOneAtATime) {
         watcher->reportUpdated(update(u"d"));
         watcher->reportRemoved(update(u"d"));
     }
-    ASSERT_EQ(last.get_future().wait_for(limit), std::future_status::ready);
+    ASSERT_EQ(last.get_future().wait_for(patience), std::future_status::ready);
     EXPECT_EQ(order, "auraurauraurauraurauraurauraur");
 }
 
@@ -80,7 +79,7 @@ TEST(DeviceWatcherBaseTest, EventsOfDifferentDevicesRunAtTheSameTime) {
     watcher->Start();
     for (char16_t i = 0; i < 10; ++i)
         watcher->reportAdded(device(std::u16string(1, static_cast<char16_t>(u'0' + i))));
-    EXPECT_EQ(last.get_future().wait_for(limit), std::future_status::ready);
+    EXPECT_EQ(last.get_future().wait_for(patience), std::future_status::ready);
 }
 
 TEST(DeviceWatcherBaseTest, EnumerationCompletesAfterTheFirstDevicesHaveBeenHandled) {
@@ -103,7 +102,7 @@ TEST(DeviceWatcherBaseTest, EnumerationCompletesAfterTheFirstDevicesHaveBeenHand
     };
     watcher->Start();
     auto result = completed.get_future();
-    ASSERT_EQ(result.wait_for(limit), std::future_status::ready);
+    ASSERT_EQ(result.wait_for(patience), std::future_status::ready);
     EXPECT_EQ(result.get(), 2);
 }
 
@@ -113,7 +112,7 @@ TEST(DeviceWatcherBaseTest, EnumerationCompletesWithoutAnyDevice) {
     watcher->EnumerationCompleted([&](const auto&) { return completed.set_value(), winrt::result::ok; });
     watcher->onStart = [](FakeWatcher& self) { self.reportEnumerationCompleted(); };
     watcher->Start();
-    EXPECT_EQ(completed.get_future().wait_for(limit), std::future_status::ready);
+    EXPECT_EQ(completed.get_future().wait_for(patience), std::future_status::ready);
 }
 
 TEST(DeviceWatcherBaseTest, AFailingHandlerDoesNotEndTheEvents) {
@@ -128,7 +127,7 @@ TEST(DeviceWatcherBaseTest, AFailingHandlerDoesNotEndTheEvents) {
     watcher->Start();
     watcher->reportAdded(device(u"d"));
     watcher->reportAdded(device(u"d"));
-    EXPECT_EQ(second.get_future().wait_for(limit), std::future_status::ready);
+    EXPECT_EQ(second.get_future().wait_for(patience), std::future_status::ready);
 }
 
 TEST(DeviceWatcherBaseTest, StartsOnce) {
@@ -162,11 +161,8 @@ TEST(DeviceWatcherBaseTest, ItsOwnHandlerMayReleaseIt) {
         FakeWatcher& raw = *watcher;
         raw.Start();
         raw.reportAdded(device(u"d"));
-        ASSERT_EQ(handled.get_future().wait_for(limit), std::future_status::ready);
-        const auto end = std::chrono::steady_clock::now() + limit;
-        while (!weak.expired() && std::chrono::steady_clock::now() < end)
-            std::this_thread::yield();
-        EXPECT_TRUE(weak.expired());
+        ASSERT_EQ(handled.get_future().wait_for(patience), std::future_status::ready);
+        EXPECT_TRUE(waitUntil([&] { return weak.expired(); }));
     }
 }
 
@@ -185,14 +181,11 @@ TEST(DeviceWatcherBaseTest, ReleasedInTheMiddleOfAHandlerDeliversNothingMore) {
     });
     watcher->Start();
     watcher->reportAdded(device(u"d"));
-    ASSERT_EQ(running.get_future().wait_for(limit), std::future_status::ready);
+    ASSERT_EQ(running.get_future().wait_for(patience), std::future_status::ready);
     watcher->reportAdded(device(u"d")); // waits behind the first
     watcher.reset();
     release.set_value();
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!weak.expired() && std::chrono::steady_clock::now() < end)
-        std::this_thread::yield();
-    EXPECT_TRUE(weak.expired());
+    EXPECT_TRUE(waitUntil([&] { return weak.expired(); }));
     // The second event may still have found the watcher, but none runs after its end.
     const int atEnd = *calls;
     std::this_thread::sleep_for(std::chrono::milliseconds(20));

@@ -1,5 +1,7 @@
 #include "Platform/Shared/Strand.h"
 
+#include "Tests/Support/WaitUntil.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -16,8 +18,6 @@ using std::chrono::steady_clock;
 
 namespace {
 
-constexpr std::chrono::seconds limit(10);
-
 TEST(StrandTest, RunsItsTasksInOrderAndOneAtATime) {
     const auto strand = Strand::create(std::make_shared<WorkerPool>());
     std::atomic<int> running = 0;
@@ -31,7 +31,7 @@ TEST(StrandTest, RunsItsTasksInOrderAndOneAtATime) {
             if (i == 499)
                 last.set_value();
         });
-    ASSERT_EQ(last.get_future().wait_for(limit), std::future_status::ready);
+    ASSERT_EQ(last.get_future().wait_for(patience), std::future_status::ready);
     ASSERT_EQ(order.size(), 500U);
     for (int i = 0; i < 500; ++i)
         EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
@@ -45,7 +45,7 @@ TEST(StrandTest, ABlockedStrandDelaysNoOther) {
     std::promise<void> ran;
     blocked->post([released = release.get_future().share()] { released.wait(); });
     free->post([&] { ran.set_value(); });
-    EXPECT_EQ(ran.get_future().wait_for(limit), std::future_status::ready);
+    EXPECT_EQ(ran.get_future().wait_for(patience), std::future_status::ready);
     release.set_value();
 }
 
@@ -54,7 +54,7 @@ TEST(StrandTest, AWaitingTaskDelaysNoneOfTheOthers) {
     std::promise<void> later;
     std::promise<void> now;
     std::atomic<bool> laterRan = false;
-    strand->postAt(steady_clock::now() + milliseconds(100), [&] {
+    strand->postAt(steady_clock::now() + milliseconds(800), [&] {
         laterRan = true;
         later.set_value();
     });
@@ -62,8 +62,8 @@ TEST(StrandTest, AWaitingTaskDelaysNoneOfTheOthers) {
         EXPECT_FALSE(laterRan);
         now.set_value();
     });
-    EXPECT_EQ(now.get_future().wait_for(limit), std::future_status::ready);
-    EXPECT_EQ(later.get_future().wait_for(limit), std::future_status::ready);
+    EXPECT_EQ(now.get_future().wait_for(patience), std::future_status::ready);
+    EXPECT_EQ(later.get_future().wait_for(patience), std::future_status::ready);
 }
 
 TEST(StrandTest, RunsWhatWasPostedAlsoAfterItsRelease) {
@@ -71,7 +71,7 @@ TEST(StrandTest, RunsWhatWasPostedAlsoAfterItsRelease) {
     std::promise<void> ran;
     strand->postAt(steady_clock::now() + milliseconds(20), [&] { ran.set_value(); });
     strand.reset();
-    EXPECT_EQ(ran.get_future().wait_for(limit), std::future_status::ready);
+    EXPECT_EQ(ran.get_future().wait_for(patience), std::future_status::ready);
 }
 
 } // namespace

@@ -134,20 +134,26 @@ const char* const exposure = R"({"exposure": {"supported": true, "min": -13, "ma
 
 TEST_F(SimulatedControlsTest, AutomaticExposureArrivesAtTheNeutralOneWithinASecond) {
     const auto control = controller(exposure)->Exposure();
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(control->TrySetAuto(true));
-    EXPECT_TRUE(waitUntil([&] { return valueOf(control) == -5.0; }));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    bool isOver = false;
+    while (valueOf(control) != -5.0 && !isOver) // a look that begins after a second finds it there
+        isOver = std::chrono::steady_clock::now() > end;
+    EXPECT_EQ(valueOf(control), -5.0);
     EXPECT_TRUE(control->TrySetAuto(false));
     EXPECT_EQ(valueOf(control), -5.0);
 }
 
 TEST_F(SimulatedControlsTest, AutomaticExposureMovesThereGradually) {
     const auto control = controller(exposure)->Exposure();
-    control->TrySetAuto(true);
-    EXPECT_TRUE(waitUntil([&] { return valueOf(control) < -2.2; }));
-    control->TrySetAuto(false);
-    const double reached = valueOf(control);
+    double reached = -5.0;
+    for (int attempt = 0; attempt < 100 && reached == -5.0; ++attempt) { // a busy machine may look too late
+        control->TrySetValue(-2);
+        control->TrySetAuto(true);
+        EXPECT_TRUE(waitUntil([&] { return valueOf(control) < -2.2; }));
+        control->TrySetAuto(false);
+        reached = valueOf(control);
+    }
     EXPECT_GT(reached, -5.0);
     EXPECT_EQ(valueOf(control), reached);
 }

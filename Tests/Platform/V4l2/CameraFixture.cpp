@@ -2,17 +2,9 @@
 
 #include "Platform/Imaging/ImageDecoder.h"
 
-namespace Platform::V4l2 {
+#include <linux/videodev2.h>
 
-bool comesTrue(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
+namespace Platform::V4l2 {
 
 FrameClock::FrameClock(FakeDriver& driver, std::string path, FakeFrame frame)
     : _thread([this, &driver, path = std::move(path), frame = std::move(frame)] {
@@ -36,7 +28,7 @@ CameraFixture::~CameraFixture() {
     driver->heal();
     driver->release();
     platform.reset();
-    EXPECT_TRUE(comesTrue([this] { return nothingIsLeft(); }))
+    EXPECT_TRUE(waitUntil([this] { return nothingIsLeft(); }))
         << driver->openDescriptors() << " descriptors, " << driver->mappings() << " mappings";
 }
 
@@ -79,6 +71,11 @@ std::optional<std::vector<std::uint8_t>> CameraFixture::still(const MediaCapture
     stream->Seek(0);
     stream->Read(png);
     return png;
+}
+
+bool CameraFixture::deliverTaken(const FakeFrame& frame) {
+    const unsigned taken = driver->calls(VIDIOC_DQBUF);
+    return driver->deliver(videoPath, frame) && waitUntil([&] { return driver->calls(VIDIOC_DQBUF) > taken; });
 }
 
 int CameraFixture::brightness(const std::vector<std::uint8_t>& png) {

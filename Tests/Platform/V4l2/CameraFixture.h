@@ -7,6 +7,7 @@
 #include "Tests/Platform/V4l2/FakeKernel/FakeDriver.h"
 #include "Tests/Platform/V4l2/FakeKernel/FakeLister.h"
 #include "Tests/Support/RaisedError.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
@@ -18,9 +19,6 @@
 #include <thread>
 
 namespace Platform::V4l2 {
-
-/// Whether the condition comes true within ten seconds.
-bool comesTrue(const std::function<bool()>& condition);
 
 /// Has a device deliver frames until it goes out of scope: one each two milliseconds.
 class FrameClock {
@@ -54,7 +52,9 @@ protected:
     MediaFrameReader startReader(const MediaCapture& capture);
     /// The still's PNG, or nothing if it has not come within that time.
     std::optional<std::vector<std::uint8_t>> still(const MediaCapture& capture,
-                                                   std::chrono::milliseconds limit = std::chrono::seconds(10));
+                                                   std::chrono::milliseconds limit = patience);
+    /// Delivers the frame to a stream that somebody takes frames of, and waits until it has been taken. False if not.
+    bool deliverTaken(const FakeFrame& frame = {});
     /// Brightness of the middle of a still, 0 to 255.
     static int brightness(const std::vector<std::uint8_t>& png);
     bool nothingIsLeft() const { return driver->openDescriptors() == 0 && driver->mappings() == 0; }

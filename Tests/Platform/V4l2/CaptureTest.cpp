@@ -60,7 +60,7 @@ TEST_F(CaptureTest, AStillWithoutAReaderRunsTheStreamForItselfAlone) {
     const FrameClock clock(*driver, videoPath);
     ASSERT_TRUE(still(capture));
     // The buffers are unmapped behind the end of the stream.
-    EXPECT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath) && driver->mappings() == 0; }));
+    EXPECT_TRUE(waitUntil([this] { return !driver->isStreaming(videoPath) && driver->mappings() == 0; }));
 }
 
 TEST_F(CaptureTest, TheStreamStateFollowsTheReader) {
@@ -80,7 +80,7 @@ TEST_F(CaptureTest, TheStreamStateFollowsTheReader) {
 TEST_F(CaptureTest, ReleasingTheReaderStopsTheStream) {
     const auto capture = open();
     startReader(capture);
-    EXPECT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath); }));
+    EXPECT_TRUE(waitUntil([this] { return !driver->isStreaming(videoPath); }));
 }
 
 TEST_F(CaptureTest, ANewCaptureRaisesOnEveryUse) {
@@ -223,11 +223,8 @@ TEST_F(CaptureTest, AJpegThatDoesNotDecodeIsFollowedByTheNextFrame) {
     const auto reader = startReader(capture);
     const std::vector<std::uint8_t> damaged(100, 0xFF);
     const auto whole = Imaging::writeJpeg(Imaging::smoothPicture(32, 16), TJSAMP_444);
-    // One frame at a time, taken before the next one is delivered.
-    const auto deliver = [&](const std::vector<std::uint8_t>& bytes) {
-        const unsigned read = driver->calls(VIDIOC_DQBUF);
-        driver->deliver(videoPath, {bytes, 0, true, false, 0});
-        return comesTrue([&] { return driver->calls(VIDIOC_DQBUF) > read; });
+    const auto deliver = [this](const std::vector<std::uint8_t>& bytes) {
+        return deliverTaken({bytes, 0, true, false, 0});
     };
     const FreshnessRule rule = freshnessRuleFor("usb-");
     for (unsigned i = 0; i <= rule.afterSetting; ++i) // the start of the stream counts as a setting
@@ -242,7 +239,7 @@ TEST_F(CaptureTest, AJpegThatDoesNotDecodeIsFollowedByTheNextFrame) {
         EXPECT_EQ(action.Status(), AsyncStatus::Started);
     }
     ASSERT_TRUE(deliver(whole));
-    EXPECT_TRUE(CompletionFlag::of(action)->waitUntil(std::chrono::steady_clock::now() + std::chrono::seconds(10)));
+    EXPECT_TRUE(CompletionFlag::of(action)->waitUntil(std::chrono::steady_clock::now() + patience));
     EXPECT_GT(stream->Size(), 0u);
 }
 

@@ -26,12 +26,12 @@ public:
     bool unplug() override {
         _driver->unplug(Path);
         _lister->remove(usbNode(0).systemPath);
-        return comesTrue([&] { return cameras() == 0; });
+        return waitUntil([&] { return cameras() == 0; });
     }
     void plugIn() override {
         _driver->plug(Path, _device);
         _lister->add(usbNode(0));
-        ASSERT_TRUE(comesTrue([&] { return cameras() == 1; }));
+        ASSERT_TRUE(waitUntil([&] { return cameras() == 1; }));
     }
     bool holdStills() override {
         _clock.reset();

@@ -36,7 +36,7 @@ protected:
         return notes;
     }
     bool noteComes(std::size_t count) {
-        return comesTrue([&] { return noted().size() >= count; });
+        return waitUntil([&] { return noted().size() >= count; });
     }
 
     std::mutex mutex;
@@ -153,7 +153,7 @@ TEST_F(WatcherTest, MayBeDestroyedByItsOwnHandler) {
         return winrt::result::ok;
     });
     (*holder)->Start();
-    EXPECT_TRUE(comesTrue([&] { return done->load(); }));
+    EXPECT_TRUE(waitUntil([&] { return done->load(); }));
 }
 
 } // namespace

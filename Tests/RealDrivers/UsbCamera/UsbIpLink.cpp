@@ -59,7 +59,7 @@ void sendAll(int socket, std::span<const std::uint8_t> bytes) {
 void attach(unsigned port, int socket) {
     const std::string text = std::to_string(port) + " " + std::to_string(socket) + " " + std::to_string(deviceNumber) +
                              " " + std::to_string(highSpeed);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     const int file = open(attachFile, O_WRONLY | O_CLOEXEC);
     if (file < 0)
         raise(attachFile);

@@ -21,7 +21,7 @@ public:
 
     bool waitForSleeper() {
         std::unique_lock lock(_mutex);
-        return _condition.wait_for(lock, std::chrono::seconds(10), [this] { return _sleepers > 0; });
+        return _condition.wait_for(lock, patience, [this] { return _sleepers > 0; });
     }
     void release() {
         {

@@ -63,6 +63,16 @@ protected:
     }
     std::size_t groupCount() { return blockingWait(platform->FindAllAsync()).Size(); }
 
+    /// Writes the scenario in place, with a pause in the middle; how long that took.
+    std::chrono::steady_clock::duration writeInTwoHalves(const std::string& text) const {
+        const auto begin = std::chrono::steady_clock::now();
+        std::ofstream writer(file.path(), std::ios::trunc);
+        writer << text.substr(0, 20) << std::flush;
+        std::this_thread::sleep_for(milliseconds(20));
+        writer << text.substr(20) << std::flush;
+        return std::chrono::steady_clock::now() - begin;
+    }
+
     DeviceWatcher _watcher;
     std::mutex _mutex;
     std::vector<std::string> _events;
@@ -200,7 +210,12 @@ TEST_F(HotPlugTest, AFileThatDoesNotParseIsIgnoredWithOneLineUntilItDoes) {
     start(groupsText({groupText("A")}));
     testing::internal::CaptureStderr();
     file.write("{\"groups\": [");
-    std::this_thread::sleep_for(milliseconds(400)); // well beyond the moment that a writer is given
+    // While it is captured, standard error is a file.
+    EXPECT_TRUE(waitUntil([] {
+        std::ifstream errors("/proc/self/fd/2");
+        return std::string(std::istreambuf_iterator<char>(errors), {}).find('\n') != std::string::npos;
+    }));
+    std::this_thread::sleep_for(milliseconds(400)); // for another line
     EXPECT_EQ(groupCount(), 1U);
     std::fflush(stderr);
     const std::string text = testing::internal::GetCapturedStderr();
@@ -211,21 +226,21 @@ TEST_F(HotPlugTest, AFileThatDoesNotParseIsIgnoredWithOneLineUntilItDoes) {
 }
 
 TEST_F(HotPlugTest, AFileThatIsWrittenInTwoHalvesIsNotComplainedOf) {
-    start(groupsText({groupText("A")}));
-    testing::internal::CaptureStderr();
-    const std::string text = groupsText({groupText("A"), groupText("B")});
-    {
-        std::ofstream writer(file.path(), std::ios::trunc);
-        writer << text.substr(0, 20) << std::flush;
-        std::this_thread::sleep_for(milliseconds(20));
-        writer << text.substr(20) << std::flush;
+    // The writer has a tenth of a second. One whom a busy machine keeps from writing for longer tries again.
+    bool isInTime = false;
+    for (int attempt = 0; attempt < 100 && !isInTime; ++attempt) {
+        start(groupsText({groupText("A")}));
+        testing::internal::CaptureStderr();
+        isInTime = writeInTwoHalves(groupsText({groupText("A"), groupText("B")})) < milliseconds(100);
+        EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
+        const std::string complaints = testing::internal::GetCapturedStderr();
+        EXPECT_TRUE(complaints.empty() || !isInTime) << complaints;
     }
-    EXPECT_TRUE(waitUntil([&] { return groupCount() == 2; }));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(isInTime);
 }
 
 TEST_F(HotPlugTest, AStillOfACameraThatGoesNeverCompletes) {
-    start(cameraScenario(R"({"capture": {"delayMs": 300}})"));
+    start(cameraScenario(R"({"capture": {"delayMs": 1500}})"));
     const MediaCapture capture = open();
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto flag = CompletionFlag::of(takeStill(capture, stream));
@@ -233,7 +248,7 @@ TEST_F(HotPlugTest, AStillOfACameraThatGoesNeverCompletes) {
     ASSERT_TRUE(waitUntil([&] { return groupCount() == 0; }));
     file.replace(cameraScenario()); // back before the delay is over
     ASSERT_TRUE(waitUntil([&] { return groupCount() == 1; }));
-    EXPECT_FALSE(flag->waitUntil(std::chrono::steady_clock::now() + milliseconds(500)));
+    EXPECT_FALSE(flag->waitUntil(std::chrono::steady_clock::now() + milliseconds(1700)));
     EXPECT_EQ(stream->Size(), 0U);
     EXPECT_EQ(journal.linesOf("MediaCapture.CapturePhotoToStreamAsync").size(), 1U);
 }

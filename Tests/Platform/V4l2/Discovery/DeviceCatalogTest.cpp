@@ -134,7 +134,7 @@ TEST_F(DeviceCatalogTest, ADriverThatNeverAnswersCostsTheLimitOnce) {
     EXPECT_TRUE(catalog.groups()[0]->error);
     EXPECT_EQ(driver->calls(openCall), 1u);
     driver->release();
-    EXPECT_TRUE(comesTrue([this] { return driver->openDescriptors() == 0; }));
+    EXPECT_TRUE(waitUntil([this] { return driver->openDescriptors() == 0; }));
 }
 
 TEST_F(DeviceCatalogTest, ANodeThatGoesWhileItIsLookedAtIsNoCamera) {

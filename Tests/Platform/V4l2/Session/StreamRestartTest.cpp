@@ -32,7 +32,7 @@ protected:
     /// As an endpoint that stalls.
     bool deliverEmptyBuffer() { return driver->deliver(videoPath, {{}, V4L2_BUF_FLAG_ERROR, false, true, 0}); }
     bool startsOnceMore() {
-        return comesTrue([this] { return driver->calls(VIDIOC_STREAMON) == 2; });
+        return waitUntil([this] { return driver->calls(VIDIOC_STREAMON) == 2; });
     }
 
     MediaCapture capture;
@@ -92,7 +92,7 @@ TEST_F(StreamRestartTest, AStreamThatDoesNotStartInANewFormatIsTriedAgain) {
     start();
     driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 3);
     EXPECT_EQ(raisedBy([&] { setFormat(capture, largeFormat); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
-    EXPECT_TRUE(comesTrue([this] { return driver->isStreaming(videoPath); }));
+    EXPECT_TRUE(waitUntil([this] { return driver->isStreaming(videoPath); }));
 }
 
 TEST_F(StreamRestartTest, AReaderThatDoesNotStartLeavesAWaitingStillItsNextAttempt) {
@@ -104,7 +104,7 @@ TEST_F(StreamRestartTest, AReaderThatDoesNotStartLeavesAWaitingStillItsNextAttem
     askForStill();
     driver->failOn(VIDIOC_STREAMON, ENOSPC, 0, 1);
     ASSERT_TRUE(deliverEmptyBuffer());
-    ASSERT_TRUE(comesTrue([this] { return !driver->isStreaming(videoPath); }));
+    ASSERT_TRUE(waitUntil([this] { return !driver->isStreaming(videoPath); }));
     EXPECT_EQ(raisedBy([&] { blockingWait(reader->StartAsync()); }).substr(0, 31), "80004005 VIDIOC_STREAMON on /de");
     expectStill();
 }

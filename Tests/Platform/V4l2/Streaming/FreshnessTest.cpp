@@ -126,7 +126,7 @@ TEST_F(FreshnessOfStillsTest, NobodyReadsFramesWhileNobodyWaitsForOne) {
     const auto reader = startReader(capture);
     const FrameClock clock(*driver, videoPath);
     ASSERT_TRUE(still(capture));
-    ASSERT_TRUE(comesTrue([this] { return driver->emptyBuffers(videoPath) == 0; }));
+    ASSERT_TRUE(waitUntil([this] { return driver->emptyBuffers(videoPath) == 0; }));
     const unsigned read = driver->calls(VIDIOC_DQBUF);
     std::this_thread::sleep_for(milliseconds(100)); // for the clock to offer more
     EXPECT_EQ(driver->calls(VIDIOC_DQBUF), read);
@@ -137,19 +137,15 @@ TEST_F(FreshnessOfStillsTest, AStillNeedsNoMoreFramesThanTheRule) {
     const auto capture = open();
     setFormat(capture, 1);
     const auto reader = startReader(capture);
-    const auto deliver = [&](unsigned count) {
-        for (unsigned i = 0; i < count; ++i) {
-            std::this_thread::sleep_for(milliseconds(2));
-            driver->deliver(videoPath);
-        }
-    };
-    deliver(20); // the start of the stream counts as a setting
-    std::this_thread::sleep_for(milliseconds(20));
+    const FreshnessRule rule = freshnessRuleFor("usb-");
+    for (unsigned i = 0; i <= rule.afterSetting; ++i) // the start of the stream counts as a setting
+        ASSERT_TRUE(deliverTaken());
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
-    deliver(freshnessRuleFor("usb-").afterRequest);
+    for (unsigned i = 0; i < rule.afterRequest; ++i)
+        ASSERT_TRUE(deliverTaken());
     EXPECT_EQ(action.Status(), AsyncStatus::Started);
-    deliver(1);
+    ASSERT_TRUE(deliverTaken());
     blockingWait(action);
     EXPECT_GT(stream->Size(), 0u);
 }
@@ -158,23 +154,22 @@ TEST_F(FreshnessOfStillsTest, AfterADamagedFrameTheVeryNextOneIsTried) {
     const auto capture = open();
     setFormat(capture, 0); // JPEG
     const auto reader = startReader(capture);
-    const auto deliver = [&](unsigned count, const std::vector<std::uint8_t>& bytes) {
-        for (unsigned i = 0; i < count; ++i) {
-            std::this_thread::sleep_for(milliseconds(2));
-            driver->deliver(videoPath, {bytes, 0, true, false, 0});
-        }
+    const FreshnessRule rule = freshnessRuleFor("usb-");
+    const auto deliver = [this](const std::vector<std::uint8_t>& bytes) {
+        return deliverTaken({bytes, 0, true, false, 0});
     };
     const auto whole = Imaging::writeJpeg(Imaging::smoothPicture(32, 16), TJSAMP_444);
     const std::vector<std::uint8_t> half(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(whole.size() / 2));
-    deliver(20, whole); // the start of the stream counts as a setting
-    std::this_thread::sleep_for(milliseconds(20));
+    for (unsigned i = 0; i <= rule.afterSetting; ++i) // the start of the stream counts as a setting
+        ASSERT_TRUE(deliver(whole));
     const auto stream = std::make_shared<InMemoryRandomAccessStream>();
     const auto action = capture->CapturePhotoToStreamAsync(ImageEncodingProperties::CreatePng(), stream);
-    deliver(freshnessRuleFor("usb-").afterRequest, whole);
-    deliver(1, half);
-    std::this_thread::sleep_for(milliseconds(20));
+    for (unsigned i = 0; i < rule.afterRequest; ++i)
+        ASSERT_TRUE(deliver(whole));
+    ASSERT_TRUE(deliver(half));
+    std::this_thread::sleep_for(milliseconds(20)); // for the decoder to refuse it
     EXPECT_EQ(action.Status(), AsyncStatus::Started);
-    deliver(1, whole);
+    ASSERT_TRUE(deliver(whole));
     blockingWait(action);
     EXPECT_GT(stream->Size(), 0u);
 }
