@@ -1,4 +1,4 @@
-# Shared by the scripts of this folder, which source it: the Debian packages, the building, and --help.
+# Shared by the scripts of this folder, which source it: the Debian packages, the building, the testing, and --help.
 # shellcheck shell=bash
 # The lists are used by the scripts that source this file.
 # shellcheck disable=SC2034
@@ -26,6 +26,12 @@ tidy_packages=(clang-tidy-19)
 
 # The second compiler, of the preset clang.
 clang_packages=(clang-19)
+
+# What keeps a machine busy while scripts/repeat.sh looks for tests that cannot bear that.
+stress_packages=(stress-ng)
+
+# The Python of the system, for which the packages are installed, whichever one comes first in PATH.
+python=/usr/bin/python3
 
 # show_help: the head of the script, to its first line that is no comment.
 show_help() {
@@ -78,4 +84,22 @@ build() {
   if [[ $(ninja -C "$folder" -n "$2") != *"no work to do"* ]]; then
     cmake --build "$folder" --target "$2"
   fi
+}
+
+# What unit_tests and end_to_end_tests run under.
+launcher=()
+
+# unit_tests FOLDER REPORT: all of that build.
+unit_tests() {
+  "${launcher[@]}" ctest --test-dir "$1" --parallel "$(nproc)" --output-on-failure --no-tests=error --output-junit "$2"
+}
+
+# end_to_end_tests PRESET REPORT: all, on the hub of that build. They give each hub a network of its own, which takes
+# root: at least in a namespace.
+end_to_end_tests() {
+  local isolation=()
+  ((EUID == 0)) || isolation=(unshare --user --map-root-user --net)
+  HUB_EXECUTABLE=$(build_folder "$1")/bin/LarkspurWindowsCameraHub HUB_PRESET=$1 \
+    "${launcher[@]}" "${isolation[@]}" "$python" -m pytest -p no:cacheprovider --quiet -r fEs \
+    --numprocesses $((2 * $(nproc))) --dist loadfile --junit-xml="$2" "$root/Tests/EndToEnd"
 }

@@ -20,22 +20,14 @@ for preset in "${presets[@]}"; do
   esac
 done
 
-# The Python of the system, for which the packages are installed, whichever one comes first in PATH.
-python=/usr/bin/python3
-
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}
 export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1${TSAN_OPTIONS:+:$TSAN_OPTIONS}
 
 # The thread sanitizer cannot start where the kernel spreads addresses over more bits than it knows.
-launcher=()
 if [[ " ${presets[*]} " == *" tsan "* ]] && setarch --addr-no-randomize true 2>/dev/null; then
   launcher=(setarch --addr-no-randomize)
 fi
-
-# The end-to-end tests give each hub a network of its own, which takes root: at least in a namespace.
-isolation=()
-((EUID == 0)) || isolation=(unshare --user --map-root-user --net)
 
 install_packages "${build_packages[@]}" "${test_packages[@]}" "${check_packages[@]}"
 
@@ -51,13 +43,9 @@ for preset in "${presets[@]}"; do
 
   echo "== $preset"
   build "$preset" all || { failed=1; continue; }
-  "${launcher[@]}" ctest --test-dir "$folder" --parallel "$(nproc)" --output-on-failure \
-    --no-tests=error --output-junit "$unit" || failed=1
+  unit_tests "$folder" "$unit" || failed=1
   [[ $preset != release ]] || "$python" "$root/scripts/slow_tests.py" "$folder" || failed=1
-  HUB_EXECUTABLE=$folder/bin/LarkspurWindowsCameraHub HUB_PRESET=$preset \
-    "${launcher[@]}" "${isolation[@]}" "$python" -m pytest -p no:cacheprovider --quiet -r fEs \
-    --numprocesses $((2 * $(nproc))) --dist loadfile \
-    --junit-xml="$end_to_end" "$root/Tests/EndToEnd" || failed=1
+  end_to_end_tests "$preset" "$end_to_end" || failed=1
 
   # Against the kernel's drivers once: what a sanitizer would find there, it finds on the scripted driver.
   if [[ $preset == release ]]; then

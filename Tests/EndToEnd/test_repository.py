@@ -118,6 +118,23 @@ def test_a_report_that_is_missing_or_empty_counts_as_a_failure(tmp_path, content
     assert counted == (1, "Tests: 1 passed, 1 failed, 0 skipped")
 
 
+def test_the_failures_of_many_runs_are_named_with_their_number(tmp_path):
+    for number, report in enumerate((CTEST, PYTEST, CTEST, "")):
+        (tmp_path / f"{number}.xml").write_text(report)
+    command = [sys.executable, str(ROOT / "scripts/failed_tests.py"), *map(str, sorted(tmp_path.iterdir()))]
+    result = subprocess.run(command, capture_output=True, text=True, check=False)
+    assert (result.returncode, result.stdout.splitlines()) == (1, [
+        "3 of 3  b",
+        "2 of 2  d",
+        "1 of 1  no report: 3.xml",
+        "Tests that have failed: 3 of 5, in 4 runs",
+    ])
+    command = command[:2] + [str(tmp_path / "none.xml")]
+    (tmp_path / "none.xml").write_text('<testsuite><testcase classname="a.b" name="c"/></testsuite>')
+    result = subprocess.run(command, capture_output=True, text=True, check=False)
+    assert (result.returncode, result.stdout) == (0, "Tests that have failed: 0 of 1, in 1 runs\n")
+
+
 def test_a_test_above_a_second_that_is_not_labelled_slow_is_told(tmp_path):
     names = {"quick": 0.2, "long": 1.5, "longer": 2.5}
     tests = "".join(f"add_test({name} true)\n" for name in names)
