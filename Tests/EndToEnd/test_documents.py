@@ -3,10 +3,12 @@
 import io
 import json
 import re
+import subprocess
 
 import pytest
 from harness.hub import ROOT
 from harness.scenario import scenario
+from harness.wait import PATIENCE
 from PIL import Image
 
 GUID = "[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12}"
@@ -93,6 +95,20 @@ def test_every_operation_of_the_fault_table_is_accepted_where_it_stands(start_hu
     complete = scenario("cam", faults=faults["top level"], camera={"faults": faults["camera"]})
     complete["groups"][0]["faults"] = faults["group"]
     start_hub(complete).wait_for_cameras("cam")
+
+
+def test_the_documented_probe_tells_a_hub_that_answers_from_one_that_hangs_or_is_not_there(start_hub, network):
+    text = (ROOT / "Docs/operating.md").read_text(encoding="utf-8")
+    (command,) = re.findall(r"^    timeout (60 .*)$", text, re.MULTILINE)
+
+    def probe(network, minute):
+        return network.run(subprocess.run, ["bash", "-c", f"timeout {minute}{command[2:]}"], check=False).returncode
+
+    hub = start_hub(scenario())
+    assert probe(hub.network, PATIENCE) == 0
+    hub.http().send(b"\r\n")
+    assert probe(hub.network, 1) == 124  # timeout's own
+    assert probe(network, PATIENCE) == 1
 
 
 DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("Docs/**/*.md"), *ROOT.glob(".github/**/*.md")])
