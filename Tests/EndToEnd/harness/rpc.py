@@ -42,7 +42,9 @@ class RpcClient:
 
     def capture(self, uid, **params):
         """The result of a capture, also one that failed."""
-        return self.request("camera:capture", to=uid, **params)["result"]
+        reply = self.request("camera:capture", to=uid, **params)
+        assert "result" in reply, reply
+        return reply["result"]
 
     def has_bytes_within(self, seconds):
         return bool(self._received) or bool(select.select([self.socket], [], [], seconds)[0])
