@@ -44,7 +44,7 @@ def test_a_photograph_comes_out_to_the_last_bit_at_the_neutral_exposure(start_hu
     camera = {"exposure": EXPOSURE, "capture": {"picture": str(file)}}
     group = camera_group("cam", *scene.size)
     hub = start_hub({"groups": [group], "cameras": {"cam": camera}}).wait_for_cameras("cam")
-    result = hub.rpc().capture("cam", exposureInUs=NEUTRAL_US)
+    result = hub.rpc().capture_in_time("cam", exposureInUs=NEUTRAL_US)
     assert result["exposureInUs"] == NEUTRAL_US
     still = Image.open(io.BytesIO(hub.image(result["resid"])))
     assert (still.format, still.mode, still.size) == ("PNG", "RGB", scene.size)

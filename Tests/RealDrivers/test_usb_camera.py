@@ -7,12 +7,12 @@ from math import floor
 import pytest
 from guest.cameras import wait_for_cameras, wait_for_none
 from guest.usb_camera import grey_of, read
+from harness.rpc import TIMED_OUT
 from harness.wait import wait_until
 
 EXPOSURE_UNSET = -(2**63)
 STOPS = range(-11, -2)  # what of 3 to 2047 times 100 us the hub can use: 2^-11 s to 2^-3 s
 RED, GREEN, BLUE = (255, 0, 0), (0, 255, 0), (0, 0, 255)
-TIMED_OUT = "captureImage failed: Timed out waiting for camera capture.(-2147483636)"
 NO_DELAY = {"exposureChangeDelayInMs": 0}
 STILL_LIMIT = 10  # seconds that the hub waits for a still
 
