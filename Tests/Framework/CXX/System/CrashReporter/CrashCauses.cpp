@@ -223,10 +223,14 @@ const std::map<std::string, Cause>& causes() {
 }
 
 void runInThread(Cause cause) {
-    std::thread([cause] {
+    std::latch joining(1); // nobody can tell the stack of a thread that is just making another
+    std::thread unlucky([cause, &joining] {
         pthread_setname_np(pthread_self(), "unlucky");
+        joining.wait();
         cause();
-    }).join();
+    });
+    joining.count_down();
+    unlucky.join();
 }
 
 void runInEventLoop(Cause cause) {
