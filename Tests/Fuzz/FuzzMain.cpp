@@ -17,7 +17,10 @@ class InputMaker {
 public:
     explicit InputMaker(std::vector<std::string> seeds) : _seeds(std::move(seeds)) {}
 
+    /// All inputs are small, but each hundredth.
     std::string next() {
+        if (++_number % 100 == 0)
+            return longInput(_number / 100);
         std::string input = seed();
         for (std::size_t changes = 1 + below(6); changes > 0; --changes)
             change(input);
@@ -32,6 +35,23 @@ private:
     std::string_view pieceOf(const std::string& text) {
         const std::size_t begin = below(text.size() + 1);
         return std::string_view(text).substr(begin, below(20));
+    }
+
+    /// A seed that has been blown up in one place: with a piece of any seed, or with what parsers know to be nested,
+    /// skipped, decoded or continued, over and over. That is slow where a parser looks at all of it again and again.
+    std::string longInput(std::size_t number) {
+        static constexpr std::string_view tokens[] = {"[",  "{\"a\":", "/**/", "//\n", "\"", "\\",    "%41",
+                                                      "%",  ",",       " ",    "0",    "1,", "\r\n",  "a:b\r\n",
+                                                      "\n", ";\n",     "\\\n", "[]",   "-",  "?a=b&", "\xC3"};
+        std::string piece(number % 4 == 0 ? pieceOf(seed()) : tokens[number % std::size(tokens)]);
+        if (number % 5 == 0)
+            piece += tokens[below(std::size(tokens))];
+        std::string input = seed();
+        const std::size_t at = below(input.size() + 1);
+        std::string repeated;
+        while (!piece.empty() && repeated.size() < largest)
+            repeated += piece;
+        return input.insert(at, repeated);
     }
 
     void change(std::string& input) {
@@ -58,7 +78,10 @@ private:
         }
     }
 
+    static constexpr std::size_t largest = 256 << 10; // bytes
+
     const std::vector<std::string> _seeds;
+    std::size_t _number = 0;
     std::mt19937 _random{20261121};
 };
 
@@ -106,6 +129,7 @@ int main(int argc, char* argv[]) {
         keep(input, argv[1]);
         tryInput(input);
     }
-    std::printf("%zu inputs\n", inputs.size());
+    std::printf("%zu inputs; the slowest, of %zu bytes, took %.1f %% of its time\n", inputs.size(), slowestInput().size,
+                100 * slowestInput().share);
     return 0;
 }

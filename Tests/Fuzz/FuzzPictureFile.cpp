@@ -29,12 +29,12 @@ template <typename Decoding> void decode(Decoding decoding) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz(const std::uint8_t* data, std::size_t size) {
     const std::span bytes(data, size);
     try {
         const ImageSize claimed = decodeImageSize(bytes);
         if (std::uint64_t{claimed.width} * claimed.height > 1'000'000)
-            return 0; // within the limits, but slow
+            return; // within the limits, but slow
     } catch (const winrt::hresult_error&) {
     }
     decode([&] { return decodeImage(bytes); });
@@ -43,7 +43,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     layout.width = width;
     layout.height = height;
     decode([&] { return convertFrame(layout, bytes); });
-    return 0;
 }
 
 std::vector<std::string> fuzzSeeds() {

@@ -4,7 +4,7 @@
 #include "Framework/CXX/Diagnostics/RunFolderEntry.h"
 #include "Tests/Fuzz/FuzzTarget.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz(const std::uint8_t* data, std::size_t size) {
     const auto name = Halden::toUtf16(std::string(reinterpret_cast<const char*>(data), size));
     const RunFolderEntry entry = RunFolderEntry::ofName(name);
     looksLikeRunFolder(name);
@@ -12,7 +12,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (entry.hasTime)
         require(timeOfRunFolderName(RunFolderEntry::ofStartTime(entry.startTime).name) == entry.startTime,
                 "a start time survives being made a name of");
-    return 0;
 }
 
 std::vector<std::string> fuzzSeeds() {

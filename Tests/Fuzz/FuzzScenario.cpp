@@ -4,13 +4,12 @@
 #include "Platform/Simulated/Scenario/ScenarioReader.h"
 #include "Tests/Fuzz/FuzzTarget.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz(const std::uint8_t* data, std::size_t size) {
     try {
         Platform::Simulated::readScenario({reinterpret_cast<const char*>(data), size}, "/scenario/file.json");
     } catch (const winrt::hresult_error& error) {
         require(!error.message().empty(), "an error has a text");
     }
-    return 0;
 }
 
 std::vector<std::string> fuzzSeeds() {
