@@ -62,9 +62,9 @@ constexpr hresult busy = make(0x800700AA);
 constexpr hresult timeout = make(0x800705B4);
 } // namespace result
 
-/// The one error type of the platform; beside it only the C++ library raises, where threads or memory run out. Like its
-/// model it is no std::exception, so that a catch clause for standard exceptions never swallows a camera failure by
-/// accident. Any thread.
+/// The one error type of the platform; beside it there is std::bad_alloc alone, where memory runs out. Like its model
+/// it is no std::exception, so that a catch clause for standard exceptions never swallows a camera failure by accident.
+/// Any thread.
 class hresult_error {
 public:
     /// The code is a negative one, of winrt::result or the system's.

@@ -4,7 +4,8 @@
 
 namespace Platform::Shared {
 
-DeviceWatcherBase::DeviceWatcherBase(std::shared_ptr<WorkerPool> pool) : _pool(std::move(pool)) {}
+DeviceWatcherBase::DeviceWatcherBase(std::shared_ptr<WorkerPool> pool)
+    : _pool(std::move(pool)), _events(EventQueue::create(_pool)) {}
 
 void DeviceWatcherBase::Added(DeviceHandler handler) {
     std::lock_guard lock(_mutex);
@@ -36,7 +37,7 @@ void DeviceWatcherBase::Start() {
     }
     try {
         startWatching();
-    } catch (const winrt::hresult_error&) {
+    } catch (...) {
         std::lock_guard lock(_mutex);
         _started = false;
         throw;
@@ -51,19 +52,16 @@ template <typename Handler> Handler DeviceWatcherBase::handlerOf(Handler Handler
     return _handlers.*handler;
 }
 
-void DeviceWatcherBase::deliver(const std::u16string& deviceId, Strand::Task task) {
+void DeviceWatcherBase::deliver(const std::u16string& deviceId, EventQueue::Event event) {
     std::lock_guard lock(_mutex);
-    auto& strand = _strands[deviceId];
-    if (!strand)
-        strand = Strand::create(_pool);
     const bool initial = !_enumerated;
     if (initial)
         ++_initialEvents;
-    strand->post([weak = weak_from_this(), task = std::move(task), initial] {
+    _events->post(deviceId, [weak = weak_from_this(), event = std::move(event), initial] {
         const auto self = weak.lock();
         if (!self)
             return;
-        task();
+        event();
         if (initial)
             self->initialEventEnded();
     });
@@ -98,7 +96,7 @@ void DeviceWatcherBase::reportUpdate(DeviceEvent event, UpdateHandler Handlers::
 }
 
 void DeviceWatcherBase::reportEnumerationCompleted() {
-    Strand::create(_pool)->post([weak = weak_from_this()] {
+    _pool->postWhenFree([pool = _pool, weak = weak_from_this()] {
         if (const auto self = weak.lock())
             self->initialEventEnded();
     });

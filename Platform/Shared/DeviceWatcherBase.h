@@ -1,10 +1,9 @@
 #pragma once
 
 #include "Platform/Interface/DeviceWatcher.h"
-#include "Platform/Shared/Strand.h"
+#include "Platform/Shared/EventQueue.h"
 
 #include <cstddef>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -14,7 +13,7 @@ namespace Platform::Shared {
 enum class DeviceEvent { Added, Updated, Removed };
 
 /// The delivery of a watcher's events, the same for all platforms: those of one device in order and
-/// one at a time, those of different devices side by side, and none once the last handle to the
+/// one at a time, those of different devices side by side as EventQueue limits it, and none once the last handle to the
 /// watcher has gone. What the handlers return is ignored. Make it in a std::shared_ptr.
 class DeviceWatcherBase : public IDeviceWatcher, public std::enable_shared_from_this<DeviceWatcherBase> {
 public:
@@ -52,15 +51,15 @@ private:
         PlainHandler enumerationCompleted;
     };
 
-    void deliver(const std::u16string& deviceId, Strand::Task task);
+    void deliver(const std::u16string& deviceId, EventQueue::Event event);
     void reportUpdate(DeviceEvent event, UpdateHandler Handlers::* handler, const DeviceInformationUpdate& update);
     void initialEventEnded();
     template <typename Handler> Handler handlerOf(Handler Handlers::* handler);
 
     const std::shared_ptr<WorkerPool> _pool;
+    const std::shared_ptr<EventQueue> _events;
     std::mutex _mutex; // guards all below
     Handlers _handlers;
-    std::map<std::u16string, std::shared_ptr<Strand>> _strands; // by device id
     bool _started = false;
     bool _enumerated = false;
     std::size_t _initialEvents = 1; // under way before the enumeration has completed, and the enumeration itself

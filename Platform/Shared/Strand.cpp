@@ -11,8 +11,14 @@ std::shared_ptr<Strand> Strand::create(std::shared_ptr<WorkerPool> pool) {
 void Strand::post(Task task) {
     std::lock_guard lock(_mutex);
     _tasks.push_back(std::move(task));
-    if (!std::exchange(_scheduled, true))
-        schedule();
+    if (_tasks.size() > 1)
+        return;
+    try {
+        _pool->post([self = shared_from_this()] { self->run(); });
+    } catch (...) {
+        _tasks.pop_back();
+        throw;
+    }
 }
 
 void Strand::postAt(std::chrono::steady_clock::time_point moment, Task task) {
@@ -20,26 +26,30 @@ void Strand::postAt(std::chrono::steady_clock::time_point moment, Task task) {
         post(std::move(task));
         return;
     }
-    _pool->postAt(moment,
-                  [self = shared_from_this(), task = std::move(task)]() mutable { self->post(std::move(task)); });
+    // Then on a thread of the pool already: nothing can fail any more.
+    _pool->postAt(moment, [self = shared_from_this(), task = std::move(task)]() mutable {
+        if (self->add(std::move(task)))
+            self->run();
+    });
 }
 
-void Strand::schedule() {
-    _pool->post([self = shared_from_this()] { self->runNext(); });
+/// Whether the strand was idle, so that the caller has to run it.
+bool Strand::add(Task task) {
+    std::lock_guard lock(_mutex);
+    _tasks.push_back(std::move(task));
+    return _tasks.size() == 1;
 }
 
-void Strand::runNext() {
+void Strand::run() {
     std::unique_lock lock(_mutex);
-    Task task = std::move(_tasks.front());
-    _tasks.pop_front();
-    lock.unlock();
-    task();
-    task = nullptr;
-    lock.lock();
-    if (_tasks.empty())
-        _scheduled = false;
-    else
-        schedule();
+    while (!_tasks.empty()) {
+        Task task = std::move(_tasks.front());
+        lock.unlock();
+        task();
+        task = nullptr;
+        lock.lock();
+        _tasks.pop_front();
+    }
 }
 
 } // namespace Platform::Shared

@@ -10,7 +10,8 @@
 namespace Platform::Shared {
 
 /// Runs its tasks on a pool, one at a time, in the order in which they were posted or came due. A task
-/// that has been posted runs also if all handles are released. Any thread.
+/// that has been posted runs also if all handles are released. A task must not wait for another one of the pool's.
+/// Posting raises where the pool has no thread for it. Any thread.
 class Strand : public std::enable_shared_from_this<Strand> {
 public:
     using Task = WorkerPool::Task;
@@ -23,13 +24,12 @@ public:
 private:
     explicit Strand(std::shared_ptr<WorkerPool> pool) : _pool(std::move(pool)) {}
 
-    void schedule();
-    void runNext();
+    bool add(Task task);
+    void run();
 
     const std::shared_ptr<WorkerPool> _pool;
-    std::mutex _mutex;
-    std::deque<Task> _tasks;
-    bool _scheduled = false;
+    std::mutex _mutex;       // guards all below
+    std::deque<Task> _tasks; // the first of which runs, or is about to
 };
 
 } // namespace Platform::Shared

@@ -1,11 +1,15 @@
 #include "Platform/Shared/WorkerPool.h"
 
+#include "Platform/Interface/HresultError.h"
+#include "Platform/Shared/StartThread.h"
+
 #include <algorithm>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -14,12 +18,14 @@ namespace Platform::Shared {
 
 using TimePoint = std::chrono::steady_clock::time_point;
 
-/// What the threads share with the pool; lives until the last of them has ended.
+/// What the threads share with the pool; lives until the last of them has ended. Members but `work` are called with the
+/// lock held.
 struct WorkerPool::State : std::enable_shared_from_this<State> {
     std::mutex mutex;
     std::condition_variable wake;
     std::condition_variable quiet;
     std::deque<Task> ready;
+    std::deque<Task> patient; // those that can wait
     std::multimap<TimePoint, Task> timed;
     std::vector<std::thread> threads;
     std::size_t available = 0; // threads that wait or are about to
@@ -29,12 +35,18 @@ struct WorkerPool::State : std::enable_shared_from_this<State> {
 
     void work();
     void moveDueTasks();
-    void provideThreads();
+    void provideThreads(std::size_t count);
+    bool tryToProvideThreads(std::size_t count);
+    void wakeOne();
+    std::optional<Task> takeTask();
     void waitForWork(std::unique_lock<std::mutex>& lock);
     bool runsOnThisThread() const;
+    bool isQuiet() const { return ready.empty() && patient.empty() && running == 0; }
+
+    /// A thread for each task that is ready, or else one that watches the time.
+    std::size_t neededThreads() const { return std::max<std::size_t>(ready.size(), timed.empty() ? 0 : 1); }
 };
 
-/// Called with the lock held, as the next two are.
 void WorkerPool::State::moveDueTasks() {
     const TimePoint now = std::chrono::steady_clock::now();
     while (!timed.empty() && (hurried || timed.begin()->first <= now)) {
@@ -43,16 +55,48 @@ void WorkerPool::State::moveDueTasks() {
     }
 }
 
-/// Keeps a thread for each task that is ready, or else one that watches the time.
-void WorkerPool::State::provideThreads() {
-    const std::size_t needed = std::max<std::size_t>(ready.size(), timed.empty() ? 0 : 1);
-    while (available < needed && !stopping) {
-        threads.emplace_back([state = shared_from_this()] { state->work(); });
+/// Has so many threads be available. Raises.
+void WorkerPool::State::provideThreads(std::size_t count) {
+    while (available < count && !stopping) {
+        threads.emplace_back(); // so that nothing can fail any more once the thread runs
+        try {
+            threads.back() = startThread("the worker pool", [state = shared_from_this()] { state->work(); });
+        } catch (...) {
+            threads.pop_back();
+            throw;
+        }
         ++available;
     }
-    // The thread that is woken looks after the earliest moment too, and wakes the next one.
-    if (needed > 0)
+}
+
+bool WorkerPool::State::tryToProvideThreads(std::size_t count) try {
+    provideThreads(count);
+    return true;
+} catch (const winrt::hresult_error&) {
+    return false; // those that there are go on
+}
+
+/// The thread that is woken looks after the earliest moment too, and wakes the next one.
+void WorkerPool::State::wakeOne() {
+    if (!ready.empty() || !patient.empty() || !timed.empty())
         wake.notify_one();
+}
+
+/// What this thread is to run, which is then available no more; nothing where it has to wait.
+std::optional<WorkerPool::Task> WorkerPool::State::takeTask() {
+    moveDueTasks();
+    // What can wait must not take the last thread, which watches the time for those that others wait for.
+    const bool canSpareOne = !ready.empty() || (!patient.empty() && tryToProvideThreads(neededThreads() + 1));
+    if (!canSpareOne)
+        return std::nullopt;
+    auto& tasks = ready.empty() ? patient : ready;
+    Task task = std::move(tasks.front());
+    tasks.pop_front();
+    --available;
+    ++running;
+    tryToProvideThreads(neededThreads());
+    wakeOne();
+    return task;
 }
 
 void WorkerPool::State::waitForWork(std::unique_lock<std::mutex>& lock) {
@@ -67,21 +111,16 @@ void WorkerPool::State::waitForWork(std::unique_lock<std::mutex>& lock) {
 void WorkerPool::State::work() {
     std::unique_lock lock(mutex);
     for (;;) {
-        moveDueTasks();
-        if (ready.empty()) {
+        std::optional<Task> task = takeTask();
+        if (!task) {
             if (stopping)
                 return;
             waitForWork(lock);
             continue;
         }
-        Task task = std::move(ready.front());
-        ready.pop_front();
-        --available;
-        ++running;
-        provideThreads();
         lock.unlock();
-        task();
-        task = nullptr; // may release the last owner of anything, the pool included: without the lock
+        (*task)();
+        task.reset(); // may release the last owner of anything, the pool included: without the lock
         lock.lock();
         --running;
         ++available;
@@ -94,7 +133,10 @@ bool WorkerPool::State::runsOnThisThread() const {
                        [](const std::thread& thread) { return thread.get_id() == std::this_thread::get_id(); });
 }
 
-WorkerPool::WorkerPool() : _state(std::make_shared<State>()) {}
+WorkerPool::WorkerPool() : _state(std::make_shared<State>()) {
+    std::lock_guard lock(_state->mutex);
+    _state->provideThreads(1);
+}
 
 WorkerPool::~WorkerPool() {
     std::vector<std::thread> threads;
@@ -114,25 +156,36 @@ WorkerPool::~WorkerPool() {
 
 void WorkerPool::post(Task task) {
     std::lock_guard lock(_state->mutex);
+    _state->provideThreads(_state->ready.size() + 1);
     _state->ready.push_back(std::move(task));
-    _state->provideThreads();
+    _state->wakeOne();
+}
+
+void WorkerPool::postWhenFree(Task task) {
+    std::lock_guard lock(_state->mutex);
+    _state->patient.push_back(std::move(task));
+    _state->tryToProvideThreads(_state->neededThreads() + _state->patient.size());
+    _state->wakeOne();
 }
 
 void WorkerPool::postAt(TimePoint moment, Task task) {
     std::lock_guard lock(_state->mutex);
+    _state->provideThreads(std::max<std::size_t>(_state->ready.size(), 1));
     _state->timed.emplace(moment, std::move(task));
     _state->moveDueTasks();
-    _state->provideThreads();
+    _state->tryToProvideThreads(_state->neededThreads());
+    _state->wakeOne();
 }
 
 void WorkerPool::windDown(std::chrono::milliseconds limit) {
     std::unique_lock lock(_state->mutex);
     _state->hurried = true;
     _state->moveDueTasks();
-    _state->provideThreads();
+    _state->tryToProvideThreads(_state->neededThreads());
+    _state->wakeOne();
     if (_state->runsOnThisThread())
         return;
-    _state->quiet.wait_for(lock, limit, [this] { return _state->ready.empty() && _state->running == 0; });
+    _state->quiet.wait_for(lock, limit, [this] { return _state->isQuiet(); });
 }
 
 } // namespace Platform::Shared

@@ -14,21 +14,30 @@ namespace Platform::Shared {
 ///
 /// There is no upper bound, since tasks wait for tasks: an event's handler for an operation, an operation of the
 /// catalogue of devices for the examination of a node. Under a bound the waiting ones could hold every thread, and
-/// nothing would run that they wait for. What limits the number is who posts: an event runs for each device at a time,
-/// an operation for each caller that waits for it, and a few stills; threads that are idle are used before a new one is
-/// made, and stay until the pool goes. So there are about twice as many as there are devices that come at once.
+/// nothing would run that they wait for. What limits the number is who posts: a watcher so many events at a time
+/// (EventQueue), an operation for each caller that waits for it, and a few stills; threads that are idle are used
+/// before a new one is made, and stay until the pool goes.
+///
+/// For the same reason a task for which the system has no thread left is refused rather than kept, unless whoever posts
+/// it says that it can wait.
 class WorkerPool {
 public:
     using Task = std::function<void()>;
 
+    /// Makes the first thread, so that tasks that can wait always find one. Raises where it cannot be made.
     WorkerPool();
     ~WorkerPool();
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
+    /// Raises winrt::hresult_error where no thread is idle and none can be made.
     void post(Task task);
 
-    /// Tasks of one moment begin in the order in which they were posted.
+    /// For a task that no other one waits for: where no thread can be made, it waits for one that comes free.
+    void postWhenFree(Task task);
+
+    /// Tasks of one moment begin in the order in which they were posted, and must not wait for each other: they share
+    /// what threads there are where no more can be made. Raises where there is not even one to watch the time.
     void postAt(std::chrono::steady_clock::time_point moment, Task task);
 
     /// Ends all delays, those of later tasks too, and waits until no task is left or the limit has passed;

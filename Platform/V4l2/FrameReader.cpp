@@ -43,7 +43,17 @@ void FrameReader::stop(const std::shared_ptr<CameraWorker>& worker, const Runnin
 }
 
 IAsyncAction FrameReader::StopAsync() {
-    return Shared::runAsync<void>(_core->pool(), [worker = _worker, running = _running] { stop(worker, running); });
+    const AsyncOperationSource<void> source;
+    const auto end = [pool = _core->pool(), source, worker = _worker, running = _running] {
+        stop(worker, running);
+        source.complete();
+    };
+    try {
+        _core->pool()->post(end);
+    } catch (const winrt::hresult_error&) {
+        end(); // also where there is no thread for it
+    }
+    return source.operation();
 }
 
 } // namespace Platform::V4l2

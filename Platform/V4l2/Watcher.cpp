@@ -1,6 +1,7 @@
 #include "Platform/V4l2/Watcher.h"
 
 #include "Platform/Shared/DeviceInformationValue.h"
+#include "Platform/Shared/StartThread.h"
 #include "Platform/Shared/WakeUp.h"
 #include "Platform/V4l2/Discovery/SourceGroup.h"
 
@@ -59,7 +60,8 @@ void Watcher::startWatching() {
     // Listening begins before the first look, so that nothing falls between the two.
     _loop = std::make_shared<Loop>(*_lister, _catalog);
     const auto self = std::static_pointer_cast<Watcher>(shared_from_this());
-    _thread = std::thread([loop = _loop, weak = std::weak_ptr(self)] { loop->run(weak); });
+    _thread =
+        Shared::startThread("the device watcher", [loop = _loop, weak = std::weak_ptr(self)] { loop->run(weak); });
 }
 
 void Watcher::vanished(const CameraGroup& group) {

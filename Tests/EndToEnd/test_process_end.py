@@ -8,8 +8,9 @@ import time
 from pathlib import Path
 
 import pytest
-from harness.hub import ASSERTS, DEVICE_LOGGER, HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER
+from harness.hub import ASSERTS, DEVICE_LOGGER, HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER, LogEntry
 from harness.scenario import EXPOSURE, camera_group, scenario
+from harness.system_calls import refuse_threads
 from harness.wait import wait_until
 
 NOT_A_TEXT = "Type is not convertible to string"
@@ -212,3 +213,15 @@ def test_a_crash_without_standard_streams_leaves_its_whole_record(start_hub):
     assert hub.wait_for_end() == signal.SIGSEGV
     (record,) = hub.crash_records()
     assert ", which crashed:" in record, record
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="a sanitizer makes threads of its own")
+def test_a_hub_for_which_the_system_has_no_thread_answers_on_both_ports_and_says_why_it_finds_no_cameras(start_hub):
+    hub = start_hub(scenario("usb-1"), start=False)
+    hub.network.run(refuse_threads)
+    hub.start()
+    assert hub.rpc().discover() == []
+    assert hub.get("/res/x").status == 404
+    reason = "pthread_create on the worker pool: Resource temporarily unavailable"
+    line = f"CameraEnumeration: could not create watcher - {reason}"
+    assert LogEntry("ERROR", SERVICE_LOGGER, line) in hub.log()

@@ -41,6 +41,7 @@ public:
 
     void render();
     void end();
+    void fail(const winrt::hresult_error& error);
 
 private:
     void writePicture();
@@ -92,6 +93,11 @@ void Still::end() {
     endCall(_core->simulation()->journal(), _call, {}, _source, [this] { writePicture(); });
 }
 
+void Still::fail(const winrt::hresult_error& error) {
+    _core->simulation()->journal().failed(_call, error.code());
+    _source.fail(error);
+}
+
 /// What makes the call itself fail.
 void requirePossible(const CaptureCore& core, const std::shared_ptr<SimulatedCamera>& camera,
                      const ImageEncodingProperties& encoding, const RandomAccessStream& stream) {
@@ -122,9 +128,13 @@ IAsyncAction captureStill(const std::shared_ptr<CaptureCore>& core, const ImageE
     journal.called(call);
     const auto still = std::make_shared<Still>(core, call, stream);
     if (still->capture().outcome != CaptureOutcome::Never) {
-        // Taken first, so that the delay contains the time that this takes.
-        camera->strand()->post([still] { still->render(); });
-        camera->strand()->postAt(now + hit.delay + still->capture().delay, [still] { still->end(); });
+        try {
+            // Taken first, so that the delay contains the time that this takes.
+            camera->strand()->post([still] { still->render(); });
+            camera->strand()->postAt(now + hit.delay + still->capture().delay, [still] { still->end(); });
+        } catch (const winrt::hresult_error& error) { // no thread for it
+            still->fail(error);
+        }
     }
     return still->operation();
 }

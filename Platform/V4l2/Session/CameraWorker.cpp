@@ -2,6 +2,7 @@
 
 #include "Platform/Imaging/FrameConverter.h"
 #include "Platform/Imaging/PngEncoder.h"
+#include "Platform/Shared/StartThread.h"
 #include "Platform/Shared/WakeUp.h"
 #include "Platform/V4l2/Kernel/DeviceErrors.h"
 
@@ -66,12 +67,11 @@ CameraSession::Surroundings CameraWorker::State::surroundings() {
     // The session is owned by this object, which outlives it.
     return {calls, limits,
             [this](std::vector<StillRequest> requests, StillFrame frame) {
-                pool->post([state = shared_from_this(), requests = std::move(requests), frame = std::move(frame)] {
-                    makeStill(state, requests, frame);
-                });
+                pool->postWhenFree([state = shared_from_this(), requests = std::move(requests),
+                                    frame = std::move(frame)] { makeStill(state, requests, frame); });
             },
             [this](const StillRequest& request, const winrt::hresult_error& error) {
-                pool->post([owner = pool, request, error] { request.operation.fail(error); });
+                pool->postWhenFree([owner = pool, request, error] { request.operation.fail(error); });
             }};
 }
 
@@ -200,7 +200,7 @@ CameraWorker::CameraWorker(std::shared_ptr<SystemCalls> calls, std::shared_ptr<S
                            CameraSource source, const CameraLimits& limits)
     : _state(std::make_shared<State>(std::move(calls), std::move(pool), std::move(source), limits)) {
     const AsyncOperationSource<void> opened;
-    _thread = std::thread([state = _state, opened] { state->run(opened); });
+    _thread = Shared::startThread(path(), [state = _state, opened] { state->run(opened); });
     _threadId = _thread.get_id();
     try {
         waitFor(*CompletionFlag::of(opened.operation()), "open");

@@ -82,6 +82,30 @@ TEST(DeviceWatcherBaseTest, EventsOfDifferentDevicesRunAtTheSameTime) {
     EXPECT_EQ(last.get_future().wait_for(patience), std::future_status::ready);
 }
 
+TEST(DeviceWatcherBaseTest, ManyDevicesAtOnceDoNotRunAllTheirEventsAtOnce) {
+    constexpr int devices = 2000;
+    const auto watcher = std::make_shared<FakeWatcher>();
+    std::promise<void> reported;
+    const auto allAreReported = reported.get_future().share();
+    std::atomic<int> running = 0;
+    std::atomic<int> tooMany = 0;
+    std::latch all(devices);
+    watcher->Added([&, allAreReported](const auto&, const auto&) {
+        if (++running > static_cast<int>(EventQueue::limit))
+            ++tooMany;
+        allAreReported.wait();
+        --running;
+        all.count_down();
+        return winrt::result::ok;
+    });
+    watcher->Start();
+    for (int i = 0; i < devices; ++i)
+        watcher->reportAdded(device(std::u16string(1, static_cast<char16_t>(u'A' + i))));
+    reported.set_value();
+    all.wait();
+    EXPECT_EQ(tooMany, 0);
+}
+
 TEST(DeviceWatcherBaseTest, EnumerationCompletesAfterTheFirstDevicesHaveBeenHandled) {
     const auto watcher = std::make_shared<FakeWatcher>();
     std::atomic<int> handled = 0;

@@ -1,11 +1,15 @@
 #include "Platform/Shared/WorkerPool.h"
 
+#include "Tests/Support/ChildProcess.h"
+#include "Tests/Support/FailingSystemCall.h"
+#include "Tests/Support/RaisedError.h"
 #include "Tests/Support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <future>
 #include <latch>
 #include <memory>
@@ -136,6 +140,86 @@ TEST(WorkerPoolTest, WindingDownDoesNotWaitForItself) {
         done.set_value();
     });
     EXPECT_EQ(done.get_future().wait_for(patience), std::future_status::ready);
+}
+
+/// Runs the work in a process of its own, in which threads can be made until `letThreadStartsFail`.
+void expectInChild(const std::function<void()>& work) { EXPECT_EQ(runInChild(work), 0); }
+
+constexpr const char* noThread = "80004005 pthread_create on the worker pool: Resource temporarily unavailable";
+
+TEST(WorkerPoolTest, APoolForWhichNoThreadCanBeMadeIsAnErrorOfThePlatform) {
+    expectInChild([] {
+        ASSERT_TRUE(letThreadStartsFail());
+        EXPECT_EQ(raisedBy([] { WorkerPool(); }), noThread);
+    });
+}
+
+TEST(WorkerPoolTest, ATaskForWhichNoThreadCanBeMadeIsAnErrorOfThePlatformAndDoesNotRun) {
+    expectInChild([] {
+        const auto pool = std::make_shared<WorkerPool>();
+        std::promise<void> release;
+        std::promise<void> busy;
+        pool->post([&busy, released = release.get_future().share(), pool] {
+            busy.set_value();
+            released.wait();
+        });
+        busy.get_future().wait();
+        ASSERT_TRUE(letThreadStartsFail());
+        std::atomic<bool> ran = false;
+        EXPECT_EQ(raisedBy([&] { pool->post([&ran, pool] { ran = true; }); }), noThread);
+        EXPECT_EQ(raisedBy([&] { pool->postAt(steady_clock::now() + milliseconds(1), [&ran, pool] { ran = true; }); }),
+                  noThread);
+        release.set_value();
+        pool->windDown(patience);
+        EXPECT_FALSE(ran);
+        std::promise<void> later; // on the thread that there is
+        pool->post([&later, pool] { later.set_value(); });
+        EXPECT_EQ(later.get_future().wait_for(patience), std::future_status::ready);
+    });
+}
+
+TEST(WorkerPoolTest, ATaskThatCanWaitRunsOnAThreadThatComesFree) {
+    expectInChild([] {
+        const auto pool = std::make_shared<WorkerPool>();
+        std::promise<void> release;
+        std::promise<void> busy;
+        pool->post([&busy, released = release.get_future().share(), pool] {
+            busy.set_value();
+            released.wait();
+        });
+        busy.get_future().wait();
+        ASSERT_TRUE(letThreadStartsFail());
+        std::promise<void> ran;
+        pool->postWhenFree([&ran, pool] { ran.set_value(); });
+        release.set_value();
+        EXPECT_EQ(ran.get_future().wait_for(patience), std::future_status::ready);
+    });
+}
+
+TEST(WorkerPoolTest, ATaskThatCanWaitLeavesTheLastThreadToThoseThatWaitForTheirMoment) {
+    expectInChild([] {
+        const auto pool = std::make_shared<WorkerPool>();
+        ASSERT_TRUE(letThreadStartsFail());
+        std::promise<void> due;
+        const auto wasDue = due.get_future().share();
+        std::promise<bool> waited;
+        pool->postAt(steady_clock::now() + milliseconds(20), [&due, pool] { due.set_value(); });
+        // As the handler of an event that waits for an operation.
+        pool->postWhenFree(
+            [&waited, wasDue, pool] { waited.set_value(wasDue.wait_for(patience) == std::future_status::ready); });
+        EXPECT_TRUE(waited.get_future().get());
+    });
+}
+
+TEST(WorkerPoolTest, TasksThatComeDueTogetherShareAThreadWhereNoOtherCanBeMade) {
+    expectInChild([] {
+        const auto pool = std::make_shared<WorkerPool>();
+        ASSERT_TRUE(letThreadStartsFail());
+        std::latch all(10);
+        for (int i = 0; i < 10; ++i)
+            pool->postAt(steady_clock::now() + milliseconds(20), [&all, pool] { all.count_down(); });
+        all.wait();
+    });
 }
 
 } // namespace
