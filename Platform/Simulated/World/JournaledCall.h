@@ -81,10 +81,15 @@ template <typename T, typename Work> IAsyncOperation<T> callAsync(const std::sha
     simulation->journal().called(call);
     const FaultHit hit = faults.take(call.name);
     AsyncOperationSource<T> source;
-    strand.postAt(std::chrono::steady_clock::now() + hit.delay,
-                  [simulation, call = std::move(call), hit, source, work = std::move(work)]() mutable {
-                      endCall(simulation->journal(), call, hit, source, work);
-                  });
+    try {
+        strand.postAt(std::chrono::steady_clock::now() + hit.delay,
+                      [simulation, call, hit, source, work = std::move(work)]() mutable {
+                          endCall(simulation->journal(), call, hit, source, work);
+                      });
+    } catch (const winrt::hresult_error& error) { // no thread for it
+        simulation->journal().failed(call, error.code());
+        source.fail(error);
+    }
     return source.operation();
 }
 

@@ -2,6 +2,8 @@
 
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
+#include "Platform/Shared/PlatformError.h"
+#include "Platform/Shared/StartThread.h"
 #include "Platform/Simulated/Scenario/FileText.h"
 
 #include <poll.h>
@@ -15,6 +17,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace Platform::Simulated {
@@ -26,30 +30,58 @@ constexpr std::chrono::milliseconds writingTime{100};
 
 constexpr std::uint32_t changes = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
 
+/// The system's own text alone would send a person looking for open files or a full disk.
+winrt::hresult_error inotifyError(std::string_view operation, const std::filesystem::path& folder, int error) {
+    std::string reason = std::generic_category().message(error);
+    if (error == EMFILE)
+        reason += " (fs.inotify.max_user_instances, or the descriptors of the process)";
+    else if (error == ENOSPC)
+        reason += " (fs.inotify.max_user_watches)";
+    return Shared::platformError(operation, folder.native(), Shared::codeOfErrno(error), reason);
+}
+
 Shared::FileDescriptor watchFolder(const std::filesystem::path& folder) {
     Shared::FileDescriptor inotify(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     if (!inotify.isOpen())
-        throw Shared::errnoError("inotify_init1", folder.native(), errno);
+        throw inotifyError("inotify_init1", folder, errno);
     if (::inotify_add_watch(inotify.get(), folder.c_str(), changes) < 0)
-        throw Shared::errnoError("inotify_add_watch", folder.native(), errno);
+        throw inotifyError("inotify_add_watch", folder, errno);
     return inotify;
 }
+
+/// The platform has no log.
+void complain(const char* what, const winrt::hresult_error& error) {
+    const std::string line = what + Halden::toUtf8(error.message()) + "\n";
+    std::fputs(line.c_str(), stderr);
+}
+
+constexpr const char* followsNoMore = "Simulated cameras do not follow their file: ";
 
 } // namespace
 
 ScenarioWatcher::ScenarioWatcher(std::filesystem::path file, TakeOver takeOver)
     : _file(std::move(file)), _takeOver(std::move(takeOver)), _stop(_file.native()) {
-    // A folder that is missing is told as a file that is.
-    if (std::error_code ignored; std::filesystem::exists(_file.parent_path(), ignored))
-        _inotify = watchFolder(_file.parent_path()); // before the first look, so that no change is missed
+    try {
+        // A folder that is missing is told as a file that is.
+        if (std::error_code ignored; std::filesystem::exists(_file.parent_path(), ignored))
+            _inotify = watchFolder(_file.parent_path()); // before the first look, so that no change is missed
+    } catch (const winrt::hresult_error& error) {
+        complain(followsNoMore, error);
+    }
     _last = look();
     this->takeOver(_last);
-    _thread = std::thread([this] { run(); });
+    try {
+        if (_inotify.isOpen())
+            _thread = Shared::startThread(_file.native(), [this] { run(); });
+    } catch (const winrt::hresult_error& error) {
+        complain(followsNoMore, error);
+    }
 }
 
 ScenarioWatcher::~ScenarioWatcher() {
     _stop.wake();
-    _thread.join();
+    if (_thread.joinable())
+        _thread.join();
 }
 
 ScenarioWatcher::Version ScenarioWatcher::look() const {
@@ -124,8 +156,7 @@ void ScenarioWatcher::follow(bool isConfirmed) {
             _confirmAt = Clock::now() + writingTime;
             return;
         }
-        const std::string line = "Simulated cameras stay as they are: " + Halden::toUtf8(error.message()) + "\n";
-        std::fputs(line.c_str(), stderr);
+        complain("Simulated cameras stay as they are: ", error);
     }
     _last = version;
 }
