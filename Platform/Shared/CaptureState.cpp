@@ -1,8 +1,16 @@
 #include "Platform/Shared/CaptureState.h"
 
+#include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/PlatformError.h"
 
 namespace Platform::Shared {
+
+void CaptureState::madeReady(const std::optional<winrt::hresult_error>& error) {
+    // A call that the state does not allow says nothing about the camera.
+    if (error && (error->code() == winrt::result::closed || error->code() == winrt::result::illegalMethodCall))
+        return;
+    _whyNotReady = error ? Halden::toUtf8(error->message()) : std::string();
+}
 
 void CaptureState::requireNew(std::string_view operation, std::string_view device) const {
     requireNotClosed(operation, device);
@@ -20,7 +28,7 @@ void CaptureState::requireInitialised(std::string_view operation, std::string_vi
 
 void CaptureState::requireNotClosed(std::string_view operation, std::string_view device) const {
     if (_phase == Phase::Closed)
-        throw closedError(operation, device);
+        throw closedError(operation, device, _whyNotReady);
 }
 
 } // namespace Platform::Shared

@@ -13,8 +13,11 @@ winrt::hresult_error platformError(std::string_view operation, std::string_view 
     return {code, Halden::toUtf16(text)};
 }
 
-winrt::hresult_error closedError(std::string_view operation, std::string_view device) {
-    return platformError(operation, device, winrt::result::closed, "the capture is closed");
+winrt::hresult_error closedError(std::string_view operation, std::string_view device, std::string_view cause) {
+    std::string reason = "the capture is closed";
+    if (!cause.empty())
+        reason.append(": ").append(cause);
+    return platformError(operation, device, winrt::result::closed, reason);
 }
 
 } // namespace Platform::Shared

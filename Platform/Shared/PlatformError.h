@@ -10,7 +10,7 @@ namespace Platform::Shared {
 winrt::hresult_error platformError(std::string_view operation, std::string_view device, winrt::hresult code,
                                    std::string_view reason);
 
-/// The error of every use of a closed capture.
-winrt::hresult_error closedError(std::string_view operation, std::string_view device);
+/// The error of every use of a closed capture. `cause`, UTF-8, may be empty: why it could not be used before already.
+winrt::hresult_error closedError(std::string_view operation, std::string_view device, std::string_view cause = {});
 
 } // namespace Platform::Shared

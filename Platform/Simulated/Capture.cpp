@@ -29,14 +29,14 @@ IAsyncAction Capture::InitializeAsync(const MediaCaptureInitializationSettings& 
     constexpr const char* operation = "MediaCapture.InitializeAsync";
     const auto group = std::dynamic_pointer_cast<const SourceGroup>(settings.SourceGroup);
     const auto camera = group ? firstCamera(*_core->simulation(), *group->definition()) : nullptr;
-    return cameraCallAsync<void>(_core, camera, {operation, {}, nullptr, argumentsOf(settings)},
-                                 [core = _core, group, photoSource = settings.PhotoCaptureSource] {
-                                     if (!group)
-                                         throw Shared::platformError(operation, "a new capture",
-                                                                     winrt::result::invalidArgument,
-                                                                     "The source group is none of this platform's.");
-                                     core->open(group->definition(), photoSource);
-                                 });
+    return readyingCallAsync(_core, camera, {operation, {}, nullptr, argumentsOf(settings)},
+                             [core = _core, group, photoSource = settings.PhotoCaptureSource] {
+                                 if (!group)
+                                     throw Shared::platformError(operation, "a new capture",
+                                                                 winrt::result::invalidArgument,
+                                                                 "The source group is none of this platform's.");
+                                 core->open(group->definition(), photoSource);
+                             });
 }
 
 MapView<MediaFrameSource> Capture::FrameSources() const {

@@ -44,12 +44,12 @@ IAsyncAction FrameSource::SetFormatAsync(const MediaFrameFormat& format) {
     Json::Value arguments(Json::arrayValue);
     arguments.append(journalText(id()));
     arguments.append(format.Index);
-    return cameraCallAsync<void>(_core, _camera, {operation, {}, nullptr, std::move(arguments)},
-                                 [core = _core, definition = _definition, camera = _camera, format] {
-                                     core->requireOpen(operation, camera);
-                                     requireFormat(*definition, format, camera->deviceId());
-                                     core->setFormat(camera, format);
-                                 });
+    return readyingCallAsync(_core, _camera, {operation, {}, nullptr, std::move(arguments)},
+                             [core = _core, definition = _definition, camera = _camera, format] {
+                                 core->requireOpen(operation, camera);
+                                 requireFormat(*definition, format, camera->deviceId());
+                                 core->setFormat(camera, format);
+                             });
 }
 
 } // namespace Platform::Simulated

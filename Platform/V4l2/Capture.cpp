@@ -14,10 +14,12 @@ namespace Platform::V4l2 {
 IAsyncAction Capture::InitializeAsync(const MediaCaptureInitializationSettings& settings) {
     const auto group = std::dynamic_pointer_cast<SourceGroup>(settings.SourceGroup);
     return Shared::runAsync<void>(_core->pool(), [core = _core, group] {
-        if (!group || group->camera()->sources.empty())
-            throw Shared::platformError("MediaCapture.InitializeAsync", "a camera", winrt::result::invalidArgument,
-                                        "the source group is none of this platform");
-        core->initialise(group->camera());
+        Shared::makeReady(*core, [&] {
+            if (!group || group->camera()->sources.empty())
+                throw Shared::platformError("MediaCapture.InitializeAsync", "a camera", winrt::result::invalidArgument,
+                                            "the source group is none of this platform");
+            core->initialise(group->camera());
+        });
     });
 }
 

@@ -23,8 +23,10 @@ IAsyncAction FrameSource::SetFormatAsync(const MediaFrameFormat& format) {
     constexpr std::string_view operation = "MediaFrameSource.SetFormatAsync";
     _core->requireInitialised(operation);
     return Shared::runAsync<void>(_core->pool(), [core = _core, index = _index, wanted = format.Index, operation] {
-        core->worker(operation, index)->call<void>(operation, [wanted](CameraSession& session) {
-            session.setFormat(wanted);
+        Shared::makeReady(*core, [&] {
+            core->worker(operation, index)->call<void>(operation, [wanted](CameraSession& session) {
+                session.setFormat(wanted);
+            });
         });
     });
 }

@@ -97,7 +97,7 @@ def test_a_platform_failure_while_a_camera_is_opened_ends_the_hub(start_hub, cam
 def test_a_camera_that_fails_to_initialise_a_second_time_ends_the_hub_when_it_is_used(start_hub):
     camera = {"exposure": EXPOSURE, "faults": {"MediaCapture.InitializeAsync": FAULT | {"after": 1}}}
     hub = start_hub(scenario("cam", camera=camera)).wait_for_cameras("cam")
-    assert_opening_ends_the_hub(hub, "the capture is closed -2147483629 (0x80000013)")
+    assert_opening_ends_the_hub(hub, "the capture is closed: It broke. -2147483629 (0x80000013)")
 
 
 def test_a_camera_with_photo_sources_only_ends_the_hub_when_it_is_opened(start_hub):

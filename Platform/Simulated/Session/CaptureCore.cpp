@@ -62,6 +62,11 @@ bool CaptureCore::isClosed() const {
     return _state.is(Phase::Closed);
 }
 
+void CaptureCore::madeReady(const std::optional<winrt::hresult_error>& error) {
+    std::lock_guard lock(_mutex);
+    _state.madeReady(error);
+}
+
 std::shared_ptr<SimulatedCamera> CaptureCore::camera() const {
     std::lock_guard lock(_mutex);
     return _camera;

@@ -27,6 +27,8 @@ public:
     /// From any state to closed.
     void close();
     bool isClosed() const;
+    /// See CaptureState.
+    void madeReady(const std::optional<winrt::hresult_error>& error);
 
     /// The camera; null before the capture has been initialised.
     std::shared_ptr<SimulatedCamera> camera() const;

@@ -90,7 +90,7 @@ void Still::writePicture() {
 void Still::end() {
     if (!_camera->isPlugged() || _camera->timesUnplugged() != _timesUnplugged)
         return;
-    endCall(_core->simulation()->journal(), _call, {}, _source, [this] { writePicture(); });
+    endCall(_core->simulation()->journal(), _call, _source, [this] { writePicture(); });
 }
 
 void Still::fail(const winrt::hresult_error& error) {

@@ -54,11 +54,10 @@ template <typename Work> auto callNow(Journal& journal, const JournalCall& call,
     }
 }
 
-/// Ends an asynchronous call with the hit's error or with the work's result or error.
-template <typename T, typename Work> void endCall(Journal& journal, const JournalCall& call, const FaultHit& hit,
-                                                  const AsyncOperationSource<T>& source, Work&& work) {
+/// Ends an asynchronous call with the work's result or error.
+template <typename T, typename Work>
+void endCall(Journal& journal, const JournalCall& call, const AsyncOperationSource<T>& source, Work&& work) {
     try {
-        hit.raise();
         if constexpr (std::is_void_v<T>) {
             work();
             journal.ended(call, {});
@@ -74,17 +73,28 @@ template <typename T, typename Work> void endCall(Journal& journal, const Journa
     }
 }
 
+/// Runs an operation as it is.
+struct Plainly {
+    template <typename Operation> auto operator()(const Operation& operation) const { return operation(); }
+};
+
 /// An asynchronous call: after the fault's delay, on the strand, its error or else the work, which must be copyable.
-template <typename T, typename Work> IAsyncOperation<T> callAsync(const std::shared_ptr<Simulation>& simulation,
-                                                                  Shared::Strand& strand, JournalCall call,
-                                                                  const Faults& faults, Work work) {
+/// `manner` runs the two and returns their result.
+template <typename T, typename Work, typename Manner = Plainly>
+IAsyncOperation<T> callAsync(const std::shared_ptr<Simulation>& simulation, Shared::Strand& strand, JournalCall call,
+                             const Faults& faults, Work work, Manner manner = {}) {
     simulation->journal().called(call);
     const FaultHit hit = faults.take(call.name);
     AsyncOperationSource<T> source;
     try {
         strand.postAt(std::chrono::steady_clock::now() + hit.delay,
-                      [simulation, call, hit, source, work = std::move(work)]() mutable {
-                          endCall(simulation->journal(), call, hit, source, work);
+                      [simulation, call, hit, source, work = std::move(work), manner]() mutable {
+                          endCall(simulation->journal(), call, source, [&] {
+                              return manner([&] {
+                                  hit.raise();
+                                  return work();
+                              });
+                          });
                       });
     } catch (const winrt::hresult_error& error) { // no thread for it
         simulation->journal().failed(call, error.code());

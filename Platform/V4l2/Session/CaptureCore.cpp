@@ -29,6 +29,11 @@ void CaptureCore::close() {
             worker->close();
 }
 
+void CaptureCore::madeReady(const std::optional<winrt::hresult_error>& error) {
+    std::lock_guard lock(_mutex);
+    _state.madeReady(error);
+}
+
 void CaptureCore::requireInitialised(std::string_view operation) {
     std::lock_guard lock(_mutex);
     _state.requireInitialised(operation, deviceName());

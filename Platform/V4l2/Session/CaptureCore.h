@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -30,6 +31,8 @@ public:
     /// Opens the group's first source. Raises if that fails, and unless the capture is new.
     void initialise(CameraGroupHandle group);
     void close();
+    /// See CaptureState.
+    void madeReady(const std::optional<winrt::hresult_error>& error);
 
     /// Raises unless the capture is initialised.
     void requireInitialised(std::string_view operation);

@@ -1,4 +1,6 @@
+#include "Framework/CXX/Common/TextConversion.h"
 #include "Tests/Platform/Interface/PlatformContract.h"
+#include "Tests/Support/RaisedError.h"
 
 #include <cstdint>
 
@@ -60,6 +62,32 @@ TEST_P(PlatformContract, ACaptureThatCouldNotBeOpenedIsStillNew) {
     expectRefused(usesOf(capture, nullptr), winrt::result::illegalMethodCall, isNew);
     blockingWait(capture->InitializeAsync(_settings));
     EXPECT_NO_THROW(capture->FrameSources());
+}
+
+TEST_P(PlatformContract, ACaptureThatWasClosedSinceItCouldNotBeOpenedSaysWhy) {
+    const MediaCapture capture = _platform->CreateMediaCapture();
+    const auto error = errorOf([&] { blockingWait(capture->InitializeAsync({})); });
+    capture->Close();
+    expectRefused(usesOf(capture, nullptr), winrt::result::closed, isClosed + ": " + Halden::toUtf8(error.message()));
+}
+
+TEST_P(PlatformContract, ACaptureThatWasClosedSinceItsFormatCouldNotBeSetSaysWhy) {
+    const MediaCapture capture = open();
+    const MediaFrameSource source = firstSource(capture);
+    const auto error = errorOf([&] { blockingWait(source->SetFormatAsync({1000, 7, 7, 1.0, u"none"})); });
+    capture->Close();
+    expectRefused(usesOf(capture, source), winrt::result::closed, isClosed + ": " + Halden::toUtf8(error.message()));
+}
+
+TEST_P(PlatformContract, ACaptureThatWasMadeReadyInTheEndIsClosedForNoReason) {
+    const MediaCapture capture = _platform->CreateMediaCapture();
+    EXPECT_EQ(codeRaisedBy([&] { blockingWait(capture->InitializeAsync({})); }), winrt::result::invalidArgument);
+    blockingWait(capture->InitializeAsync(_settings));
+    EXPECT_EQ(codeRaisedBy([&] { blockingWait(capture->InitializeAsync(_settings)); }),
+              winrt::result::illegalMethodCall);
+    const MediaFrameSource source = firstSource(capture);
+    capture->Close();
+    expectRefused(usesOf(capture, source), winrt::result::closed, isClosed);
 }
 
 TEST_P(PlatformContract, ACameraMayBeOpenInSeveralCaptures) {

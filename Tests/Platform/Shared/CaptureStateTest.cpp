@@ -35,4 +35,14 @@ TEST(CaptureStateTest, AClosedCaptureAllowsNothing) {
     EXPECT_EQ(refusalUnlessInitialised(state), "80000013 Use on cam: the capture is closed");
 }
 
+TEST(CaptureStateTest, AClosedCaptureTellsWhyItsCameraCouldNotBeMadeReady) {
+    CaptureState state;
+    state.madeReady(winrt::hresult_error(winrt::result::busy, u"open on cam: busy"));
+    state.madeReady(winrt::hresult_error(winrt::result::illegalMethodCall, u"open on cam: not now"));
+    state.enter(Closed);
+    EXPECT_EQ(refusalUnlessInitialised(state), "80000013 Use on cam: the capture is closed: open on cam: busy");
+    state.madeReady(std::nullopt);
+    EXPECT_EQ(refusalUnlessInitialised(state), "80000013 Use on cam: the capture is closed");
+}
+
 } // namespace

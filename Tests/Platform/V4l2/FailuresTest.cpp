@@ -190,6 +190,16 @@ TEST_F(FailuresTest, AnIdleCameraThatIsGoneRaisesAtTheNextUse) {
     EXPECT_TRUE(waitUntil([this] { return nothingIsLeft(); }));
 }
 
+TEST_F(FailuresTest, ACaptureThatWasClosedSinceTheCameraIsBusyNamesThat) {
+    const auto capture = open();
+    driver->failOn(VIDIOC_S_FMT, EBUSY);
+    EXPECT_THROW(setFormat(capture, 0), winrt::hresult_error);
+    capture->Close();
+    EXPECT_EQ(raisedBy([&] { capture->FrameSources(); }),
+              "80000013 MediaCapture.FrameSources on /dev/video0: the capture is closed: VIDIOC_S_FMT on /dev/video0: "
+              "Device or resource busy (the camera is in use by another program)");
+}
+
 TEST_F(FailuresTest, AStillUnderWayNeverEndsOnACameraThatGoes) {
     const auto capture = open();
     const auto reader = startReader(capture);
