@@ -25,6 +25,7 @@ MAY_INCLUDE = {
         *PLATFORM,
         "Platform/V4l2/Kernel",
         "Platform/V4l2/Discovery",
+        "Platform/V4l2/Controls",
         "Platform/V4l2/Streaming",
     ],
     "Platform/V4l2": PLATFORM,

@@ -9,7 +9,7 @@ namespace Platform::V4l2 {
 template <typename T, typename Work> T DeviceControl::ask(std::string_view operation, Work work) const {
     return _core->worker(operation, 0)->call<T>(operation, [mapping = _mapping, work](CameraSession& session) -> T {
         session.requirePresence();
-        ControlAdapter adapter(session.node(), *mapping);
+        ControlAdapter adapter(session.controls(), *mapping);
         return work(adapter);
     });
 }
@@ -17,8 +17,8 @@ template <typename T, typename Work> T DeviceControl::ask(std::string_view opera
 template <typename Work> bool DeviceControl::set(std::string_view operation, Work work) {
     return _core->worker(operation, 0)->call<bool>(operation, [mapping = _mapping, work](CameraSession& session) {
         session.requirePresence();
-        return session.change(mapping->movement, [&](DeviceNode& node) {
-            ControlAdapter adapter(node, *mapping);
+        return session.change(mapping->movement, [&] {
+            ControlAdapter adapter(session.controls(), *mapping);
             return work(adapter);
         });
     });

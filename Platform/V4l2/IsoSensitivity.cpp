@@ -86,9 +86,9 @@ IAsyncAction IsoSensitivity::SetValueAsync(std::uint32_t value) {
     _core->requireInitialised(operation);
     return Shared::runAsync<void>(_core->pool(), [core = _core, value, operation] {
         core->worker(operation, 0)->call<void>(operation, [value, operation](CameraSession& session) {
-            session.change({}, [&](DeviceNode& node) {
-                NumberMenu menu(node, V4L2_CID_ISO_SENSITIVITY);
-                setSpeed(menu, node, value, operation);
+            session.change({}, [&] {
+                NumberMenu menu(session.controls(), V4L2_CID_ISO_SENSITIVITY);
+                setSpeed(menu, session.node(), value, operation);
             });
         });
     });

@@ -14,7 +14,7 @@ template <typename T, typename Work>
 T callOnMenu(CaptureCore& core, std::string_view operation, std::uint32_t id, Work work) {
     return core.worker(operation, 0)->call<T>(operation, [id, work](CameraSession& session) -> T {
         session.requirePresence();
-        NumberMenu menu(session.node(), id);
+        NumberMenu menu(session.controls(), id);
         return work(menu, session.node());
     });
 }

@@ -17,8 +17,8 @@ constexpr double unknownExposure = -4.0;
 
 } // namespace
 
-ControlAdapter::ControlAdapter(DeviceNode& node, const ControlMapping& mapping)
-    : _controls(node), _mapping(mapping), _value(_controls.find(mapping.valueIds)),
+ControlAdapter::ControlAdapter(KernelControls& controls, const ControlMapping& mapping)
+    : _controls(controls), _mapping(mapping), _value(_controls.find(mapping.valueIds)),
       _auto(_controls.find(mapping.autoIds)) {}
 
 MediaDeviceControlCapabilities ControlAdapter::capabilities() {

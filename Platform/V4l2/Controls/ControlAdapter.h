@@ -12,7 +12,7 @@ namespace Platform::V4l2 {
 /// not answer raises. The camera's thread.
 class ControlAdapter {
 public:
-    ControlAdapter(DeviceNode& node, const ControlMapping& mapping);
+    ControlAdapter(KernelControls& controls, const ControlMapping& mapping);
 
     MediaDeviceControlCapabilities capabilities();
 
@@ -27,7 +27,7 @@ public:
 private:
     std::optional<std::int32_t> autoValue(bool on);
 
-    KernelControls _controls;
+    KernelControls& _controls;
     const ControlMapping& _mapping;
     const std::optional<KernelControl> _value;
     const std::optional<KernelControl> _auto;

@@ -2,8 +2,9 @@
 
 namespace Platform::V4l2 {
 
-NumberMenu::NumberMenu(DeviceNode& node, std::uint32_t id)
-    : controls(node), control(controls.find({id})), entries(control ? controls.menuNumbers(*control) : Entries{}) {}
+NumberMenu::NumberMenu(KernelControls& kernelControls, std::uint32_t id)
+    : controls(kernelControls), control(controls.find({id})),
+      entries(control ? controls.menuNumbers(*control) : Entries{}) {}
 
 std::optional<double> NumberMenu::value() {
     const auto index = control ? controls.read(*control) : std::nullopt;

@@ -15,7 +15,7 @@ class NumberMenu {
 public:
     using Entries = std::vector<std::pair<std::int32_t, std::int64_t>>; // index and thousandths
 
-    NumberMenu(DeviceNode& node, std::uint32_t id);
+    NumberMenu(KernelControls& controls, std::uint32_t id);
 
     /// Whether the camera has the control, with at least one number.
     bool isUsable() const { return !entries.empty(); }
@@ -26,7 +26,7 @@ public:
     /// An entry's number in the control's own unit.
     static double numberOf(const Entries::value_type& entry);
 
-    KernelControls controls;
+    KernelControls& controls;
     const std::optional<KernelControl> control;
     const Entries entries;
 };

@@ -36,6 +36,11 @@ DeviceNode& CameraSession::node() {
     return _node;
 }
 
+KernelControls& CameraSession::controls() {
+    assertOwnThread();
+    return _controls;
+}
+
 void CameraSession::requirePresence() {
     assertOwnThread();
     v4l2_capability capability{}; // the one request that no state of a device that is there refuses
@@ -49,6 +54,7 @@ void CameraSession::setFormat(std::uint32_t index) {
         throw Shared::platformError("VIDIOC_S_FMT", _node.path(), winrt::result::invalidArgument,
                                     "the camera has no format " + std::to_string(index));
     _stream.stop(); // a format cannot be set while buffers are reserved
+    _controls.forget();
     try {
         applyFormat(formats[index]);
         if (isStreamWanted())

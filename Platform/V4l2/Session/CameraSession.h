@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/V4l2/Controls/KernelControls.h"
 #include "Platform/V4l2/Discovery/DeviceCatalog.h"
 #include "Platform/V4l2/Kernel/DeviceNode.h"
 #include "Platform/V4l2/Session/CameraLimits.h"
@@ -43,6 +44,7 @@ public:
     /// Runs something that may change a setting, and has later stills wait until it is in force.
     template <typename Change> auto change(std::chrono::milliseconds movement, Change operation);
     DeviceNode& node();
+    KernelControls& controls();
 
     void takeStill(StillRequest request);
     /// Looks for another frame: the one that was found was of no use.
@@ -79,6 +81,7 @@ private:
     const Surroundings _surroundings;
     const CameraSource _source;
     DeviceNode _node;
+    KernelControls _controls{_node};
     StreamKeeper _stream;
     StillQueue _stills;
     unsigned _readers = 0;
@@ -91,7 +94,7 @@ template <typename Change> auto CameraSession::change(std::chrono::milliseconds 
         std::chrono::milliseconds movement;
         ~Guard() { session.settingChanged(movement); }
     } guard{*this, movement};
-    return operation(_node);
+    return operation();
 }
 
 } // namespace Platform::V4l2

@@ -19,6 +19,7 @@ protected:
         return _capture->VideoDeviceController();
     }
     VideoDeviceController controller() { return controllerOf(usbCamera()); }
+    const MediaCapture& capture() const { return _capture; }
 
 private:
     MediaCapture _capture;
@@ -189,6 +190,54 @@ TEST_F(ControlsTest, AnAutomaticThatIsAsWantedIsLeftAlone) {
     const auto exposure = controller()->Exposure();
     EXPECT_TRUE(exposure->TrySetAuto(true));
     EXPECT_TRUE(driver->writes(videoPath).empty());
+}
+
+/// The settings of a first capture, in the hub's order.
+void setForFirstCapture(const VideoDeviceController& all) {
+    for (const bool on : {true, false})
+        for (const auto& control : {all->Exposure(), all->Focus(), all->WhiteBalance()}) {
+            control->Capabilities();
+            EXPECT_TRUE(control->TrySetAuto(on));
+        }
+    all->Exposure()->Capabilities();
+    EXPECT_TRUE(all->Exposure()->TrySetValue(-5.0));
+    valueOf(all->Exposure());
+}
+
+TEST_F(ControlsTest, WhatACameraHasIsAskedOnce) {
+    const auto all = controller();
+    const auto descriptions = [this] { return driver->calls(VIDIOC_QUERYCTRL) + driver->calls(VIDIOC_QUERYMENU); };
+    setForFirstCapture(all);
+    const unsigned first = descriptions();
+    EXPECT_EQ(driver->calls(VIDIOC_QUERYCTRL), 6u); // the three values and their automatics
+    EXPECT_LE(driver->calls(VIDIOC_QUERYMENU), 4u); // the modes of the exposure
+    setForFirstCapture(all);
+    EXPECT_EQ(descriptions(), first);
+}
+
+TEST_F(ControlsTest, AFirstCaptureReadsAndWritesNoMoreThanItsSettingsTake) {
+    const auto all = controller();
+    setForFirstCapture(all);
+    // Each automatic: its mode and perhaps a write for on; its mode, the value, a write and the value for off. Then the
+    // exposure: mode, write, value.
+    EXPECT_LE(driver->calls(VIDIOC_G_CTRL), 3u * (1 + 3) + 2u);
+    EXPECT_LE(driver->calls(VIDIOC_S_CTRL), 3u * 2 + 1u);
+}
+
+TEST_F(ControlsTest, WhatCouldNotBeAskedIsAskedAgain) {
+    const auto exposure = controller()->Exposure();
+    driver->failOn(VIDIOC_QUERYCTRL, EIO, 0, 3); // the two values, and the automatic
+    EXPECT_FALSE(exposure->Capabilities().Supported);
+    EXPECT_TRUE(exposure->Capabilities().Supported);
+}
+
+TEST_F(ControlsTest, AnotherFormatMayHaveOtherRanges) {
+    const auto all = controller();
+    all->Exposure()->Capabilities();
+    const unsigned before = driver->calls(VIDIOC_QUERYCTRL);
+    setFormat(capture(), 1);
+    all->Exposure()->Capabilities();
+    EXPECT_GT(driver->calls(VIDIOC_QUERYCTRL), before);
 }
 
 TEST_F(ControlsTest, BrightnessIsSetInItsOwnUnit) {
