@@ -154,9 +154,12 @@ void CameraSession::framesWait(bool failed) {
 
 /// What is full is from before the event that is about to be noted.
 void CameraSession::emptyDriver() {
-    if (!wantsFrames())
+    const bool ranUnwatched = _stream.isRunning() && !wantsFrames();
+    if (ranUnwatched)
         _stream.expectFrames();
     _stream.passFrames([this](const Stream&, const Frame& frame) { _stills.count(frame.time); });
+    if (ranUnwatched && !_stream.isRunning() && !_node.isGone())
+        _stream.restartSoon(); // it failed some time ago: the pause before the next attempt has passed
 }
 
 void CameraSession::take(const Stream& stream, const Frame& frame) {

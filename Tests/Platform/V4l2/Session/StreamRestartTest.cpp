@@ -59,6 +59,20 @@ TEST_F(StreamRestartTest, AStreamThatAnEmptyBufferEndsIsStartedAgain) {
     EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
 }
 
+TEST_F(StreamRestartTest, AStreamThatFailedWhileNobodyLookedIsStartedAgainAtTheNextRequestAtOnce) {
+    limits.restart = std::chrono::minutes(1);
+    platform = createV4l2Platform(driver, lister, limits);
+    start();
+    askForStill();
+    while (asked->Status() == AsyncStatus::Started) // no more frames than it takes, so that a buffer stays empty
+        driver->deliver(videoPath);
+    ASSERT_TRUE(comesTrue([this] { return driver->emptyBuffers(videoPath) > 0; }));
+    ASSERT_TRUE(deliverEmptyBuffer());
+    askForStill();
+    expectStill();
+    EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
+}
+
 TEST_F(StreamRestartTest, AStreamThatFallsSilentIsStartedAgainUnderAWaitingStill) {
     start();
     askForStill();
