@@ -1,6 +1,8 @@
 #include "Platform/Shared/DeviceInformationValue.h"
 
-#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <string>
 #include <vector>
 
 namespace Platform::Shared {
@@ -14,13 +16,15 @@ void DeviceInformationValue::Update(const DeviceInformationUpdate& update) {
     const PropertyMap news = update->Properties();
     std::lock_guard lock(_mutex);
     std::vector<PropertyMap::Entry> entries(_description.properties.begin(), _description.properties.end());
+    std::map<std::u16string, std::size_t> places; // of each key's first entry
+    for (std::size_t place = 0; place < entries.size(); ++place)
+        places.emplace(entries[place].first, place);
     for (const auto& entry : news) {
-        const auto old =
-            std::find_if(entries.begin(), entries.end(), [&](const auto& known) { return known.first == entry.first; });
-        if (old != entries.end())
-            old->second = entry.second;
-        else
+        const auto [known, isNew] = places.emplace(entry.first, entries.size());
+        if (isNew)
             entries.push_back(entry);
+        else
+            entries[known->second].second = entry.second;
     }
     _description.properties = PropertyMap(std::move(entries));
 }

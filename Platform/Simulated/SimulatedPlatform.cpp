@@ -100,9 +100,8 @@ SimulatedPlatform::CreateFromIdAsync(const std::u16string& id, const std::vector
 }
 
 const GroupDefinition* findWatched(const Scenario& scenario, const std::u16string& deviceId) {
-    const auto found = std::find_if(scenario.groups.begin(), scenario.groups.end(),
-                                    [&](const GroupDefinition& group) { return group.watched.id == deviceId; });
-    return found == scenario.groups.end() ? nullptr : &*found;
+    const auto found = scenario.groupOfWatched.find(deviceId);
+    return found == scenario.groupOfWatched.end() ? nullptr : &scenario.groups[found->second];
 }
 
 IAsyncOperation<MediaFrameSourceGroup> SimulatedPlatform::FromIdAsync(const std::u16string& id) {

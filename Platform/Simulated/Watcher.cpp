@@ -3,25 +3,39 @@
 #include "Platform/Simulated/World/JournaledCall.h"
 #include "Platform/Simulated/World/Simulation.h"
 
-#include <algorithm>
+#include <map>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace Platform::Simulated {
 namespace {
 
-const GroupDefinition* findSame(const Scenario& scenario, const GroupDefinition& group) {
-    const auto found = std::find_if(scenario.groups.begin(), scenario.groups.end(), [&](const auto& other) {
-        return other.id == group.id && other.watched.id == group.watched.id;
-    });
-    return found == scenario.groups.end() ? nullptr : &*found;
-}
+/// The groups of a scenario, to find those again that stayed the same devices.
+class KnownGroups {
+public:
+    explicit KnownGroups(const Scenario& scenario) {
+        for (const GroupDefinition& group : scenario.groups)
+            _groups.emplace(group.id, &group);
+    }
+
+    const GroupDefinition* findSame(const GroupDefinition& group) const {
+        const auto found = _groups.find(group.id);
+        return found != _groups.end() && found->second->watched.id == group.watched.id ? found->second : nullptr;
+    }
+
+private:
+    std::map<std::u16string_view, const GroupDefinition*> _groups; // by id, which no two have
+};
 
 /// The properties that are new or have another value than before.
 PropertyMap news(const PropertyMap& before, const PropertyMap& now) {
+    std::map<std::u16string_view, const PropertyValue*> known; // a lookup in the map itself takes the time of a walk
+    for (const auto& entry : before)
+        known.emplace(entry.first, &entry.second);
     std::vector<PropertyMap::Entry> entries;
     for (const auto& entry : now)
-        if (!before.HasKey(entry.first) || before.Lookup(entry.first) != entry.second)
+        if (const auto old = known.find(entry.first); old == known.end() || *old->second != entry.second)
             entries.push_back(entry);
     return PropertyMap(std::move(entries));
 }
@@ -55,11 +69,13 @@ void Watcher::reportAll(const Scenario& scenario) {
 
 void Watcher::reportChanges(const Scenario& before, const Scenario& now) {
     using Update = Shared::DeviceInformationUpdateValue;
+    const KnownGroups current(now);
+    const KnownGroups former(before);
     for (const GroupDefinition& group : before.groups)
-        if (findSame(now, group) == nullptr)
+        if (current.findSame(group) == nullptr)
             reportRemoved(std::make_shared<Update>(group.watched.id, PropertyMap()));
     for (const GroupDefinition& group : now.groups) {
-        const GroupDefinition* old = findSame(before, group);
+        const GroupDefinition* old = former.findSame(group);
         if (old == nullptr)
             reportAdded(std::make_shared<Shared::DeviceInformationValue>(group.watched));
         else if (old->text != group.text)

@@ -6,6 +6,7 @@
 #include "Platform/Simulated/Scenario/Faults.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -115,6 +116,7 @@ struct CameraDefinition {
 
 struct Scenario {
     std::vector<GroupDefinition> groups;
+    std::map<std::u16string, std::size_t> groupOfWatched; // the first with that watched device, by the device's id
     std::vector<NodeDefinition> deviceNodes;
     std::vector<NodeDefinition> containers;
     std::map<std::u16string, CameraDefinition> cameras; // by device id

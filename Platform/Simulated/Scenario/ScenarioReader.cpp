@@ -7,9 +7,11 @@
 #include "Platform/Simulated/Scenario/JsonObjectReader.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <set>
 
 namespace Platform::Simulated {
 namespace {
@@ -135,11 +137,10 @@ GroupDefinition readGroup(const JsonPlace& json) {
 /// Two groups of one id could not be told apart when the file changes.
 std::vector<GroupDefinition> readGroups(const JsonPlace& json) {
     std::vector<GroupDefinition> groups;
+    std::set<std::u16string> ids;
     for (const JsonPlace& item : json.asList()) {
         GroupDefinition group = readGroup(item);
-        const bool taken =
-            std::any_of(groups.begin(), groups.end(), [&](const auto& other) { return other.id == group.id; });
-        if (taken)
+        if (!ids.insert(group.id).second)
             item.member("id").raise("another group has this id");
         groups.push_back(std::move(group));
     }
@@ -207,6 +208,8 @@ Scenario readScenario(const std::string& text, const std::filesystem::path& file
             scenario.journal = folder / name;
     });
     reader.finish();
+    for (std::size_t i = 0; i < scenario.groups.size(); ++i)
+        scenario.groupOfWatched.emplace(scenario.groups[i].watched.id, i);
     return scenario;
 }
 

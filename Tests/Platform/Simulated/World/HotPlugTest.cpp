@@ -1,3 +1,4 @@
+#include "Platform/Shared/EventQueue.h"
 #include "Tests/Platform/Simulated/SimulatedFixture.h"
 
 #include <algorithm>
@@ -5,8 +6,12 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
+#include <future>
+#include <iterator>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,6 +30,11 @@ std::string groupsText(const std::vector<std::string>& groups) {
     for (const std::string& group : groups)
         list += (list.empty() ? "" : ", ") + group;
     return R"({"journal": "journal.txt", "groups": [)" + list + "]}";
+}
+
+std::size_t threadsOfThisProcess() {
+    const std::filesystem::directory_iterator threads("/proc/self/task");
+    return static_cast<std::size_t>(std::distance(begin(threads), end(threads)));
 }
 
 class HotPlugTest : public SimulatedFixture {
@@ -83,6 +93,35 @@ TEST_F(HotPlugTest, DevicesThatArePresentAreAdded) {
     start(groupsText({groupText("A"), groupText("B")}));
     watch();
     EXPECT_TRUE(waitForEvents({"+A", "+B"}));
+}
+
+TEST_F(HotPlugTest, FiftyThousandGroupsAreAddedByABoundedNumberOfThreads) {
+    constexpr int count = 50'000;
+    std::string list;
+    for (int i = 0; i < count; ++i)
+        list += (i == 0 ? R"({"id": "G)" : R"(, {"id": "G)") + std::to_string(i) + R"("})";
+    start(R"({"groups": [)" + list + "]}");
+    std::mutex mutex;
+    std::set<std::u16string> added;
+    std::size_t mostThreads = 0;
+    std::promise<std::size_t> completed;
+    const DeviceWatcher watcher = platform->CreateWatcher(platform->GetDeviceSelector());
+    watcher->Added([&](const auto&, const DeviceInformation& device) {
+        EXPECT_EQ(blockingWait(platform->FromIdAsync(device->Id()))->Id(), device->Id());
+        std::lock_guard lock(mutex);
+        added.insert(device->Id());
+        if (added.size() % 500 == 0)
+            mostThreads = std::max(mostThreads, threadsOfThisProcess());
+        return winrt::result::ok;
+    });
+    watcher->EnumerationCompleted([&](const auto&) {
+        std::lock_guard lock(mutex);
+        completed.set_value(added.size());
+        return winrt::result::ok;
+    });
+    watcher->Start();
+    EXPECT_EQ(completed.get_future().get(), std::size_t{count});
+    EXPECT_LE(mostThreads, 2 * Shared::EventQueue::limit + 20);
 }
 
 TEST_F(HotPlugTest, ANewGroupIsAddedAndAGoneOneRemoved) {
