@@ -40,8 +40,8 @@ bool AcceptedSocket::setSocketDescriptor(qintptr socketDescriptor, SocketState s
     readable = new QSocketNotifier(socketDescriptor, QSocketNotifier::Read, this);
     writable = new QSocketNotifier(socketDescriptor, QSocketNotifier::Write, this);
     writable->setEnabled(false);
-    connect(readable, SIGNAL(activated(int)), this, SLOT(receive()));
-    connect(writable, SIGNAL(activated(int)), this, SLOT(send()));
+    connect(readable, &QSocketNotifier::activated, this, &AcceptedSocket::receive);
+    connect(writable, &QSocketNotifier::activated, this, &AcceptedSocket::send);
     return true;
 }
 

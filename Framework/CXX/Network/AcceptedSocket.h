@@ -31,10 +31,6 @@ protected:
     /// Keeps the bytes until the event loop runs, or `readyRead` has been served: small ones are sent together.
     qint64 writeData(const char* data, qint64 size) override;
 
-private slots:
-    void receive();
-    void send();
-
 private:
     /// Bytes that are taken from the front and added at the back.
     class Queue {
@@ -49,6 +45,8 @@ private:
         std::size_t taken = 0;
     };
 
+    void receive();
+    void send();
     bool isConnected() const { return descriptor >= 0; }
     void endWhenAllIsSent();
     void end();

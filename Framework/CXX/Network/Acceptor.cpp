@@ -43,12 +43,12 @@ Acceptor::Acceptor(QTcpServer* owner, std::function<void(qintptr)> connectionHan
     if (!server->isListening() || QAbstractEventDispatcher::instance() == nullptr)
         return;
     server->pauseAccepting();
-    ::listen(static_cast<int>(server->socketDescriptor()),
-             SOMAXCONN); // the server lets 50 wait; the others lose a second
+    // The server lets 50 wait; the others would lose a second.
+    ::listen(static_cast<int>(server->socketDescriptor()), SOMAXCONN);
     incoming = new QSocketNotifier(server->socketDescriptor(), QSocketNotifier::Read, this);
     retry.setSingleShot(true);
-    connect(incoming, SIGNAL(activated(int)), this, SLOT(acceptAll()));
-    connect(&retry, SIGNAL(timeout()), this, SLOT(acceptAll()));
+    connect(incoming, &QSocketNotifier::activated, this, &Acceptor::acceptAll);
+    connect(&retry, &QTimer::timeout, this, &Acceptor::acceptAll);
 }
 
 void Acceptor::acceptAll() {

@@ -18,10 +18,8 @@ public:
     /// descriptor.
     Acceptor(QTcpServer* server, std::function<void(qintptr)> connectionHandler);
 
-private slots:
-    void acceptAll();
-
 private:
+    void acceptAll();
     void pause();
     void resume();
 

@@ -1,4 +1,5 @@
 #include "Tests/Platform/V4l2/CameraFixture.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <linux/videodev2.h>
 
@@ -70,7 +71,7 @@ TEST_F(StreamRestartTest, AStreamThatFailedWhileNobodyLookedIsStartedAgainAtTheN
     };
     while (asked->Status() == AsyncStatus::Started) { // frame by frame, so that buffers stay empty
         driver->deliver(videoPath);
-        ASSERT_TRUE(comesTrue(isTaken));
+        ASSERT_TRUE(waitUntil(isTaken));
     }
     ASSERT_TRUE(deliverEmptyBuffer());
     askForStill();
