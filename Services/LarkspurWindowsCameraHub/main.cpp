@@ -53,7 +53,7 @@ int main(int argc, char* argv[]) {
         testDriverMain();
 
     if (!initializeDiagnosticsAndLogging(applicationName(), applicationVersion())) {
-        std::cout << "Failed to initialize diagnostics and logging." << std::endl;
+        std::cout << "Failed to initialize diagnostics and logging.\n" << std::flush;
         return 1;
     }
     const DiagnosticsShutdown shutdownOnTheWayOut;

@@ -76,7 +76,7 @@ bool initializeCrashRecordingAndConsoleLogging() {
     if (debugged)
         setConsoleLevel(log4cxx::Level::getTrace());
     else
-        std::cout << "Console logging is disabled." << std::endl;
+        std::cout << "Console logging is disabled.\n" << std::flush;
     return true;
 }
 

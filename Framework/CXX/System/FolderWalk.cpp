@@ -44,7 +44,7 @@ std::optional<std::string> FolderWalk::nextName() {
             _readError = errno;
             return std::nullopt;
         }
-        const std::string name = static_cast<const char*>(entry->d_name);
+        std::string name = static_cast<const char*>(entry->d_name);
         if (!isFolderItselfOrParent(name))
             return name;
     }

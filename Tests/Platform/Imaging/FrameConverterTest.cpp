@@ -103,8 +103,8 @@ public:
                 if (!tenBits) {
                     row(0, y)[x] = static_cast<std::uint8_t>(value);
                 } else {
-                    row(0, y)[2 * x] = static_cast<std::uint8_t>(value << 2 & 0xFF);
-                    row(0, y)[2 * x + 1] = static_cast<std::uint8_t>(value >> 6);
+                    row(0, y)[std::size_t{2} * x] = static_cast<std::uint8_t>(value << 2 & 0xFF);
+                    row(0, y)[std::size_t{2} * x + 1] = static_cast<std::uint8_t>(value >> 6);
                 }
             }
     }

@@ -92,7 +92,7 @@ TEST(AsyncOperationTest, NeverEndsWhenItsSourceGoesAway) {
 
 TEST(AsyncWaitTest, BlocksUntilAnotherThreadEndsTheOperation) {
     const AsyncOperationSource<int> source;
-    const auto later = std::async(std::launch::async, [source] {
+    const std::jthread later([source] {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         source.complete(7);
     });
@@ -131,7 +131,7 @@ TEST(AsyncOperationTest, MayBeWaitedForAndEndedOnManyThreads) {
         const AsyncOperationSource<int> source;
         std::atomic<int> sum = 0;
         const auto waiter = std::async(std::launch::async, [&] { sum += blockingWait(source.operation()); });
-        const auto ender = std::async(std::launch::async, [&] { source.complete(i); });
+        const std::jthread ender([&] { source.complete(i); });
         waiter.wait();
         EXPECT_EQ(sum, i);
     }

@@ -37,7 +37,7 @@ TEST_F(SimulatedDiscoveryTest, ASourceIsDescribedAsTheFileSays) {
     start(twoGroups);
     const auto infos = group()->SourceInfos();
     ASSERT_EQ(infos.Size(), 2U);
-    const MediaFrameSourceInfo info = infos.GetAt(0);
+    const MediaFrameSourceInfo& info = infos.GetAt(0);
     EXPECT_EQ(info->Id(), u"s2");
     EXPECT_EQ(info->MediaStreamType(), MediaStreamType::VideoRecord);
     EXPECT_EQ(info->SourceKind(), MediaFrameSourceKind::Infrared);

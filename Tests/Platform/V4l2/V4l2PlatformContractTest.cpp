@@ -13,9 +13,9 @@ using namespace Platform::V4l2;
 class FakeCamera final : public PlatformUnderTest {
 public:
     explicit FakeCamera(FakeDevice device) : _device(std::move(device)) {
-        _driver->plug(Path, _device);
+        _driver->plug(cameraPath, _device);
         _lister->add(usbNode(0));
-        _clock = std::make_unique<FrameClock>(*_driver, Path);
+        _clock = std::make_unique<FrameClock>(*_driver, cameraPath);
     }
 
     std::shared_ptr<Platform::CameraPlatform> platform() override {
@@ -24,12 +24,12 @@ public:
         return platform;
     }
     bool unplug() override {
-        _driver->unplug(Path);
+        _driver->unplug(cameraPath);
         _lister->remove(usbNode(0).systemPath);
         return waitUntil([&] { return cameras() == 0; });
     }
     void plugIn() override {
-        _driver->plug(Path, _device);
+        _driver->plug(cameraPath, _device);
         _lister->add(usbNode(0));
         ASSERT_TRUE(waitUntil([&] { return cameras() == 1; }));
     }
@@ -39,7 +39,7 @@ public:
     }
 
 private:
-    static constexpr const char* Path = "/dev/video0";
+    static constexpr const char* cameraPath = "/dev/video0";
 
     std::uint32_t cameras() const { return Platform::blockingWait(_platform.lock()->FindAllAsync()).Size(); }
 

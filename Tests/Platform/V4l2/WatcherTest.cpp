@@ -136,11 +136,11 @@ TEST_F(WatcherTest, StartRaisesWhereListeningIsNotPossibleAndMayBeTriedAgain) {
 
 TEST_F(WatcherTest, MayBeDestroyedAtAnyMoment) {
     for (int i = 0; i < 50; ++i) {
-        auto short_lived = platform->CreateWatcher(platform->GetDeviceSelector());
-        short_lived->Added([](const DeviceWatcher&, const DeviceInformation&) { return winrt::result::ok; });
-        short_lived->Start();
+        auto shortLived = platform->CreateWatcher(platform->GetDeviceSelector());
+        shortLived->Added([](const DeviceWatcher&, const DeviceInformation&) { return winrt::result::ok; });
+        shortLived->Start();
         lister->touch();
-        short_lived.reset();
+        shortLived.reset();
     }
 }
 

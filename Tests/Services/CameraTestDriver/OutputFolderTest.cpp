@@ -31,7 +31,7 @@ TEST_F(OutputFolderTest, StandsBesideTheExecutableUnderTheCamerasName) {
 
 TEST_F(OutputFolderTest, OneThatIsThereIsUsedAsItIs) {
     fs::create_directory(outputFolder());
-    std::ofstream(outputFolder() / "older.png");
+    std::ofstream(outputFolder() / "older.png").close();
     EXPECT_EQ(open(Halden::toUtf16(cameraName())), outputFolder().native());
     EXPECT_EQ(filesIn(outputFolder()), std::vector<std::string>{"older.png"});
 }

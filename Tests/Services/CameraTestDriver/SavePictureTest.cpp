@@ -121,8 +121,8 @@ TEST_F(SavePictureTest, TheColoursOfTheTestChartAreInTheFile) {
     const auto patches = Platform::Simulated::chartPatches(320, 240);
     ASSERT_GE(patches.size(), 40U);
     for (const auto& [area, colour] : patches) {
-        const auto x = static_cast<std::size_t>(area.x + area.width / 2);
-        const auto y = static_cast<std::size_t>(area.y + area.height / 2);
+        const auto x = static_cast<std::size_t>(area.x) + area.width / 2;
+        const auto y = static_cast<std::size_t>(area.y) + area.height / 2;
         const std::uint8_t* pixel = &picture.pixels[3 * (y * 320 + x)];
         EXPECT_EQ(pixel[0], colour.red) << "at " << x << ", " << y;
         EXPECT_EQ(pixel[1], colour.green) << "at " << x << ", " << y;

@@ -7,14 +7,13 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 namespace Platform::V4l2 {
 namespace {
 
 /// As strncpy, which drivers use: a text as long as its field has no end.
 void copyText(__u8* target, std::size_t size, const std::string& text) {
-    std::memcpy(target, text.data(), std::min(size, text.size()));
+    std::copy_n(text.data(), std::min(size, text.size()), target);
 }
 
 } // namespace
@@ -58,7 +57,7 @@ void FakeNode::set(const FakeFormat& chosen, const FakeSize& size) {
     for (std::size_t plane = 0; plane < pix.num_planes; ++plane) {
         pix.plane_fmt[plane].bytesperline = strides.at(plane);
         pix.plane_fmt[plane].sizeimage = static_cast<std::uint32_t>(
-            pix.num_planes == 1 ? whole : strides.at(plane) * Imaging::planeRows(wanted, plane));
+            pix.num_planes == 1 ? whole : std::size_t{strides.at(plane)} * Imaging::planeRows(wanted, plane));
     }
     if (device.nonsense.stride != 0)
         pix.plane_fmt[1].bytesperline = device.nonsense.stride;

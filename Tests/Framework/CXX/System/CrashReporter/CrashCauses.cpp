@@ -132,7 +132,7 @@ NEVER_INLINED void manyThreads() {
         std::thread([i] {
             pthread_setname_np(pthread_self(), i < busy ? "busy" : "sleepy");
             started.count_down();
-            while (i < busy)
+            while (i < busy) // NOLINT(bugprone-infinite-loop): until the process ends
                 turns.fetch_add(1, std::memory_order_relaxed);
             pause();
         }).detach();
