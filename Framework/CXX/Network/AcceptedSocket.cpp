@@ -1,5 +1,7 @@
 #include "Framework/CXX/Network/AcceptedSocket.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -8,6 +10,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+
+namespace {
+
+/// The system would hold the end of a long reply back until the peer has acknowledged what came before, which it does
+/// after 40 ms.
+void sendAtOnce(int descriptor) {
+    const int yes = 1;
+    ::setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
+}
+
+} // namespace
 
 void AcceptedSocket::Queue::append(const char* added, std::size_t count) {
     if (taken > bytes.size() / 2) { // not at each call, lest a long queue be moved again and again
@@ -35,6 +48,7 @@ bool AcceptedSocket::setSocketDescriptor(qintptr socketDescriptor, SocketState s
     if (socketDescriptor < 0 || isConnected())
         return false;
     descriptor = static_cast<int>(socketDescriptor);
+    sendAtOnce(descriptor);
     setSocketState(socketState);
     QIODevice::open(mode | Unbuffered);
     readable = new QSocketNotifier(socketDescriptor, QSocketNotifier::Read, this);
