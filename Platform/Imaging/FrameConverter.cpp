@@ -56,10 +56,10 @@ void requireBytes(const FrameLayout& layout, std::span<const std::uint8_t> bytes
 }
 
 RgbImage convertJpeg(const FrameLayout& layout, std::span<const std::uint8_t> bytes) {
-    RgbImage image = readMotionJpeg(bytes);
-    if (image.width != layout.width || image.height != layout.height)
+    MotionJpegReader reader(bytes);
+    if (reader.size().width != layout.width || reader.size().height != layout.height)
         raise(winrt::result::fail, "Frame: the JPEG has another size than the stream");
-    return image;
+    return reader.readPixels();
 }
 
 void convertInto(const FrameLayout& layout, std::span<const std::uint8_t> bytes, RgbImage& image) {

@@ -9,7 +9,9 @@
 #include <csetjmp>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <string>
+#include <vector>
 
 namespace Platform::Imaging {
 namespace {
@@ -23,6 +25,7 @@ constexpr int endMark = 0xD9;
 /// and must not throw.
 struct ErrorHandler {
     jpeg_error_mgr manager{};
+    jpeg_progress_mgr progress{};
     std::jmp_buf place{};
     std::array<char, JMSG_LENGTH_MAX> text{};
 
@@ -47,6 +50,17 @@ struct ErrorHandler {
         if (!strayBytes && !noEndMark)
             fail(jpeg);
     }
+
+    /// Each scan is a pass over the whole picture, for which a few bytes are enough; a component needs one of its own
+    /// at most.
+    static void limitScans(j_common_ptr jpeg) {
+        const auto* const decompressor = reinterpret_cast<j_decompress_ptr>(jpeg);
+        if (decompressor->input_scan_number <= decompressor->num_components)
+            return;
+        ErrorHandler& handler = of(jpeg);
+        std::strcpy(handler.text.data(), "more scans than the picture has components");
+        std::longjmp(handler.place, 1);
+    }
 };
 
 /// Frees what the library holds, however the reading ends.
@@ -57,6 +71,7 @@ public:
         _jpeg.client_data = &handler;
         handler.manager.error_exit = ErrorHandler::fail;
         handler.manager.emit_message = ErrorHandler::judge;
+        handler.progress.progress_monitor = ErrorHandler::limitScans;
     }
     ~Decompressor() { jpeg_destroy_decompress(&_jpeg); }
     Decompressor(const Decompressor&) = delete;
@@ -69,6 +84,7 @@ public:
         void* const client = _jpeg.client_data; // the creation clears all but the error manager
         jpeg_create_decompress(&_jpeg);
         _jpeg.client_data = client;
+        _jpeg.progress = &handler.progress;
         jpeg_mem_src(&_jpeg, bytes.data(), bytes.size());
         jpeg_read_header(&_jpeg, TRUE);
         return true;
@@ -101,19 +117,30 @@ private:
 
 } // namespace
 
-RgbImage readMotionJpeg(std::span<const std::uint8_t> bytes) {
+struct MotionJpegReader::State {
     ErrorHandler handler;
-    Decompressor decompressor(handler);
+    Decompressor decompressor{handler};
+};
+
+MotionJpegReader::MotionJpegReader(std::span<const std::uint8_t> bytes) : _state(std::make_unique<State>()) {
+    auto& [handler, decompressor] = *_state;
     if (!decompressor.readHead(handler, bytes))
         raiseError(handler);
-    requireSizeWithinLimits(decompressor.width(), decompressor.height(), "Motion JPEG");
+    requireSizeWithinLimits(size().width, size().height, "Motion JPEG");
     // No camera sends those; a small one can ask for hours of decoding.
     if (decompressor.isProgressive())
         raise(winrt::result::fail, "Motion JPEG: progressive pictures are not supported");
-    RgbImage image{decompressor.width(), decompressor.height(), {}};
-    image.pixels.resize(std::size_t{3} * image.width * image.height);
-    if (!decompressor.readPixels(handler, image.pixels.data()))
-        raiseError(handler);
+}
+
+MotionJpegReader::~MotionJpegReader() = default;
+
+ImageSize MotionJpegReader::size() const { return {_state->decompressor.width(), _state->decompressor.height()}; }
+
+RgbImage MotionJpegReader::readPixels() {
+    const auto [width, height] = size();
+    RgbImage image{width, height, std::vector<std::uint8_t>(std::size_t{3} * width * height)};
+    if (!_state->decompressor.readPixels(_state->handler, image.pixels.data()))
+        raiseError(_state->handler);
     return image;
 }
 

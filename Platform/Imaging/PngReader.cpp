@@ -79,6 +79,9 @@ ImageSize PngReader::size() const {
 RgbImage PngReader::readPixels() {
     State& state = *_state;
     const auto [width, height] = size();
+    constexpr std::uint64_t mostPacked = 1032; // bytes that deflate can pack into one
+    if (std::uint64_t{png_get_rowbytes(state.png, state.info)} * height > mostPacked * state.unread.size())
+        raise(winrt::result::fail, "PNG: the data ends early"); // known without room for the picture
     RgbImage image{width, height, std::vector<std::uint8_t>(std::size_t{3} * width * height)};
     std::vector<png_bytep> rows(height);
     for (std::uint32_t y = 0; y < height; ++y)

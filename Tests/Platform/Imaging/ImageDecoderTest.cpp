@@ -1,6 +1,7 @@
 #include "Platform/Imaging/ImageDecoder.h"
 
 #include "Platform/Imaging/PngEncoder.h"
+#include "Tests/Platform/Imaging/ClaimedSizes.h"
 #include "Tests/Platform/Imaging/EncodedPictures.h"
 #include "Tests/Support/RaisedError.h"
 
@@ -8,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <png.h>
 #include <turbojpeg.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -23,31 +23,6 @@ using testing::StartsWith;
 const std::string neitherText = "80004005 The data is neither a PNG nor a JPEG picture";
 
 Bytes decodedPixels(const PngRecipe& recipe) { return decodeImage(writePng(recipe)).pixels; }
-
-void putNumber(Bytes& bytes, std::size_t offset, std::uint32_t number, int size) {
-    for (int i = 0; i < size; ++i)
-        bytes.at(offset + static_cast<std::size_t>(i)) = static_cast<std::uint8_t>(number >> 8 * (size - 1 - i));
-}
-
-/// A PNG file that claims another size, its head's checksum right.
-Bytes pngOfClaimedSize(std::uint32_t width, std::uint32_t height) {
-    Bytes file = encodePng(smoothPicture(3, 3));
-    constexpr std::size_t head = 12; // of the head's chunk type, where the checksum begins
-    putNumber(file, head + 4, width, 4);
-    putNumber(file, head + 8, height, 4);
-    putNumber(file, head + 17, static_cast<std::uint32_t>(crc32(0, file.data() + head, 17)), 4);
-    return file;
-}
-
-Bytes jpegOfClaimedSize(std::uint32_t width, std::uint32_t height) {
-    Bytes file = writeJpeg(smoothPicture(16, 16), TJSAMP_444);
-    const Bytes frameHead{0xFF, 0xC0};
-    const auto at = std::search(file.begin(), file.end(), frameHead.begin(), frameHead.end());
-    const auto offset = static_cast<std::size_t>(at - file.begin());
-    putNumber(file, offset + 5, height, 2);
-    putNumber(file, offset + 7, width, 2);
-    return file;
-}
 
 int largestDifference(const Bytes& a, const Bytes& b) {
     int largest = a.size() == b.size() ? 0 : 256;

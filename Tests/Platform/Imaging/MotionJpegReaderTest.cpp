@@ -11,6 +11,8 @@
 namespace Platform::Imaging {
 namespace {
 
+RgbImage readMotionJpeg(const Bytes& bytes) { return MotionJpegReader(bytes).readPixels(); }
+
 Bytes frame() { return writeJpeg(smoothPicture(64, 48), TJSAMP_422); }
 
 /// The file without its segments of that marker.
