@@ -36,10 +36,13 @@ IAsyncOperation<MediaFrameReaderStartStatus> FrameReader::StartAsync() {
 IAsyncAction FrameReader::StopAsync() {
     constexpr const char* operation = "MediaFrameReader.StopAsync";
     // A camera that has gone lets go without complaint.
-    return cameraCallAsync<void>(_core, _camera, {operation}, [core = _core, stream = _stream] {
-        core->requireInitialised(operation);
-        stream->run(false);
-    });
+    return cameraCallAsync<void>(
+        _core, _camera, {operation},
+        [core = _core, stream = _stream] {
+            core->requireInitialised(operation);
+            stream->run(false);
+        },
+        PlainlyInAnyCase());
 }
 
 } // namespace Platform::Simulated

@@ -78,6 +78,9 @@ struct Plainly {
     template <typename Operation> auto operator()(const Operation& operation) const { return operation(); }
 };
 
+/// Likewise, and where the platform has no thread for that, on the caller's.
+struct PlainlyInAnyCase : Plainly {};
+
 /// An asynchronous call: after the fault's delay, on the strand, its error or else the work, which must be copyable.
 /// `manner` runs the two and returns their result.
 template <typename T, typename Work, typename Manner = Plainly>
@@ -85,20 +88,26 @@ IAsyncOperation<T> callAsync(const std::shared_ptr<Simulation>& simulation, Shar
                              const Faults& faults, Work work, Manner manner = {}) {
     simulation->journal().called(call);
     const FaultHit hit = faults.take(call.name);
+    const auto moment = std::chrono::steady_clock::now() + hit.delay;
     AsyncOperationSource<T> source;
+    auto end = [simulation, call, hit, source, work = std::move(work), manner]() mutable {
+        endCall(simulation->journal(), call, source, [&] {
+            return manner([&] {
+                hit.raise();
+                return work();
+            });
+        });
+    };
     try {
-        strand.postAt(std::chrono::steady_clock::now() + hit.delay,
-                      [simulation, call, hit, source, work = std::move(work), manner]() mutable {
-                          endCall(simulation->journal(), call, source, [&] {
-                              return manner([&] {
-                                  hit.raise();
-                                  return work();
-                              });
-                          });
-                      });
+        strand.postAt(moment, end);
     } catch (const winrt::hresult_error& error) { // no thread for it
-        simulation->journal().failed(call, error.code());
-        source.fail(error);
+        if constexpr (std::is_same_v<Manner, PlainlyInAnyCase>) {
+            std::this_thread::sleep_until(moment);
+            end();
+        } else {
+            simulation->journal().failed(call, error.code());
+            source.fail(error);
+        }
     }
     return source.operation();
 }
