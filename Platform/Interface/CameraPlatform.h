@@ -20,10 +20,10 @@ namespace Platform {
 /// What the camera interfaces offer as static operations: the entry into a platform. Any thread.
 ///
 /// What holds for all members of all interfaces: every failure is a winrt::hresult_error, also where the system has no
-/// thread left; nothing else is raised but std::bad_alloc, where the program's own memory runs out. An asynchronous
-/// member may raise its errors itself or end its operation with them, unless it says which: callers treat both alike.
-/// Operations end, and run their handlers, on any thread. An object that was handed out keeps alive what it needs, and
-/// serves on when the platform has been released.
+/// thread left, or no memory for a still; nothing else is raised but std::bad_alloc, where the program's own memory
+/// runs out otherwise. An asynchronous member may raise its errors itself or end its operation with them, unless it
+/// says which: callers treat both alike. Operations end, and run their handlers, on any thread. An object that was
+/// handed out keeps alive what it needs, and serves on when the platform has been released.
 ///
 /// Releasing the last handle cuts short the delays of operations under way, and waits a moment for handlers that run.
 class CameraPlatform {

@@ -48,8 +48,8 @@ constexpr hresult notFound = make(0x80070002);
 /// E_ACCESSDENIED: the user that runs the program may not open the camera or the file. EACCES, EPERM.
 constexpr hresult accessDenied = make(0x80070005);
 
-/// E_OUTOFMEMORY: the kernel, or the library of a picture format, had none left. ENOMEM. In the program's own code it
-/// is a std::bad_alloc.
+/// E_OUTOFMEMORY: the kernel, or the library of a picture format, had none left, or there was none for a still. ENOMEM.
+/// In the program's own code it is a std::bad_alloc otherwise.
 constexpr hresult outOfMemory = make(0x8007000E);
 
 /// E_INVALIDARG: a value that can never do, so that trying again is of no use. EINVAL.

@@ -1,13 +1,16 @@
 #include "Platform/Simulated/Session/StillCapture.h"
 
 #include "Framework/CXX/Common/TextConversion.h"
+#include "Platform/Shared/ErrnoError.h"
 #include "Platform/Shared/PlatformError.h"
 #include "Platform/Simulated/Session/CameraCall.h"
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <ctime>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -49,6 +52,10 @@ private:
         return Shared::platformError(Simulated::operation, Halden::toUtf8(_camera->deviceId()), code, reason);
     }
 
+    winrt::hresult_error noMemory() const {
+        return Shared::errnoError(Simulated::operation, Halden::toUtf8(_camera->deviceId()), ENOMEM);
+    }
+
     const std::shared_ptr<CaptureCore> _core;
     const JournalCall _call;
     const RandomAccessStream _stream;
@@ -76,6 +83,8 @@ void Still::render() {
         _png = _camera->renderer().renderPng(capture(), format->Width, format->Height, caption);
     } catch (const winrt::hresult_error& problem) {
         _error = problem;
+    } catch (const std::bad_alloc&) {
+        _error = noMemory();
     }
 }
 
@@ -84,7 +93,11 @@ void Still::writePicture() {
         throw Shared::closedError(Simulated::operation, Halden::toUtf8(_camera->deviceId()));
     if (_error)
         throw winrt::hresult_error(*_error);
-    _stream->Write(_png);
+    try {
+        _stream->Write(_png);
+    } catch (const std::bad_alloc&) {
+        throw noMemory();
+    }
 }
 
 void Still::end() {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cerrno>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -165,7 +166,15 @@ void CameraSession::emptyDriver() {
 void CameraSession::take(const Stream& stream, const Frame& frame) {
     if (!_stills.hasFresh())
         return;
-    if (auto bytes = stream.copyWhole(frame))
+    std::optional<std::vector<std::uint8_t>> bytes;
+    try {
+        bytes = stream.copyWhole(frame);
+    } catch (const std::bad_alloc&) {
+        const auto requests = _stills.takeFresh();
+        refuse(requests, deviceError("still", _node.path(), ENOMEM));
+        std::for_each(requests.begin(), requests.end(), [this](const auto&) { _stills.ended(); });
+    }
+    if (bytes)
         _surroundings.sink(_stills.takeFresh(), {stream.layout(), std::move(*bytes)});
 }
 

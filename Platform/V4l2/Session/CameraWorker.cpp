@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <deque>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -55,10 +56,28 @@ private:
 
 namespace {
 
-/// Stills of one frame: the same file for all.
-void writeStills(const std::vector<StillRequest>& requests, const Imaging::RgbImage& image) {
-    for (const StillRequest& request : requests)
-        request.operation.endWith([&] { request.stream->Write(Imaging::encodePng(image)); });
+/// Nothing for a damaged frame: the next one may be whole.
+std::optional<Imaging::RgbImage> imageOf(const StillFrame& frame) {
+    try {
+        return Imaging::convertFrame(frame.layout, frame.bytes);
+    } catch (const winrt::hresult_error&) {
+        return std::nullopt;
+    }
+}
+
+/// Ends stills of one frame, with the same file for all; false if it is damaged.
+bool endStills(const std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path) {
+    try {
+        const auto image = imageOf(frame);
+        if (!image)
+            return false;
+        for (const StillRequest& request : requests)
+            request.operation.endWith([&] { request.stream->Write(Imaging::encodePng(*image)); });
+    } catch (const std::bad_alloc&) {
+        for (const StillRequest& request : requests)
+            request.operation.fail(deviceError("still", path, ENOMEM));
+    }
+    return true;
 }
 
 } // namespace
@@ -78,16 +97,8 @@ CameraSession::Surroundings CameraWorker::State::surroundings() {
 /// Runs on the pool: neither decoding nor encoding holds the stream up.
 void CameraWorker::makeStill(const std::shared_ptr<State>& state, const std::vector<StillRequest>& requests,
                              const StillFrame& frame) {
-    std::optional<Imaging::RgbImage> image;
-    try {
-        image = Imaging::convertFrame(frame.layout, frame.bytes);
-    } catch (const winrt::hresult_error&) {
-        // A damaged frame: the next one may be whole.
-    }
-    if (image)
-        writeStills(requests, *image);
-    for (const StillRequest& request : requests) {
-        const bool done = image.has_value();
+    const bool done = endStills(requests, frame, state->source.node.devicePath);
+    for (const StillRequest& request : requests)
         state->post({[request, done](CameraSession& session) {
                          if (done)
                              session.stillEnded();
@@ -100,7 +111,6 @@ void CameraWorker::makeStill(const std::shared_ptr<State>& state, const std::vec
                              request.operation.fail(error);
                      },
                      "still"});
-    }
 }
 
 void CameraWorker::State::post(Task task) {
