@@ -15,6 +15,9 @@ struct CameraLimits {
     /// Without any frame while one is wanted; a camera that hangs often sends again when the stream is started anew.
     /// Leaves the second half of the time that the hub waits for a still. Doubled each time, until the next still.
     std::chrono::milliseconds silence{4'000};
+    /// The same where frames followed each other fast so far, at least. With frames further apart than that a camera
+    /// hardly has the few that a still takes within the hub's limit.
+    std::chrono::milliseconds shortSilence{2'000};
 };
 
 } // namespace Platform::V4l2

@@ -120,6 +120,7 @@ void CameraSession::stopUnwantedStream() {
 void CameraSession::settingChanged(std::chrono::milliseconds movement) {
     assertOwnThread();
     emptyDriver();
+    _stream.forgetInterval();
     _stills.settingChanged(std::chrono::steady_clock::now() + movement);
 }
 
@@ -127,7 +128,7 @@ void CameraSession::takeStill(StillRequest request) {
     assertOwnThread();
     emptyDriver();
     if (!_stills.isWaiting())
-        _stream.renewPatience();
+        _stream.renewPatience(_stills.longestInterval());
     if (_stream.state() == StreamKeeper::State::Stopped)
         startStream();
     _stills.add(std::move(request));

@@ -191,7 +191,8 @@ void CameraWorker::State::pollOnce() {
     const int descriptor = _session ? _session->descriptor() : -1; // poll passes over -1
     // Without a wish for frames poll tells only of a camera that goes: one that is idle costs nothing until then. That
     // its stream has failed shows at the next request, as soon as the driver is emptied; unless all buffers were full
-    // before, which leaves the failure no buffer to show in: then only frames that do not come tell, after `silence`.
+    // before, which leaves the failure no buffer to show in: then only frames that do not come tell, after the silence
+    // of CameraLimits.
     const short wanted = _session && _session->wantsFrames() ? POLLIN : 0;
     std::array<pollfd, 2> waited{pollfd{_wakeUp.descriptor(), POLLIN, 0}, pollfd{descriptor, wanted, 0}};
     if (calls->poll(waited.data(), waited.size(), timeoutInMs()) < 0)

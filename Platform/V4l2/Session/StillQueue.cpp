@@ -7,6 +7,7 @@
 namespace Platform::V4l2 {
 
 void StillQueue::settingChanged(TimePoint moment) {
+    _rhythm = {};
     // What the camera's mechanics were told before may still move.
     if (moment > _sinceSetting.moment())
         _sinceSetting = FramesSince(moment);
@@ -24,6 +25,8 @@ void StillQueue::addAgain(StillRequest request) {
 
 void StillQueue::count(const FrameTime& frame) {
     _sinceSetting.count(frame);
+    if (isSettingInForce())
+        _rhythm.count(frame);
     for (PendingStill& still : _pending)
         if (still.frames)
             still.frames->count(frame);

@@ -31,6 +31,9 @@ public:
     /// Those that the latest frame counted is fresh for, which are in work from now on, until `ended` or `addAgain`.
     std::vector<StillRequest> takeFresh();
 
+    /// Between the stream's frames with the settings that are in force, as far as it is known.
+    std::optional<std::chrono::nanoseconds> longestInterval() const { return _rhythm.longestInterval(); }
+
     bool isWaiting() const { return !_pending.empty(); }
     /// No still waits, and none is in work.
     bool isEmpty() const { return _pending.empty() && _inWork == 0; }
@@ -56,6 +59,7 @@ private:
     const FreshnessRule _rule;
     const std::chrono::milliseconds _limit;
     FramesSince _sinceSetting{TimePoint{}};
+    FrameRhythm _rhythm; // since the setting is in force
     std::vector<PendingStill> _pending;
     unsigned _inWork = 0;
 };

@@ -9,6 +9,7 @@ TimePoint StreamKeeper::start() {
     assert(!isRunning());
     _stream = std::make_unique<Stream>(_node, _description);
     _state = State::Running;
+    forgetInterval();
     _lastSign = std::chrono::steady_clock::now();
     return _lastSign;
 }
@@ -46,6 +47,15 @@ void StreamKeeper::passFrames(const FrameVisitor& visit) {
     } catch (const winrt::hresult_error&) {
         // Whoever waits for a frame goes on waiting: the stream may come back.
         fail();
+    }
+}
+
+void StreamKeeper::renewPatience(std::optional<std::chrono::nanoseconds> longestInterval) {
+    constexpr int intervals = 4; // a camera may lose a few frames
+    _patience = _limits.silence;
+    if (longestInterval) {
+        const auto some = std::chrono::ceil<std::chrono::milliseconds>(intervals * *longestInterval);
+        _patience = std::min(_patience, std::max(some, _limits.shortSilence));
     }
 }
 

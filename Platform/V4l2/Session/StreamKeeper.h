@@ -5,6 +5,7 @@
 #include "Platform/V4l2/Session/CameraLimits.h"
 #include "Platform/V4l2/Streaming/Stream.h"
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -54,8 +55,11 @@ public:
     /// To be called when `descriptor` has failed, and when it is readable while frames are wanted.
     void descriptorReady(bool failed, const FrameVisitor& visit);
 
-    /// The patience with a silent stream is that of the beginning again.
-    void renewPatience() { _patience = _limits.silence; }
+    /// The patience with a silent stream is that of the beginning again; less where its frames are known not to be far
+    /// apart.
+    void renewPatience(std::optional<std::chrono::nanoseconds> longestInterval = std::nullopt);
+    /// The frames may be further apart from now on.
+    void forgetInterval() { _patience = std::max(_patience, _limits.silence); }
     /// Nobody has looked for a frame so far: the silence begins now.
     void expectFrames() { _lastSign = std::chrono::steady_clock::now(); }
     /// When deadlinePassed must be called at the latest, if there is such a moment.

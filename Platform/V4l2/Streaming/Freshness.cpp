@@ -1,5 +1,7 @@
 #include "Platform/V4l2/Streaming/Freshness.h"
 
+#include <algorithm>
+
 namespace Platform::V4l2 {
 namespace {
 
@@ -21,6 +23,12 @@ constexpr FreshnessRule sensorOnBoard{overlap + sensorPipeline, overlap + sensor
 } // namespace
 
 FreshnessRule freshnessRuleFor(const std::string& bus) { return bus.starts_with("usb-") ? usbCamera : sensorOnBoard; }
+
+void FrameRhythm::count(const FrameTime& frame) {
+    if (_latest && _latest->stamp && frame.stamp && frame.number == _latest->number + 1)
+        _longest = std::max(_longest.value_or(std::chrono::nanoseconds(0)), *frame.stamp - *_latest->stamp);
+    _latest = frame;
+}
 
 void FramesSince::count(const FrameTime& frame) {
     if (frame.stamp.value_or(frame.arrival) <= _moment)

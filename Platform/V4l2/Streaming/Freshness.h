@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -23,6 +24,20 @@ struct FrameTime {
     std::optional<TimePoint> stamp; // nothing where the driver has no usable clock
     bool atEnd = false;             // the stamp is of the end of the frame, not of its start
     TimePoint arrival;              // when it was taken from the driver
+    std::uint32_t number = 0;       // within the stream; frames that found no buffer have one, too
+};
+
+/// How far apart the frames of a stream are, as far as the driver's stamps tell. The camera's thread.
+class FrameRhythm {
+public:
+    void count(const FrameTime& frame);
+
+    /// From a frame to the next; nothing before two that follow each other have been seen.
+    std::optional<std::chrono::nanoseconds> longestInterval() const { return _longest; }
+
+private:
+    std::optional<FrameTime> _latest;
+    std::optional<std::chrono::nanoseconds> _longest;
 };
 
 /// Counts the frames that began after a moment. A frame without a stamp counts by its arrival: the driver must hold

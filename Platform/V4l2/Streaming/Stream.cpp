@@ -30,6 +30,7 @@ const PixelFormat& pixelFormatOf(DeviceNode& node, const v4l2_format& format) {
 FrameTime timeOf(const v4l2_buffer& buffer) {
     FrameTime time;
     time.arrival = std::chrono::steady_clock::now();
+    time.number = buffer.sequence;
     time.atEnd = (buffer.flags & V4L2_BUF_FLAG_TSTAMP_SRC_MASK) != V4L2_BUF_FLAG_TSTAMP_SRC_SOE;
     if ((buffer.flags & V4L2_BUF_FLAG_TIMESTAMP_MASK) != V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC)
         return time;

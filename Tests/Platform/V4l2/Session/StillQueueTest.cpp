@@ -27,8 +27,10 @@ protected:
     /// The frames that begin within that time.
     void countFrames(int fromMs, int toMs) {
         for (int ms = fromMs; ms < toMs; ms += 10)
-            stills.count({at(ms), false, at(ms + 1)});
+            stills.count({at(ms), false, at(ms + 1), number++});
     }
+
+    std::uint32_t number = 0;
 
     StillQueue stills{{1, 2}, milliseconds(1000)};
 };
@@ -70,6 +72,15 @@ TEST_F(StillQueueTest, ASettingThatIsInForceBeforeTheLatestStartsNoNewCount) {
     ASSERT_FALSE(stills.wantsFrames());
     stills.settingChanged(at(90));
     EXPECT_FALSE(stills.wantsFrames());
+}
+
+TEST_F(StillQueueTest, TheIntervalIsThatOfFramesWithTheSettingInForce) {
+    EXPECT_EQ(stills.longestInterval(), milliseconds(10));
+    stills.settingChanged(at(110));
+    countFrames(115, 145);
+    EXPECT_EQ(stills.longestInterval(), std::nullopt);
+    countFrames(165, 175);
+    EXPECT_EQ(stills.longestInterval(), milliseconds(30));
 }
 
 TEST_F(StillQueueTest, OneFrameServesAllStillsThatItIsFreshForInTheirOrder) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <map>
 
 namespace Platform::V4l2 {
 namespace {
@@ -48,7 +49,7 @@ protected:
     const std::shared_ptr<FakeDriver> driver = driverOfOneCamera();
     DeviceNode node{driver, videoPath};
     const NodeDescription description;
-    StreamKeeper keeper{node, description, {hours(1), hours(12), hours(2), hours(5)}};
+    StreamKeeper keeper{node, description, {hours(1), hours(12), hours(2), hours(5), hours(3)}};
 };
 
 TEST_F(StreamKeeperTest, AStreamRunsFromItsStartToItsStop) {
@@ -165,6 +166,32 @@ TEST_F(StreamKeeperTest, ASilentStreamIsStartedAnewWithTwiceThePatienceEachTimeU
     EXPECT_EQ(timeLeft(), hours(12));
     EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 4U);
     keeper.renewPatience();
+    EXPECT_EQ(timeLeft(), hours(5));
+}
+
+TEST_F(StreamKeeperTest, TheLessFarApartTheFramesAreTheLessPatienceThereIsWithinLimits) {
+    keeper.start();
+    const std::map<int, int> patienceOf{{1, 3}, {45, 3}, {60, 4}, {75, 5}, {100, 5}}; // hours, of minutes
+    for (const auto& [interval, patience] : patienceOf) {
+        keeper.renewPatience(minutes(interval));
+        EXPECT_EQ(timeLeft(), hours(patience)) << interval;
+    }
+}
+
+TEST_F(StreamKeeperTest, AStreamThatIsStartedAnewOrThatASettingMaySlowDownIsGivenTheWholeTime) {
+    keeper.start();
+    keeper.renewPatience(minutes(1));
+    letDeadlinePass();
+    EXPECT_EQ(timeLeft(), hours(6));
+    keeper.renewPatience(minutes(1));
+    keeper.forgetInterval();
+    EXPECT_EQ(timeLeft(), hours(5));
+    letDeadlinePass();
+    keeper.forgetInterval();
+    EXPECT_EQ(timeLeft(), hours(10));
+    letStreamFail();
+    keeper.renewPatience(minutes(1)); // of the stream that failed
+    letDeadlinePass();
     EXPECT_EQ(timeLeft(), hours(5));
 }
 

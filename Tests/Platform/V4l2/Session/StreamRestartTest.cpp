@@ -79,6 +79,22 @@ TEST_F(StreamRestartTest, AStreamThatFailedWhileNobodyLookedIsStartedAgainAtTheN
     EXPECT_EQ(driver->calls(VIDIOC_STREAMON), 2u);
 }
 
+TEST_F(StreamRestartTest, AStreamWhoseFramesCameFastIsGivenLittleTimeForTheNextOne) {
+    limits.silence = 2 * patience;
+    limits.still = 4 * patience;
+    limits.shortSilence = std::chrono::milliseconds(50);
+    platform = createV4l2Platform(driver, lister, limits);
+    start();
+    {
+        const FrameClock clock(*driver, videoPath);
+        ASSERT_TRUE(still(capture));
+        ASSERT_TRUE(waitUntil([this] { return driver->emptyBuffers(videoPath) == 0; })); // nobody takes them
+    }
+    askForStill(); // the endpoint has stalled meanwhile, which nothing tells
+    EXPECT_TRUE(startsOnceMore());
+    expectStill();
+}
+
 TEST_F(StreamRestartTest, AStreamThatFallsSilentIsStartedAgainUnderAWaitingStill) {
     start();
     askForStill();

@@ -47,6 +47,28 @@ TEST(FramesSinceTest, AFrameWithoutAStampCountsByItsArrival) {
     EXPECT_TRUE(frames.isBeyond(0));
 }
 
+TEST(FrameRhythmTest, IsTheLongestTimeBetweenFramesThatFollowEachOther) {
+    FrameRhythm rhythm;
+    const auto count = [&](std::uint32_t number, int ms) {
+        rhythm.count({TimePoint{} + milliseconds(ms), false, {}, number});
+        return rhythm.longestInterval();
+    };
+    EXPECT_EQ(count(7, 1000), std::nullopt);
+    EXPECT_EQ(count(8, 1030), milliseconds(30));
+    EXPECT_EQ(count(9, 1080), milliseconds(50));
+    EXPECT_EQ(count(10, 1110), milliseconds(50));
+    EXPECT_EQ(count(500, 9000), milliseconds(50)); // those between were lost, as all buffers were full
+    EXPECT_EQ(count(501, 9060), milliseconds(60));
+}
+
+TEST(FrameRhythmTest, IsNotKnownFromFramesWithoutAStamp) {
+    FrameRhythm rhythm;
+    rhythm.count({std::nullopt, false, TimePoint{} + milliseconds(1), 0});
+    rhythm.count({std::nullopt, false, TimePoint{} + milliseconds(2), 1});
+    rhythm.count({TimePoint{} + milliseconds(2), false, {}, 2});
+    EXPECT_EQ(rhythm.longestInterval(), std::nullopt);
+}
+
 TEST(FreshnessRuleTest, AUsbCameraHoldsMoreFramesThanASensorOnBoard) {
     const FreshnessRule usb = freshnessRuleFor("usb-0000:00:14.0-1");
     EXPECT_EQ(usb.afterRequest, 3u);
