@@ -121,7 +121,9 @@ TEST_F(HotPlugTest, FiftyThousandGroupsAreAddedByABoundedNumberOfThreads) {
     });
     watcher->Start();
     EXPECT_EQ(completed.get_future().get(), std::size_t{count});
-    EXPECT_LE(mostThreads, 2 * Shared::EventQueue::limit + 20);
+    // Two for each event at a time, and those that have just told an event what it waited for and are about to come
+    // free: on a busy machine a few for each event.
+    EXPECT_LE(mostThreads, 4 * Shared::EventQueue::limit);
 }
 
 TEST_F(HotPlugTest, ANewGroupIsAddedAndAGoneOneRemoved) {
