@@ -15,6 +15,7 @@ PLATFORM = [INTERFACE, "Platform/Imaging", "Platform/Shared", COMMON]
 # row here is a breach as well.
 MAY_INCLUDE = {
     INTERFACE: [],
+    "Platform/Imaging/Png": [],
     "Platform/Imaging": [INTERFACE],
     "Platform/Shared": [INTERFACE, "Platform/Imaging", COMMON],
     "Platform/V4l2/Kernel": PLATFORM,
