@@ -8,7 +8,8 @@
 namespace Platform::Imaging {
 
 /// The PNG file of a picture: eight bits a sample, RGB, the same bytes for the same picture each time.
-/// Raises winrt::hresult_error for a picture without pixels or whose pixels do not fill its size. Any thread.
+/// Raises winrt::hresult_error for a picture without pixels, beyond the limits of ImageSize.h, or whose pixels do not
+/// fill its size. Any thread.
 std::vector<std::uint8_t> encodePng(const RgbImage& image);
 
 } // namespace Platform::Imaging

@@ -72,5 +72,10 @@ TEST(PngEncoderTest, RefusesPixelsThatDoNotFillTheSize) {
     EXPECT_EQ(raisedBy([] { encodePng({2, 2, Bytes(13)}); }), "80070057 PNG: 13 bytes are no picture of 2x2");
 }
 
+TEST(PngEncoderTest, RefusesAPictureBeyondTheLimits) {
+    EXPECT_EQ(raisedBy([] { encodePng({32768, 1, Bytes(98304)}); }),
+              "80070057 PNG: a picture of 32768x1 is not supported");
+}
+
 } // namespace
 } // namespace Platform::Imaging
