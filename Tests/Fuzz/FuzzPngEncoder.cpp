@@ -1,0 +1,78 @@
+// A picture to be written: the first two bytes are its width, the others its samples with runs among them.
+
+#include "Platform/Imaging/PngEncoder.h"
+#include "Tests/Fuzz/FuzzTarget.h"
+#include "Tests/Platform/Imaging/Png/InstructionSets.h"
+#include "Tests/Platform/Imaging/Png/ReferenceDecoders.h"
+
+#include <algorithm>
+#include <span>
+#include <stdexcept>
+
+namespace {
+
+using namespace Platform::Imaging;
+
+constexpr std::size_t mostSamples = 300'000; // more than a block; larger ones are within the limits, but slow
+
+/// A byte from 0xC0 on repeats the next one 9 times for each that it is above that: up to 567, longer than two of
+/// deflate's repetitions.
+Bytes samplesFrom(std::span<const std::uint8_t> bytes) {
+    Bytes samples;
+    for (std::size_t i = 0; i < bytes.size() && samples.size() < mostSamples; ++i) {
+        if (bytes[i] < 0xC0 || i + 1 == bytes.size()) {
+            samples.push_back(bytes[i]);
+        } else {
+            const std::size_t count = std::size_t{9} * (bytes[i] - 0xC0U);
+            samples.insert(samples.end(), count, bytes[++i]);
+        }
+    }
+    return samples;
+}
+
+RgbImage pictureFrom(std::span<const std::uint8_t> bytes) {
+    RgbImage image;
+    image.width = 1 + (bytes[0] | bytes[1] << 8) % 1000;
+    image.pixels = samplesFrom(bytes.subspan(2));
+    const std::size_t rowSize = std::size_t{3} * image.width;
+    image.height = static_cast<std::uint32_t>(std::min<std::size_t>(image.pixels.size() / rowSize + 1, 32767));
+    image.pixels.resize(rowSize * image.height);
+    return image;
+}
+
+bool isWhole(const Bytes& file, const RgbImage& image) {
+    try {
+        return Png::pixelsOf(file) == image.pixels &&
+               Png::unpacked(file).filteredRows.size() == (std::size_t{3} * image.width + 1) * image.height;
+    } catch (const std::runtime_error&) {
+        return false;
+    }
+}
+
+} // namespace
+
+void fuzz(const std::uint8_t* data, std::size_t size) {
+    if (size < 2)
+        return;
+    const RgbImage image = pictureFrom({data, size});
+    const Bytes file = encodePng(image);
+    require(isWhole(file, image), "a picture is read as it was written");
+    require(file.size() <= image.pixels.size() + image.height + image.pixels.size() / 1000 + 100,
+            "a file is hardly larger than its picture");
+    std::size_t number = size; // each input tries a third of the sets: all of them would take a sanitizer minutes
+    Png::withEachInstructionSet([&](const char*) {
+        require(number++ % 3 != 0 || encodePng(image) == file, "every instruction set writes the same file");
+    });
+}
+
+std::vector<std::string> fuzzSeeds() {
+    std::string gradient("\x1F\x00", 2);
+    std::string noise("\x07\x00", 2);
+    std::string dots("\x63\x00", 2);
+    for (int i = 0; i < 300; ++i) {
+        gradient += static_cast<char>(i / 2);
+        noise += static_cast<char>(i * i * 37 % 0xC0);
+        dots += {static_cast<char>(0xC0 + i % 64), '\0', static_cast<char>(i % 9 == 0 ? 0x80 : 0)};
+    }
+    return {gradient, noise, dots, gradient + dots + noise};
+}
