@@ -50,6 +50,7 @@ MAY_INCLUDE = {
         "Services/LarkspurWindowsCameraHubNonUWP",
     ],
     "Tests": ["Framework", "Platform", "Services"],
+    "Benchmarks": ["Platform"],
 }
 
 # What single files may include besides.

@@ -103,7 +103,10 @@ tidy() {
 
 check_tidy() {
   local sources of=
-  install_packages "${build_packages[@]}" "${test_packages[@]}" "${tidy_packages[@]}" || { failed=1; return; }
+  install_packages "${build_packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${tidy_packages[@]}" || {
+    failed=1
+    return
+  }
   if [[ $mode == --all ]]; then
     mapfile -t sources < <(git ls-files '*.cpp')
   else

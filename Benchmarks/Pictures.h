@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Platform/Imaging/RgbImage.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace Benchmarks {
+
+struct Picture {
+    std::string name;
+    Platform::Imaging::RgbImage image;
+};
+
+/// What cameras see, drawn: scenes of many and of few edges with a sensor's noise, weak and strong, and the test chart.
+/// The same ones each time.
+std::vector<Picture> drawnPictures(std::uint32_t width, std::uint32_t height);
+
+/// The PPM files (P6, 8 bits) of a folder by their names. Throws std::runtime_error for one that is damaged.
+std::vector<Picture> picturesIn(const std::filesystem::path& folder);
+
+} // namespace Benchmarks
