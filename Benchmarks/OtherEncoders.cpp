@@ -137,15 +137,4 @@ Bytes isalOnOurRows(const RgbImage& image) {
     return file;
 }
 
-Bytes pixelsOf(const Bytes& file) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    require(png_image_begin_read_from_memory(&image, file.data(), file.size()) != 0, image.message);
-    image.format = PNG_FORMAT_RGB;
-    Bytes pixels(PNG_IMAGE_SIZE(image));
-    png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr);
-    require(image.warning_or_error == 0, image.message);
-    return pixels;
-}
-
 } // namespace Benchmarks

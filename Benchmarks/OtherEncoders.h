@@ -21,7 +21,4 @@ Bytes spngDefault(const RgbImage& image);
 /// ISA-L's level 1 on rows that our own filters have filtered.
 Bytes isalOnOurRows(const RgbImage& image);
 
-/// The pixels of a file by libpng.
-Bytes pixelsOf(const Bytes& file);
-
 } // namespace Benchmarks

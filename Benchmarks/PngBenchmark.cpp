@@ -6,6 +6,7 @@
 #include "Benchmarks/OtherEncoders.h"
 #include "Benchmarks/Pictures.h"
 #include "Platform/Imaging/PngEncoder.h"
+#include "Tests/Platform/Imaging/Png/ReferenceDecoders.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -50,7 +51,7 @@ void runOnce(const Encoder& encoder, const RgbImage& image, Result& result) {
     const double begin = processorTime();
     const Bytes file = encoder.encode(image);
     result.times.push_back(processorTime() - begin);
-    if (result.size == 0 && pixelsOf(file) != image.pixels)
+    if (result.size == 0 && Platform::Imaging::Png::pixelsOf(file) != image.pixels)
         throw std::runtime_error(std::string(encoder.name) + ": the file has other pixels");
     result.size = file.size();
 }

@@ -145,6 +145,16 @@ TEST(WorkerPoolTest, WindingDownDoesNotWaitForItself) {
 /// Runs the work in a process of its own, in which threads can be made until `letThreadStartsFail`.
 void expectInChild(const std::function<void()>& work) { EXPECT_EQ(runInChild(work), 0); }
 
+/// Has a task hold the pool's one thread until the promise is kept.
+void occupyUntil(std::promise<void>& release, const std::shared_ptr<WorkerPool>& pool) {
+    std::promise<void> busy;
+    pool->post([&busy, released = release.get_future().share(), pool] {
+        busy.set_value();
+        released.wait();
+    });
+    busy.get_future().wait();
+}
+
 constexpr const char* noThread = "80004005 pthread_create on the worker pool: Resource temporarily unavailable";
 
 TEST(WorkerPoolTest, APoolForWhichNoThreadCanBeMadeIsAnErrorOfThePlatform) {
@@ -158,12 +168,7 @@ TEST(WorkerPoolTest, ATaskForWhichNoThreadCanBeMadeIsAnErrorOfThePlatformAndDoes
     expectInChild([] {
         const auto pool = std::make_shared<WorkerPool>();
         std::promise<void> release;
-        std::promise<void> busy;
-        pool->post([&busy, released = release.get_future().share(), pool] {
-            busy.set_value();
-            released.wait();
-        });
-        busy.get_future().wait();
+        occupyUntil(release, pool);
         ASSERT_TRUE(letThreadStartsFail());
         std::atomic<bool> ran = false;
         EXPECT_EQ(raisedBy([&] { pool->post([&ran, pool] { ran = true; }); }), noThread);
@@ -182,12 +187,7 @@ TEST(WorkerPoolTest, ATaskThatCanWaitRunsOnAThreadThatComesFree) {
     expectInChild([] {
         const auto pool = std::make_shared<WorkerPool>();
         std::promise<void> release;
-        std::promise<void> busy;
-        pool->post([&busy, released = release.get_future().share(), pool] {
-            busy.set_value();
-            released.wait();
-        });
-        busy.get_future().wait();
+        occupyUntil(release, pool);
         ASSERT_TRUE(letThreadStartsFail());
         std::promise<void> ran;
         pool->postWhenFree([&ran, pool] { ran.set_value(); });

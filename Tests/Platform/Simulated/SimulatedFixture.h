@@ -56,6 +56,8 @@ protected:
         return Platform::blockingWait(platform->FindAllAsync()).GetAt(index);
     }
 
+    std::size_t groupCount() { return Platform::blockingWait(platform->FindAllAsync()).Size(); }
+
     Platform::MediaCapture open(Platform::PhotoCaptureSource source = Platform::PhotoCaptureSource::VideoPreview) {
         const Platform::MediaCapture capture = platform->CreateMediaCapture();
         Platform::blockingWait(capture->InitializeAsync({group(), source, Platform::StreamingCaptureMode::Video}));

@@ -4,7 +4,11 @@
 
 #include <cerrno>
 #include <cmath>
+#include <functional>
 #include <limits>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace Platform::V4l2 {
 namespace {
@@ -92,12 +96,22 @@ TEST_F(ControlsTest, TheNewerExposureFocusAndWhiteBalanceAreNotThere) {
     EXPECT_FALSE(all->FocusControl()->Supported());
     EXPECT_FALSE(all->WhiteBalanceControl()->Supported());
     const std::string end = " on /dev/video0: the camera has no such control";
-    EXPECT_EQ(raisedBy([&] { all->ExposureControl()->SetAutoAsync(true); }),
-              "8000000E ExposureControl.SetAutoAsync" + end);
-    EXPECT_EQ(raisedBy([&] { all->ExposureControl()->Value(); }), "8000000E ExposureControl.Value" + end);
-    EXPECT_EQ(raisedBy([&] { all->FocusControl()->SetPresetAsync(FocusPreset::Auto); }),
-              "8000000E FocusControl.SetPresetAsync" + end);
-    EXPECT_EQ(raisedBy([&] { all->WhiteBalanceControl()->Preset(); }), "8000000E WhiteBalanceControl.Preset" + end);
+    const std::vector<std::pair<std::string, std::function<void()>>> uses{
+        {"ExposureControl.Auto", [&] { all->ExposureControl()->Auto(); }},
+        {"ExposureControl.Min", [&] { all->ExposureControl()->Min(); }},
+        {"ExposureControl.Max", [&] { all->ExposureControl()->Max(); }},
+        {"ExposureControl.Step", [&] { all->ExposureControl()->Step(); }},
+        {"ExposureControl.Value", [&] { all->ExposureControl()->Value(); }},
+        {"ExposureControl.SetAutoAsync", [&] { all->ExposureControl()->SetAutoAsync(true); }},
+        {"ExposureControl.SetValueAsync", [&] { all->ExposureControl()->SetValueAsync(TimeSpan(1)); }},
+        {"FocusControl.Preset", [&] { all->FocusControl()->Preset(); }},
+        {"FocusControl.SetPresetAsync", [&] { all->FocusControl()->SetPresetAsync(FocusPreset::Auto); }},
+        {"WhiteBalanceControl.Preset", [&] { all->WhiteBalanceControl()->Preset(); }},
+        {"WhiteBalanceControl.SetPresetAsync",
+         [&] { all->WhiteBalanceControl()->SetPresetAsync(ColorTemperaturePreset::Auto); }},
+    };
+    for (const auto& [name, use] : uses)
+        EXPECT_EQ(raisedBy(use), "8000000E " + name + end);
 }
 
 TEST_F(ControlsTest, ExposureIsSetInStopsAndReadBack) {

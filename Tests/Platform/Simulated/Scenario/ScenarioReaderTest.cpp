@@ -246,6 +246,9 @@ TEST(ScenarioReaderTest, AMemberOfTheWrongTypeIsNamed) {
               file + "groups[0].sources[0].profiles[0].width: must be a whole number, 0 or more");
     EXPECT_EQ(errorOf(R"({"faults": {"DeviceWatcher.Start": {"code": 5000000000}}})"),
               file + "faults.DeviceWatcher.Start.code: must be a whole number of 32 bits");
+    EXPECT_EQ(errorOf(R"({"faults": {"DeviceWatcher.Start": {"after": -1}}})"),
+              file + "faults.DeviceWatcher.Start.after: must be a whole number, 0 or more");
+    EXPECT_EQ(errorOf(R"({"groups": [{"id": "\uDC00"}]})"), file + "groups[0].id: is not well-formed text");
 }
 
 TEST(ScenarioReaderTest, TwoGroupsOfOneIdAreAnError) {
