@@ -43,8 +43,8 @@ struct WorkerPool::State : std::enable_shared_from_this<State> {
     bool runsOnThisThread() const;
     bool isQuiet() const { return ready.empty() && patient.empty() && running == 0; }
 
-    /// A thread for each task that is ready, or else one that watches the time.
-    std::size_t neededThreads() const { return std::max<std::size_t>(ready.size(), timed.empty() ? 0 : 1); }
+    /// A thread for each task that is ready, which may keep it for long, and one that watches the time.
+    std::size_t neededThreads() const { return ready.size() + (timed.empty() ? 0 : 1); }
 };
 
 void WorkerPool::State::moveDueTasks() {
@@ -156,7 +156,7 @@ WorkerPool::~WorkerPool() {
 
 void WorkerPool::post(Task task) {
     std::lock_guard lock(_state->mutex);
-    _state->provideThreads(_state->ready.size() + 1);
+    _state->provideThreads(_state->neededThreads() + 1);
     _state->ready.push_back(std::move(task));
     _state->wakeOne();
 }
@@ -170,7 +170,7 @@ void WorkerPool::postWhenFree(Task task) {
 
 void WorkerPool::postAt(TimePoint moment, Task task) {
     std::lock_guard lock(_state->mutex);
-    _state->provideThreads(std::max<std::size_t>(_state->ready.size(), 1));
+    _state->provideThreads(_state->ready.size() + 1);
     _state->timed.emplace(moment, std::move(task));
     _state->moveDueTasks();
     _state->tryToProvideThreads(_state->neededThreads());

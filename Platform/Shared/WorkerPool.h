@@ -30,14 +30,16 @@ public:
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
-    /// Raises winrt::hresult_error where no thread is idle and none can be made.
+    /// Raises winrt::hresult_error where no thread is idle, besides one that watches the time for tasks that wait for
+    /// their moment, and none can be made.
     void post(Task task);
 
     /// For a task that no other one waits for: where no thread can be made, it waits for one that comes free.
     void postWhenFree(Task task);
 
     /// Tasks of one moment begin in the order in which they were posted, and must not wait for each other: they share
-    /// what threads there are where no more can be made. Raises where there is not even one to watch the time.
+    /// what threads there are where no more can be made. Raises where there is none to watch the time besides
+    /// those that have a task.
     void postAt(std::chrono::steady_clock::time_point moment, Task task);
 
     /// Ends all delays, those of later tasks too, and waits until no task is left or the limit has passed;

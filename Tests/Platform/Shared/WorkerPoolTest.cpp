@@ -183,6 +183,25 @@ TEST(WorkerPoolTest, ATaskForWhichNoThreadCanBeMadeIsAnErrorOfThePlatformAndDoes
     });
 }
 
+TEST(WorkerPoolTest, ATaskThatWaitsForItsMomentDoesNotCountOnAThreadThatHasATaskAlready) {
+    expectInChild([] {
+        std::vector<std::shared_ptr<WorkerPool>> pools(500); // in some the thread has not begun its task yet
+        for (auto& pool : pools)
+            pool = std::make_shared<WorkerPool>();
+        ASSERT_TRUE(letThreadStartsFail());
+        std::promise<void> release;
+        const auto released = release.get_future().share();
+        std::size_t refused = 0;
+        for (const auto& pool : pools) {
+            pool->post([released, pool] { released.wait(); });
+            const auto moment = steady_clock::now() + milliseconds(1);
+            refused += raisedBy([&] { pool->postAt(moment, [pool] {}); }) == noThread ? 1 : 0;
+        }
+        release.set_value();
+        EXPECT_EQ(refused, pools.size());
+    });
+}
+
 TEST(WorkerPoolTest, ATaskThatCanWaitRunsOnAThreadThatComesFree) {
     expectInChild([] {
         const auto pool = std::make_shared<WorkerPool>();
@@ -216,9 +235,11 @@ TEST(WorkerPoolTest, TasksThatComeDueTogetherShareAThreadWhereNoOtherCanBeMade) 
         const auto pool = std::make_shared<WorkerPool>();
         ASSERT_TRUE(letThreadStartsFail());
         std::latch all(10);
+        const auto moment = steady_clock::now() + std::chrono::hours(1);
         for (int i = 0; i < 10; ++i)
-            pool->postAt(steady_clock::now() + milliseconds(20), [&all, pool] { all.count_down(); });
-        all.wait();
+            pool->postAt(moment, [&all, pool] { all.count_down(); });
+        pool->windDown(patience); // the moment comes for all at once
+        EXPECT_TRUE(all.try_wait());
     });
 }
 
