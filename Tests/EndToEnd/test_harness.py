@@ -1,6 +1,7 @@
 """The tests' own way of looking at what changes meanwhile."""
 
 import errno
+import os
 import sys
 from pathlib import Path
 
@@ -26,6 +27,24 @@ def test_a_video_node_that_goes_while_it_is_read_is_left_out(tmp_path, monkeypat
 
     monkeypatch.setattr(Path, "read_text", read)
     assert capture_nodes(folder=tmp_path) == ["/dev/video0", "/dev/video3"]
+
+
+def test_a_video_node_that_goes_while_its_link_is_followed_is_left_out(tmp_path, monkeypatch):
+    links = tmp_path / "links"
+    links.mkdir()
+    for name in ("video0", "video2"):
+        (tmp_path / name).mkdir()
+        (tmp_path / name / "index").write_text("0\n")
+        (links / name).symlink_to(tmp_path / name)
+    readlink = os.readlink
+
+    def follow(path, *arguments, **options):
+        if Path(path) == links / "video2":
+            raise FileNotFoundError(errno.ENOENT, "gone")
+        return readlink(path, *arguments, **options)
+
+    monkeypatch.setattr(os, "readlink", follow)
+    assert capture_nodes(folder=links) == ["/dev/video0"]
 
 
 @pytest.mark.parametrize("half", [b"2026-Nov-22 02:43:58  [1] INFO  A.Logger - Sec", b"\xc3", b""])

@@ -19,17 +19,18 @@ QUERYCTRL = struct.Struct("=II32s5iI2I")
 def capture_nodes(device="", folder=Path("/sys/class/video4linux")):
     """Paths of the nodes that frames come from, of those devices in whose own path the text stands. A USB camera's
     node for metadata has index 1."""
-    nodes = [node.resolve() for node in folder.iterdir()]
-    return sorted(f"/dev/{node.name}" for node in nodes if device in str(node) and _index(node) == "0")
-
-
-def _index(node):
-    try:
-        return (node / "index").read_text().strip()
-    except OSError as error:
-        if error.errno not in (errno.ENOENT, errno.ENODEV):  # gone before the opening, or before the read
-            raise
-        return None
+    found = []
+    for link in folder.iterdir():
+        try:
+            node = link.resolve()
+            index = (node / "index").read_text().strip()
+        except OSError as error:
+            if error.errno not in (errno.ENOENT, errno.ENODEV):
+                raise
+            continue  # gone since it was listed: before its link was followed, its file opened, or that read
+        if device in str(node) and index == "0":
+            found.append(f"/dev/{node.name}")
+    return sorted(found)
 
 
 class VideoNode:
