@@ -1,9 +1,9 @@
 #include "Platform/Imaging/FrameConverter.h"
 
-#include "Platform/Imaging/BayerFrames.h"
+#include "Platform/Imaging/BayerRows.h"
 #include "Platform/Imaging/ImagingError.h"
 #include "Platform/Imaging/MotionJpegReader.h"
-#include "Platform/Imaging/YuvFrames.h"
+#include "Platform/Imaging/YuvRows.h"
 
 #include <algorithm>
 #include <string>
@@ -31,19 +31,29 @@ struct PixelOrder {
     std::size_t blue;
 };
 
-void convertPixels(const FrameLayout& layout, std::span<const std::uint8_t> bytes, const PixelOrder& order,
-                   RgbImage& image) {
-    const Table table = fullRangeTable(layout.range);
-    std::uint8_t* target = image.pixels.data();
-    for (std::uint32_t y = 0; y < layout.height; ++y) {
-        const std::uint8_t* source = bytes.data() + std::size_t{y} * layout.strides[0];
-        for (std::uint32_t x = 0; x < layout.width; ++x, source += order.size) {
-            *target++ = table[source[order.red]];
-            *target++ = table[source[order.green]];
-            *target++ = table[source[order.blue]];
+/// Pixels whose samples are R, G, B, or grey.
+class PixelRows final : public PictureRows {
+public:
+    PixelRows(const FrameLayout& layout, std::span<const std::uint8_t> bytes, const PixelOrder& order)
+        : PictureRows({layout.width, layout.height}), _bytes(bytes), _stride(layout.strides[0]), _order(order),
+          _table(fullRangeTable(layout.range)) {}
+
+    void read(std::uint8_t* row) override {
+        const std::uint8_t* source = _bytes.data() + _next++ * _stride;
+        for (std::size_t x = 0; x < size().width; ++x, source += _order.size) {
+            *row++ = _table[source[_order.red]];
+            *row++ = _table[source[_order.green]];
+            *row++ = _table[source[_order.blue]];
         }
     }
-}
+
+private:
+    const std::span<const std::uint8_t> _bytes;
+    const std::size_t _stride;
+    const PixelOrder _order;
+    const Table _table;
+    std::size_t _next = 0;
+};
 
 void requireBytes(const FrameLayout& layout, std::span<const std::uint8_t> bytes) {
     for (std::size_t plane = 0; plane < planeCount(layout.format); ++plane)
@@ -55,45 +65,41 @@ void requireBytes(const FrameLayout& layout, std::span<const std::uint8_t> bytes
               "Frame: " + std::to_string(bytes.size()) + " bytes instead of " + std::to_string(frameBytes(layout)));
 }
 
-RgbImage convertJpeg(const FrameLayout& layout, std::span<const std::uint8_t> bytes) {
-    MotionJpegReader reader(bytes);
-    if (reader.size().width != layout.width || reader.size().height != layout.height)
+std::unique_ptr<PictureRows> openJpeg(const FrameLayout& layout, std::span<const std::uint8_t> bytes) {
+    auto reader = std::make_unique<MotionJpegReader>(bytes);
+    if (reader->size().width != layout.width || reader->size().height != layout.height)
         raise(winrt::result::fail, "Frame: the JPEG has another size than the stream");
-    return reader.readPixels();
-}
-
-void convertInto(const FrameLayout& layout, std::span<const std::uint8_t> bytes, RgbImage& image) {
-    switch (layout.format) {
-    case FrameFormat::Rgb24:
-        return convertPixels(layout, bytes, {3, 0, 1, 2}, image);
-    case FrameFormat::Bgr24:
-        return convertPixels(layout, bytes, {3, 2, 1, 0}, image);
-    case FrameFormat::Rgbx32:
-        return convertPixels(layout, bytes, {4, 0, 1, 2}, image);
-    case FrameFormat::Bgrx32:
-        return convertPixels(layout, bytes, {4, 2, 1, 0}, image);
-    case FrameFormat::Xrgb32:
-        return convertPixels(layout, bytes, {4, 1, 2, 3}, image);
-    case FrameFormat::Xbgr32:
-        return convertPixels(layout, bytes, {4, 3, 2, 1}, image);
-    case FrameFormat::Grey:
-        return convertPixels(layout, bytes, {1, 0, 0, 0}, image);
-    default:
-        return isBayer(layout.format) ? convertBayer(layout, bytes, image) : convertYuv(layout, bytes, image);
-    }
+    return reader;
 }
 
 } // namespace
 
-RgbImage convertFrame(const FrameLayout& layout, std::span<const std::uint8_t> bytes) {
+std::unique_ptr<PictureRows> openFrame(const FrameLayout& layout, std::span<const std::uint8_t> bytes) {
     requireSizeWithinLimits(layout.width, layout.height, "Frame");
     if (layout.format == FrameFormat::Jpeg)
-        return convertJpeg(layout, bytes);
+        return openJpeg(layout, bytes);
     requireBytes(layout, bytes);
-    RgbImage image{layout.width, layout.height,
-                   std::vector<std::uint8_t>(std::size_t{3} * layout.width * layout.height)};
-    convertInto(layout, bytes, image);
-    return image;
+    const auto pixels = [&](const PixelOrder& order) { return std::make_unique<PixelRows>(layout, bytes, order); };
+    switch (layout.format) {
+    case FrameFormat::Rgb24:
+        return pixels({3, 0, 1, 2});
+    case FrameFormat::Bgr24:
+        return pixels({3, 2, 1, 0});
+    case FrameFormat::Rgbx32:
+        return pixels({4, 0, 1, 2});
+    case FrameFormat::Bgrx32:
+        return pixels({4, 2, 1, 0});
+    case FrameFormat::Xrgb32:
+        return pixels({4, 1, 2, 3});
+    case FrameFormat::Xbgr32:
+        return pixels({4, 3, 2, 1});
+    case FrameFormat::Grey:
+        return pixels({1, 0, 0, 0});
+    default:
+        if (isBayer(layout.format))
+            return std::make_unique<BayerRows>(layout, bytes);
+        return std::make_unique<YuvRows>(layout, bytes);
+    }
 }
 
 } // namespace Platform::Imaging

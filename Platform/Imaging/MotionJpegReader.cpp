@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace Platform::Imaging {
 namespace {
@@ -90,21 +90,21 @@ public:
         return true;
     }
 
-    bool readPixels(ErrorHandler& handler, std::uint8_t* pixels) {
+    /// The next row; the first one also begins the data, the last one also ends them.
+    bool readRow(ErrorHandler& handler, std::uint8_t* row) {
         if (setjmp(handler.place) != 0)
             return false;
-        _jpeg.out_color_space = JCS_RGB;
-        jpeg_start_decompress(&_jpeg);
-        while (_jpeg.output_scanline < _jpeg.output_height) {
-            JSAMPROW row = pixels + std::size_t{3} * _jpeg.output_width * _jpeg.output_scanline;
-            jpeg_read_scanlines(&_jpeg, &row, 1);
+        if (_jpeg.output_scanline == 0) {
+            _jpeg.out_color_space = JCS_RGB;
+            jpeg_start_decompress(&_jpeg);
         }
-        jpeg_finish_decompress(&_jpeg);
+        jpeg_read_scanlines(&_jpeg, &row, 1);
+        if (_jpeg.output_scanline == _jpeg.output_height)
+            jpeg_finish_decompress(&_jpeg);
         return true;
     }
 
-    std::uint32_t width() const { return _jpeg.image_width; }
-    std::uint32_t height() const { return _jpeg.image_height; }
+    ImageSize size() const { return {_jpeg.image_width, _jpeg.image_height}; }
     bool isProgressive() const { return _jpeg.progressive_mode != FALSE; }
 
 private:
@@ -122,26 +122,28 @@ struct MotionJpegReader::State {
     Decompressor decompressor{handler};
 };
 
-MotionJpegReader::MotionJpegReader(std::span<const std::uint8_t> bytes) : _state(std::make_unique<State>()) {
-    auto& [handler, decompressor] = *_state;
+std::unique_ptr<MotionJpegReader::State> MotionJpegReader::readHead(std::span<const std::uint8_t> bytes) {
+    auto state = std::make_unique<State>();
+    auto& [handler, decompressor] = *state;
     if (!decompressor.readHead(handler, bytes))
         raiseError(handler);
-    requireSizeWithinLimits(size().width, size().height, "Motion JPEG");
+    requireSizeWithinLimits(decompressor.size().width, decompressor.size().height, "Motion JPEG");
     // No camera sends those; a small one can ask for hours of decoding.
     if (decompressor.isProgressive())
         raise(winrt::result::fail, "Motion JPEG: progressive pictures are not supported");
+    return state;
 }
+
+MotionJpegReader::MotionJpegReader(std::unique_ptr<State> state)
+    : PictureRows(state->decompressor.size()), _state(std::move(state)) {}
+
+MotionJpegReader::MotionJpegReader(std::span<const std::uint8_t> bytes) : MotionJpegReader(readHead(bytes)) {}
 
 MotionJpegReader::~MotionJpegReader() = default;
 
-ImageSize MotionJpegReader::size() const { return {_state->decompressor.width(), _state->decompressor.height()}; }
-
-RgbImage MotionJpegReader::readPixels() {
-    const auto [width, height] = size();
-    RgbImage image{width, height, std::vector<std::uint8_t>(std::size_t{3} * width * height)};
-    if (!_state->decompressor.readPixels(_state->handler, image.pixels.data()))
+void MotionJpegReader::read(std::uint8_t* row) {
+    if (!_state->decompressor.readRow(_state->handler, row))
         raiseError(_state->handler);
-    return image;
 }
 
 } // namespace Platform::Imaging

@@ -3,18 +3,40 @@
 #include "Platform/Imaging/ImagingError.h"
 #include "Platform/Imaging/Png/PngWriter.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 namespace Platform::Imaging {
+namespace {
+
+class ImageRows final : public PictureRows {
+public:
+    explicit ImageRows(const RgbImage& image) : PictureRows({image.width, image.height}), _next(image.pixels.data()) {}
+
+    void read(std::uint8_t* row) override {
+        const std::size_t samples = std::size_t{3} * size().width;
+        std::copy_n(_next, samples, row);
+        _next += samples;
+    }
+
+private:
+    const std::uint8_t* _next;
+};
+
+} // namespace
 
 std::vector<std::uint8_t> encodePng(const RgbImage& image) {
     requirePixels(image, "PNG");
-    requireSizeWithinLimits(image.width, image.height, "PNG");
-    Png::PngWriter writer(image.width, image.height);
-    const std::size_t rowSize = std::size_t{3} * image.width;
-    for (std::size_t at = 0; at < image.pixels.size(); at += rowSize) {
-        std::memcpy(writer.nextRow().data(), image.pixels.data() + at, rowSize);
+    ImageRows rows(image);
+    return encodePng(rows);
+}
+
+std::vector<std::uint8_t> encodePng(PictureRows& rows) {
+    const auto [width, height] = rows.size();
+    requireSizeWithinLimits(width, height, "PNG");
+    Png::PngWriter writer(width, height);
+    for (std::uint32_t y = 0; y < height; ++y) {
+        rows.read(writer.nextRow().data());
         writer.writeRow();
     }
     return writer.takeFile();

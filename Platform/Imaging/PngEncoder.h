@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Imaging/PictureRows.h"
 #include "Platform/Imaging/RgbImage.h"
 
 #include <cstdint>
@@ -11,5 +12,9 @@ namespace Platform::Imaging {
 /// Raises winrt::hresult_error for a picture without pixels, beyond the limits of ImageSize.h, or whose pixels do not
 /// fill its size. Any thread.
 std::vector<std::uint8_t> encodePng(const RgbImage& image);
+
+/// The file of a picture of which no row has been read yet; nothing of the picture's size is made but the file. Raises
+/// what the rows raise. Any thread.
+std::vector<std::uint8_t> encodePng(PictureRows& rows);
 
 } // namespace Platform::Imaging

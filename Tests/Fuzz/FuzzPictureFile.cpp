@@ -1,6 +1,5 @@
 // A picture: a file that somebody gives a simulated camera, or the frame of a camera's motion JPEG.
 
-#include "Platform/Imaging/FrameConverter.h"
 #include "Platform/Imaging/ImageDecoder.h"
 #include "Platform/Imaging/PngEncoder.h"
 #include "Platform/Interface/HresultError.h"

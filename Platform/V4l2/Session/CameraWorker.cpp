@@ -56,10 +56,10 @@ private:
 
 namespace {
 
-/// Nothing for a damaged frame: the next one may be whole.
-std::optional<Imaging::RgbImage> imageOf(const StillFrame& frame) {
+/// The file of a frame's picture. Nothing for a damaged frame: the next one may be whole.
+std::optional<std::vector<std::uint8_t>> fileOf(const StillFrame& frame) {
     try {
-        return Imaging::convertFrame(frame.layout, frame.bytes);
+        return Imaging::encodePng(*Imaging::openFrame(frame.layout, frame.bytes));
     } catch (const winrt::hresult_error&) {
         return std::nullopt;
     }
@@ -68,11 +68,11 @@ std::optional<Imaging::RgbImage> imageOf(const StillFrame& frame) {
 /// Ends stills of one frame, with the same file for all; false if it is damaged.
 bool endStills(const std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path) {
     try {
-        const auto image = imageOf(frame);
-        if (!image)
+        const auto file = fileOf(frame);
+        if (!file)
             return false;
         for (const StillRequest& request : requests)
-            request.operation.endWith([&] { request.stream->Write(Imaging::encodePng(*image)); });
+            request.operation.endWith([&] { request.stream->Write(*file); });
     } catch (const std::bad_alloc&) {
         for (const StillRequest& request : requests)
             request.operation.fail(deviceError("still", path, ENOMEM));

@@ -1,5 +1,7 @@
 #include "Tests/Platform/Imaging/EncodedPictures.h"
 
+#include "Platform/Imaging/FrameConverter.h"
+
 #include <png.h>
 #include <turbojpeg.h>
 
@@ -65,6 +67,10 @@ Bytes writeJpeg(const RgbImage& image, int subsampling, int flags) {
 
 Bytes writeCmykJpeg(std::uint32_t width, std::uint32_t height, const Bytes& pixels) {
     return compress(pixels, width, height, TJPF_CMYK, TJSAMP_444, 0);
+}
+
+RgbImage convertFrame(const FrameLayout& layout, std::span<const std::uint8_t> bytes) {
+    return readPicture(*openFrame(layout, bytes));
 }
 
 RgbImage smoothPicture(std::uint32_t width, std::uint32_t height) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "Platform/Imaging/FrameFormat.h"
 #include "Platform/Imaging/RgbImage.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace Platform::Imaging {
@@ -31,6 +33,9 @@ Bytes writePng(const PngRecipe& recipe);
 Bytes writeJpeg(const RgbImage& image, int subsampling, int flags = 0);
 /// One from four samples a pixel.
 Bytes writeCmykJpeg(std::uint32_t width, std::uint32_t height, const Bytes& pixels);
+
+/// The whole picture of a camera's frame; raises what opening it and reading its rows do.
+RgbImage convertFrame(const FrameLayout& layout, std::span<const std::uint8_t> bytes);
 
 /// A smooth picture, so that JPEG keeps it nearly as it is.
 RgbImage smoothPicture(std::uint32_t width, std::uint32_t height);

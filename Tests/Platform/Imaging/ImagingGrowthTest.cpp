@@ -1,4 +1,3 @@
-#include "Platform/Imaging/FrameConverter.h"
 #include "Platform/Imaging/ImageDecoder.h"
 #include "Platform/Imaging/PngEncoder.h"
 #include "Tests/Platform/Imaging/EncodedPictures.h"

@@ -11,7 +11,10 @@
 namespace Platform::Imaging {
 namespace {
 
-RgbImage readMotionJpeg(const Bytes& bytes) { return MotionJpegReader(bytes).readPixels(); }
+RgbImage readMotionJpeg(const Bytes& bytes) {
+    MotionJpegReader reader(bytes);
+    return readPicture(reader);
+}
 
 Bytes frame() { return writeJpeg(smoothPicture(64, 48), TJSAMP_422); }
 

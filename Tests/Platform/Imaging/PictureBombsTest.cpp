@@ -1,4 +1,3 @@
-#include "Platform/Imaging/FrameConverter.h"
 #include "Platform/Imaging/ImageDecoder.h"
 #include "Tests/Platform/Imaging/ClaimedSizes.h"
 #include "Tests/Platform/Imaging/EncodedPictures.h"
