@@ -95,7 +95,7 @@ public:
     IAsyncAction FlushAsync() override {
         return runNow<void>([this] {
             requireBitmap(_bitmap, "FlushAsync");
-            _stream->Write(encodePng(toRgb(_bitmap)));
+            _stream->WriteOwned(encodePng(toRgb(_bitmap)));
         });
     }
 

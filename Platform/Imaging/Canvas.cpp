@@ -153,23 +153,14 @@ double Canvas::textWidth(double size, const std::string& text) const {
 }
 
 RgbImage Canvas::toImage() const {
-    const auto width = static_cast<std::uint32_t>(cairo_image_surface_get_width(_surface.get()));
-    const auto height = static_cast<std::uint32_t>(cairo_image_surface_get_height(_surface.get()));
-    RgbImage image{width, height, std::vector<std::uint8_t>(std::size_t{3} * width * height)};
-    copyInto(image, 0, 0);
-    return image;
-}
-
-void Canvas::copyInto(RgbImage& image, int x, int y) const {
-    requirePixels(image, "Drawing");
     const int width = cairo_image_surface_get_width(_surface.get());
     const int height = cairo_image_surface_get_height(_surface.get());
-    const auto imageWidth = static_cast<std::int64_t>(image.width);
-    if (x < 0 || y < 0 || x + std::int64_t{width} > imageWidth || y + std::int64_t{height} > image.height)
-        raise(winrt::result::invalidArgument, "Drawing: the canvas does not lie within the picture");
+    RgbImage image{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), {}};
+    image.pixels.resize(std::size_t{3} * image.width * image.height);
     cairo_surface_flush(_surface.get());
     libyuv::ARGBToRAW(cairo_image_surface_get_data(_surface.get()), cairo_image_surface_get_stride(_surface.get()),
-                      image.pixels.data() + 3 * (y * imageWidth + x), static_cast<int>(3 * imageWidth), width, height);
+                      image.pixels.data(), 3 * width, width, height);
+    return image;
 }
 
 void Canvas::fillPath(Colour colour) {

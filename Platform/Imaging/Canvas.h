@@ -67,8 +67,6 @@ public:
     double textWidth(double size, const std::string& text) const;
 
     RgbImage toImage() const;
-    /// Puts the canvas into a picture, its upper left corner at x, y; it must lie within.
-    void copyInto(RgbImage& image, int x, int y) const;
 
 private:
     // Of cairo, a context and a surface; its header stays out of ours.

@@ -4,10 +4,11 @@
 #include "Platform/Interface/RandomAccessStream.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <span>
 #include <utility>
-#include <vector>
 
 namespace Platform {
 
@@ -21,32 +22,39 @@ public:
     /// now. The operation has ended when it is returned. Fails with the stream's error, and has then loaded nothing.
     IAsyncOperation<std::uint32_t> LoadAsync(std::uint32_t count) {
         AsyncOperationSource<std::uint32_t> source;
-        const std::size_t before = _loaded.size();
-        try {
-            _loaded.resize(before + count);
-            const std::size_t loaded = _stream->Read(std::span(_loaded).subspan(before));
-            _loaded.resize(before + loaded);
-            source.complete(static_cast<std::uint32_t>(loaded));
-        } catch (const winrt::hresult_error& error) {
-            _loaded.resize(before);
-            source.fail(error);
-        }
+        source.endWith([&] {
+            SharedBytes bytes = _stream->ReadShared(count);
+            _left += bytes.size;
+            _loaded.push_back(std::move(bytes));
+            return static_cast<std::uint32_t>(_loaded.back().size);
+        });
         return source.operation();
     }
 
     /// Fills all of `bytes` with those that have been loaded and not been taken yet. Raises outOfBounds, and takes
     /// nothing, if they are fewer.
     void ReadBytes(std::span<std::uint8_t> bytes) {
-        if (bytes.size() > _loaded.size() - _taken)
+        if (bytes.size() > _left)
             throw winrt::hresult_out_of_bounds(u"More bytes were asked for than have been loaded.");
-        std::copy_n(_loaded.begin() + static_cast<std::ptrdiff_t>(_taken), bytes.size(), bytes.begin());
-        _taken += bytes.size();
+        _left -= bytes.size();
+        while (!bytes.empty()) {
+            const SharedBytes& first = _loaded.front();
+            const std::size_t count = std::min(bytes.size(), first.size - _takenOfFirst);
+            std::copy_n(first.data.get() + _takenOfFirst, count, bytes.begin());
+            bytes = bytes.subspan(count);
+            _takenOfFirst += count;
+            if (_takenOfFirst == first.size) {
+                _loaded.pop_front();
+                _takenOfFirst = 0;
+            }
+        }
     }
 
 private:
     RandomAccessStream _stream;
-    std::vector<std::uint8_t> _loaded;
-    std::size_t _taken = 0;
+    std::deque<SharedBytes> _loaded;
+    std::size_t _takenOfFirst = 0; // bytes of the first piece
+    std::size_t _left = 0;         // bytes that have been loaded and not been taken
 };
 
 } // namespace Platform

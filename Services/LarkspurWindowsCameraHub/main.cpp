@@ -46,6 +46,7 @@ struct DiagnosticsShutdown {
 int main(int argc, char* argv[]) {
     Halden::System::openMissingStreams();
     Halden::System::surviveFailedWrites();
+    Halden::System::keepFreedMemory();
     useNeutralLocale();
     Platform::setCameraPlatformFactory(createCameraPlatform);
 

@@ -4,7 +4,8 @@ import os
 
 import pytest
 from harness.hub import IS_SANITIZED
-from harness.scenario import scenario
+from harness.scenario import EXPOSURE, camera_group, scenario
+from PIL import Image
 
 CAPTURES, FIRST = 1000, 100
 
@@ -37,3 +38,26 @@ def test_900_more_captures_leave_the_memory_where_it_was(usage):
 def test_900_more_captures_leave_no_descriptor_open(usage):
     (_, before), (_, after) = usage
     assert after == before
+
+
+def page_faults(hub):
+    return int(hub.proc("stat").read_text(encoding="ascii").rpartition(")")[2].split()[7])
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="a sanitizer gives memory back as it sees fit")
+@pytest.mark.parametrize("size", [(1920, 1080), (4000, 3000)], ids=["1080p", "12MP"])
+def test_a_still_takes_no_new_pages_after_the_first_ones(start_hub, tmp_path, size):
+    scene = tmp_path / "scene.png"
+    Image.effect_noise(size, 60).convert("RGB").save(scene, compress_level=1)
+    camera = {"exposure": EXPOSURE, "capture": {"picture": str(scene)}}
+    hub = start_hub({"groups": [camera_group("cam", *size)], "cameras": {"cam": camera}}).wait_for_cameras("cam")
+    client, http = hub.rpc(), hub.http()
+
+    def take(count):
+        for _ in range(count):
+            assert http.get(f"/res/{client.capture('cam', exposureInUs=15625)['resid']}").status == 200
+
+    take(4)
+    before = page_faults(hub)
+    take(10)
+    assert page_faults(hub) - before < 10 * 20

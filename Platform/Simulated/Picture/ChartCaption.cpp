@@ -52,15 +52,15 @@ Imaging::Rectangle captionArea(std::uint32_t width, std::uint32_t height) {
     return {0, static_cast<int>(height) - stripHeight, static_cast<int>(width), stripHeight};
 }
 
-void drawCaption(Imaging::RgbImage& image, const ChartCaption& caption) {
+Imaging::RgbImage drawCaption(std::uint32_t width, std::uint32_t height, const ChartCaption& caption) {
     constexpr Colour paper{18, 20, 24};
     constexpr Colour accent{255, 176, 32};
     constexpr Colour firstLine{245, 245, 245};
     constexpr Colour secondLine{190, 196, 204};
-    const Rectangle strip = captionArea(image.width, image.height);
+    const Rectangle strip = captionArea(width, height);
     if (strip.isEmpty())
-        return;
-    Canvas canvas(image.width, static_cast<std::uint32_t>(strip.height));
+        return {};
+    Canvas canvas(width, static_cast<std::uint32_t>(strip.height));
     canvas.fill({0, 0, strip.width, strip.height}, paper);
     const int accentHeight = std::max(1, strip.height / 26);
     canvas.fill({0, 0, strip.width, accentHeight}, accent);
@@ -73,7 +73,7 @@ void drawCaption(Imaging::RgbImage& image, const ChartCaption& caption) {
     drawCaptionLine(canvas, upper, caption.cameraName, caption.time, firstLine);
     drawCaptionLine(canvas, lower, exposureText(caption.exposureExponent),
                     "frame " + std::to_string(caption.frameNumber), secondLine);
-    canvas.copyInto(image, strip.x, strip.y);
+    return canvas.toImage();
 }
 
 } // namespace Platform::Simulated

@@ -21,7 +21,7 @@ struct ChartCaption {
 /// Where the caption goes in a picture of that size: a strip at its lower edge, empty at very small sizes.
 Imaging::Rectangle captionArea(std::uint32_t width, std::uint32_t height);
 
-/// Writes the caption over the strip of a picture; nothing outside the strip changes. Any thread.
-void drawCaption(Imaging::RgbImage& image, const ChartCaption& caption);
+/// That strip of a picture of that size; without pixels where there is no room for it. Any thread.
+Imaging::RgbImage drawCaption(std::uint32_t width, std::uint32_t height, const ChartCaption& caption);
 
 } // namespace Platform::Simulated

@@ -1,7 +1,6 @@
 #include "Platform/Simulated/Picture/SceneExposure.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 
@@ -18,12 +17,12 @@ double sampleFromLinear(double light) {
     return light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
 }
 
-using SampleTable = std::array<std::uint8_t, 256>;
+} // namespace
 
-SampleTable exposureTable(double stops) {
+SceneExposure::Table SceneExposure::tableOf(double stops) {
     const double factor = std::exp2(stops);
     // Black stays black even when the factor is infinite, where the product would be no number.
-    SampleTable table{};
+    Table table{};
     for (std::size_t sample = 1; sample < table.size(); ++sample) {
         const double light = linearFromSample(static_cast<double>(sample) / 255) * factor;
         table[sample] = static_cast<std::uint8_t>(std::lround(255 * sampleFromLinear(std::min(light, 1.0))));
@@ -31,13 +30,16 @@ SampleTable exposureTable(double stops) {
     return table;
 }
 
-} // namespace
+SceneExposure::SceneExposure(double stops) {
+    if (stops != 0 && !std::isnan(stops))
+        _table = tableOf(stops);
+}
 
-void expose(Imaging::RgbImage& image, double stops) {
-    if (stops == 0 || std::isnan(stops))
+void SceneExposure::apply(std::span<std::uint8_t> samples) const {
+    if (!_table)
         return;
-    const SampleTable table = exposureTable(stops);
-    for (std::uint8_t& sample : image.pixels)
+    const Table& table = *_table;
+    for (std::uint8_t& sample : samples)
         sample = table[sample];
 }
 

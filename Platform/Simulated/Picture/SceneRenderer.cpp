@@ -2,12 +2,15 @@
 
 #include "Platform/Imaging/ImageDecoder.h"
 #include "Platform/Imaging/ImageScaler.h"
+#include "Platform/Imaging/PictureRows.h"
 #include "Platform/Imaging/PngEncoder.h"
 #include "Platform/Simulated/Picture/SceneExposure.h"
 #include "Platform/Simulated/Picture/TestChart.h"
 #include "Platform/Simulated/Scenario/FileText.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <system_error>
 
@@ -18,6 +21,31 @@ Imaging::RgbImage readPicture(const std::filesystem::path& file) {
     const std::string bytes = readFileText(file, longestPicture);
     return Imaging::decodeImage({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
+
+/// A scene as it is exposed, and a caption over its lowest rows.
+class StillRows final : public Imaging::PictureRows {
+public:
+    StillRows(const Imaging::RgbImage& scene, const SceneExposure& exposure, const Imaging::RgbImage& caption)
+        : PictureRows({scene.width, scene.height}), _scene(scene), _exposure(exposure), _caption(caption) {}
+
+    void read(std::uint8_t* row) override {
+        const std::uint32_t captionRow = _scene.height - _caption.height;
+        if (_next < captionRow) {
+            std::memcpy(row, _scene.pixels.data() + _next * _rowSize, _rowSize);
+            _exposure.apply({row, _rowSize});
+        } else {
+            std::memcpy(row, _caption.pixels.data() + (_next - captionRow) * _rowSize, _rowSize);
+        }
+        ++_next;
+    }
+
+private:
+    const Imaging::RgbImage& _scene;
+    const SceneExposure& _exposure;
+    const Imaging::RgbImage& _caption;
+    const std::size_t _rowSize = std::size_t{3} * _scene.width; // bytes
+    std::uint32_t _next = 0;
+};
 
 } // namespace
 
@@ -39,12 +67,11 @@ std::vector<std::uint8_t> SceneRenderer::renderPng(const CaptureDefinition& capt
     std::error_code missing; // reading the picture then reports it
     if (!capture.picture.empty())
         key.changed = std::filesystem::last_write_time(capture.picture, missing);
-    Imaging::RgbImage still = sceneFor(key);
-    if (caption.exposureExponent)
-        expose(still, *caption.exposureExponent - capture.neutralExposure);
-    if (capture.picture.empty())
-        drawCaption(still, caption);
-    return Imaging::encodePng(still);
+    const Imaging::RgbImage& scene = sceneFor(key);
+    const SceneExposure exposure(caption.exposureExponent ? *caption.exposureExponent - capture.neutralExposure : 0);
+    const auto strip = capture.picture.empty() ? drawCaption(width, height, caption) : Imaging::RgbImage{};
+    StillRows rows(scene, exposure, strip);
+    return Imaging::encodePng(rows);
 }
 
 } // namespace Platform::Simulated

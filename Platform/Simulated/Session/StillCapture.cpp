@@ -94,7 +94,7 @@ void Still::writePicture() {
     if (_error)
         throw winrt::hresult_error(*_error);
     try {
-        _stream->Write(_png);
+        _stream->WriteOwned(std::move(_png));
     } catch (const std::bad_alloc&) {
         throw noMemory();
     }

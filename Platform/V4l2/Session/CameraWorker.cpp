@@ -68,11 +68,16 @@ std::optional<std::vector<std::uint8_t>> fileOf(const StillFrame& frame) {
 /// Ends stills of one frame, with the same file for all; false if it is damaged.
 bool endStills(const std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path) {
     try {
-        const auto file = fileOf(frame);
+        auto file = fileOf(frame);
         if (!file)
             return false;
         for (const StillRequest& request : requests)
-            request.operation.endWith([&] { request.stream->Write(*file); });
+            request.operation.endWith([&] {
+                if (&request == &requests.back())
+                    request.stream->WriteOwned(std::move(*file));
+                else
+                    request.stream->Write(*file);
+            });
     } catch (const std::bad_alloc&) {
         for (const StillRequest& request : requests)
             request.operation.fail(deviceError("still", path, ENOMEM));

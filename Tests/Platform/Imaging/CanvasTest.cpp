@@ -96,24 +96,6 @@ TEST(CanvasTest, MalformedTextIsNotDrawnAndSpoilsNothing) {
     EXPECT_GT(std::count(image.pixels.begin(), image.pixels.end(), 255), 30);
 }
 
-TEST(CanvasTest, IsCopiedToItsPlaceInAPicture) {
-    Canvas canvas(2, 2);
-    canvas.fill({0, 0, 2, 2}, {10, 20, 30});
-    RgbImage image{4, 3, Bytes(36, 7)};
-    canvas.copyInto(image, 2, 1);
-    for (int y = 0; y < 3; ++y)
-        for (int x = 0; x < 4; ++x)
-            EXPECT_EQ(pixelAt(image, x, y), (x >= 2 && y >= 1 ? Colour{10, 20, 30} : Colour{7, 7, 7}));
-}
-
-TEST(CanvasTest, RefusesAPlaceOutsideThePicture) {
-    RgbImage image{4, 3, Bytes(36)};
-    for (const auto& [x, y] : {std::pair{-1, 0}, {0, -1}, {3, 0}, {0, 2}})
-        EXPECT_EQ(
-            raisedBy([&image, place = std::pair{x, y}] { Canvas(2, 2).copyInto(image, place.first, place.second); }),
-            "80070057 Drawing: the canvas does not lie within the picture");
-}
-
 TEST(CanvasTest, RefusesSizesThatCannotBeDrawnOn) {
     EXPECT_EQ(raisedBy([] { Canvas(0, 5); }), "80070057 Drawing: a picture of 0x5 is not supported");
     EXPECT_EQ(raisedBy([] { Canvas(5, 32768); }), "80070057 Drawing: a picture of 5x32768 is not supported");

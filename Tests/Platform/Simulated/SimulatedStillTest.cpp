@@ -116,11 +116,11 @@ TEST_F(SimulatedStillTest, OneStopDoublesTheLight) {
     writePicture(picture);
     start(cameraScenario("{" + exposure + R"(, "capture": {"picture": "scene.png", "neutralExposure": -7}})"));
     const MediaCapture capture = open();
-    Simulated::expose(picture, 1); // the exposure in force is -6
+    Simulated::SceneExposure(1).apply(picture.pixels); // the exposure in force is -6
     EXPECT_EQ(still(capture).pixels, picture.pixels);
     capture->VideoDeviceController()->Exposure()->TrySetValue(-9);
     RgbImage darker = gradient(32, 24);
-    Simulated::expose(darker, -2);
+    Simulated::SceneExposure(-2).apply(darker.pixels);
     EXPECT_EQ(still(capture).pixels, darker.pixels);
 }
 

@@ -12,25 +12,18 @@ namespace {
 
 using Samples = std::vector<std::uint8_t>;
 
-/// All 256 samples in rising order, exposed by that many stops.
-Samples exposedRamp(double stops) {
-    Imaging::RgbImage image{256, 1, {}};
-    for (int sample = 0; sample < 256; ++sample)
-        image.pixels.insert(image.pixels.end(), 3, static_cast<std::uint8_t>(sample));
-    expose(image, stops);
-    Samples samples;
-    for (std::size_t i = 0; i < image.pixels.size(); i += 3) {
-        EXPECT_EQ(image.pixels[i], image.pixels[i + 1]);
-        EXPECT_EQ(image.pixels[i], image.pixels[i + 2]);
-        samples.push_back(image.pixels[i]);
-    }
-    return samples;
-}
-
+/// All 256 samples in rising order.
 Samples ramp() {
     Samples samples;
     for (int sample = 0; sample < 256; ++sample)
         samples.push_back(static_cast<std::uint8_t>(sample));
+    return samples;
+}
+
+/// The same, exposed by that many stops.
+Samples exposedRamp(double stops) {
+    Samples samples = ramp();
+    SceneExposure(stops).apply(samples);
     return samples;
 }
 
@@ -91,9 +84,9 @@ TEST(SceneExposureTest, IgnoresWhatIsNoNumber) {
 }
 
 TEST(SceneExposureTest, TakesAnEmptyPicture) {
-    Imaging::RgbImage image;
-    expose(image, 3);
-    EXPECT_TRUE(image.pixels.empty());
+    Samples none;
+    SceneExposure(3).apply(none);
+    EXPECT_TRUE(none.empty());
 }
 
 } // namespace
