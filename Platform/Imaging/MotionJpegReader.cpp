@@ -58,7 +58,9 @@ struct ErrorHandler {
         if (decompressor->input_scan_number <= decompressor->num_components)
             return;
         ErrorHandler& handler = of(jpeg);
-        std::strcpy(handler.text.data(), "more scans than the picture has components");
+        constexpr char text[] = "more scans than the picture has components";
+        static_assert(sizeof text <= std::tuple_size_v<decltype(handler.text)>);
+        std::memcpy(handler.text.data(), text, sizeof text);
         std::longjmp(handler.place, 1);
     }
 };

@@ -39,8 +39,8 @@ Bytes jpegWith(const Bytes& bytes) { return part(jpeg, 0, 2) + bytes + part(jpeg
 Bytes segment(const Bytes& file, std::uint8_t marker) {
     std::size_t at = 2;
     while (file.at(at + 1) != marker)
-        at += 2u + file.at(at + 2) * 256u + file.at(at + 3);
-    return part(file, at, at + 2u + file.at(at + 2) * 256u + file.at(at + 3));
+        at += 2 + std::size_t{256} * file.at(at + 2) + file.at(at + 3);
+    return part(file, at, at + 2 + std::size_t{256} * file.at(at + 2) + file.at(at + 3));
 }
 
 Bytes longSegment(std::uint8_t marker) { return Bytes{0xFF, marker, 0xFF, 0xFF} + Bytes(0xFFFD, 0xFF); }

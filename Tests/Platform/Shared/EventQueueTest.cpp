@@ -41,8 +41,12 @@ TEST(EventQueueTest, AsManyEventsRunSideBySideAsItsLimitAndNoMore) {
         queue->post(idOf(device), [&, released] {
             {
                 std::lock_guard lock(mutex);
-                if (++running > most && ++most <= EventQueue::limit)
-                    full.count_down();
+                ++running;
+                if (running > most) {
+                    most = running;
+                    if (most <= EventQueue::limit)
+                        full.count_down();
+                }
             }
             released.wait();
             std::lock_guard lock(mutex);
@@ -59,7 +63,7 @@ TEST(EventQueueTest, AsManyEventsRunSideBySideAsItsLimitAndNoMore) {
 /// What the events of each device did, where each of several posts its number.
 std::map<int, std::vector<int>> orderOfEvents(int devices, int eventsOfEach) {
     const auto queue = EventQueue::create(std::make_shared<WorkerPool>());
-    std::latch all(devices * eventsOfEach);
+    std::latch all(static_cast<std::ptrdiff_t>(devices) * eventsOfEach);
     std::mutex mutex;
     std::map<int, std::vector<int>> order;
     for (int event = 0; event < eventsOfEach; ++event)
