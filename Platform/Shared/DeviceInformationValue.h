@@ -3,6 +3,7 @@
 #include "Platform/Interface/DeviceInformation.h"
 
 #include <mutex>
+#include <utility>
 
 namespace Platform::Shared {
 

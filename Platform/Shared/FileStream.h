@@ -4,6 +4,7 @@
 #include "Platform/Shared/FileDescriptor.h"
 
 #include <string>
+#include <utility>
 
 namespace Platform::Shared {
 

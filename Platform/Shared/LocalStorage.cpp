@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Platform::Shared {

@@ -4,6 +4,7 @@
 #include "Platform/Shared/WorkerPool.h"
 
 #include <memory>
+#include <utility>
 
 namespace Platform::Shared {
 

@@ -4,6 +4,7 @@
 #include "Platform/Simulated/Session/CaptureCore.h"
 
 #include <memory>
+#include <utility>
 
 namespace Platform::Simulated {
 

@@ -4,6 +4,8 @@
 #include "Platform/Shared/PlatformError.h"
 #include "Platform/Simulated/Session/CameraCall.h"
 
+#include <utility>
+
 namespace Platform::Simulated {
 
 CameraControls& NewerControl::controls(const char* operation) const {

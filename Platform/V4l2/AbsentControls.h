@@ -6,6 +6,7 @@
 #include "Platform/V4l2/Session/CaptureCore.h"
 
 #include <memory>
+#include <utility>
 
 namespace Platform::V4l2 {
 

@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <utility>
 
 namespace Platform::Simulated {
 namespace {

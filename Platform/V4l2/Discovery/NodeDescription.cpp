@@ -1,5 +1,7 @@
 #include "Platform/V4l2/Discovery/NodeDescription.h"
 
+#include <utility>
+
 namespace Platform::V4l2 {
 namespace {
 
