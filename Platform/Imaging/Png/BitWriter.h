@@ -11,7 +11,7 @@ namespace Platform::Imaging::Png {
 /// `slack` bytes beyond the ones that are full.
 class BitWriter {
 public:
-    static constexpr std::size_t slack = 8;
+    static constexpr std::size_t slack = 16;
     /// The most bits that one call takes.
     static constexpr unsigned most = 56;
 
@@ -24,6 +24,15 @@ public:
         std::memcpy(_out, &_pending, sizeof(_pending));
         _out += _count >> 3;
         _pending >>= _count & 56;
+        _count &= 7;
+    }
+
+    /// What put() does, for a caller who has written these bits itself: from end() on, behind what was pending. Leaves
+    /// `rest`, those that fill no byte.
+    void skip(unsigned count, std::uint64_t rest) {
+        _pending = rest;
+        _count += count;
+        _out += _count >> 3;
         _count &= 7;
     }
 

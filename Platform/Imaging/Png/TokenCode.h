@@ -45,7 +45,7 @@ struct TokenCode {
     alignas(64) std::array<std::uint8_t, 256> literalLengths;
     alignas(64) std::array<std::uint8_t, 256> lowBytes;
     alignas(64) std::array<std::uint8_t, 256> highBytes;
-    /// Where they do not: by first | second << 8 the words of both literals, and above 24 bits the sum of their
+    /// Where they do not: by first | second << 8 the words of both literals, and in the lowest byte the sum of their
     /// lengths.
     std::array<std::uint32_t, 65536> pairs;
 };

@@ -18,8 +18,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Platform::Imaging::Png::HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
 // What is looked at in one step, whatever the width of the vectors: runs are found alike on every machine.
 constexpr std::size_t stepSize = 64;
 static_assert(stepSize <= tokenSlack);
@@ -91,8 +89,15 @@ public:
     explicit Counter(TokenCounts& counts) : _counts(counts) {}
 
     HWY_INLINE void literals(const std::uint8_t* bytes, std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i)
-            ++_counts.parts[i % 4][bytes[i]];
+        std::size_t at = 0;
+        for (; at + 4 <= count; at += 4) {
+            ++_counts.parts[0][bytes[at]];
+            ++_counts.parts[1][bytes[at + 1]];
+            ++_counts.parts[2][bytes[at + 2]];
+            ++_counts.parts[3][bytes[at + 3]];
+        }
+        for (; at < count; ++at)
+            ++_counts.parts[0][bytes[at]];
     }
 
     HWY_INLINE void zeroRun(std::size_t length) {

@@ -10,9 +10,9 @@
 namespace Platform::Imaging::Png {
 namespace {
 
-// Of each 16 KB of a block the first 4 are counted; a block that has no more than that is counted whole.
-constexpr std::size_t sampleSize = 4096;
-constexpr std::uint32_t shareOfSample = 4;
+// Of each 16 KB of a block the first 2 are counted; a block that has no more than that is counted whole.
+constexpr std::size_t sampleSize = 2048;
+constexpr std::uint32_t shareOfSample = 8;
 constexpr std::size_t sampleDistance = shareOfSample * sampleSize;
 
 std::size_t codedSizeBound(std::size_t size) { return size * longestWord / 8 + blockHeaderBound + BitWriter::slack; }
