@@ -131,7 +131,7 @@ private:
         const __m512i ends = _mm512_add_epi64(sums, _mm512_set1_epi64(out.pendingCount()));
         const __m512i begins = _mm512_sub_epi64(ends, lengths);
 
-        // An eight has up to 96 bits, behind up to 7 of the one before: it takes two machine words.
+        // An eight has up to 104 bits, behind up to 7 of the one before: it takes two machine words.
         const __m512i wordSize = _mm512_set1_epi64(64);
         const __m512i firstShifts = _mm512_and_si512(begins, _mm512_set1_epi64(7));
         const __m512i secondShifts = _mm512_add_epi64(firstShifts, eights.first.lengths);
@@ -219,7 +219,7 @@ public:
 
 private:
     // Of an entry of the table, for the length; the words are above.
-    static constexpr unsigned lengthBits = 8;
+    static constexpr unsigned lengthBits = 6;
     static_assert(2 * longestWord + lengthBits <= 32);
 
     HWY_INLINE void writeFour(const std::uint8_t* bytes, BitWriter& out) const {

@@ -6,19 +6,39 @@
 #include <libdeflate.h>
 
 #include <algorithm>
+#include <numeric>
 
 namespace Platform::Imaging::Png {
 namespace {
 
-// Of each 16 KB of a block the first 2 are counted; a block that has no more than that is counted whole.
+// Of each 16 KB of a block the first 2 are counted.
 constexpr std::size_t sampleSize = 2048;
 constexpr std::uint32_t shareOfSample = 8;
 constexpr std::size_t sampleDistance = shareOfSample * sampleSize;
+// Where the sample has a token for fewer than every fourth of its bytes, a drawing, all is counted: the runs take no
+// time, and what is between them differs from place to place.
+constexpr std::size_t fewTokens = 4 * shareOfSample;
 
 std::size_t codedSizeBound(std::size_t size) { return size * longestWord / 8 + blockHeaderBound + BitWriter::slack; }
 
 std::size_t storedSize(std::size_t size) {
     return size + (size + storedBlockSize - 1) / storedBlockSize * storedHeaderSize;
+}
+
+std::array<std::uint32_t, tokenSymbols> countsOf(std::span<const std::uint8_t> bytes) {
+    TokenCounts sample;
+    for (std::size_t at = 0; at < bytes.size(); at += sampleDistance)
+        countTokens(bytes.subspan(at, std::min(sampleSize, bytes.size() - at)), sample);
+    std::array<std::uint32_t, tokenSymbols> counts = sample.total();
+    const std::size_t tokens = std::accumulate(counts.begin(), counts.end(), std::size_t{0});
+    if (bytes.size() <= sampleDistance || tokens < bytes.size() / fewTokens) {
+        TokenCounts all;
+        countTokens(bytes, all);
+        return all.total();
+    }
+    for (std::uint32_t& count : counts) // the rest may have symbols that the sample has not
+        count = shareOfSample * count + 1;
+    return counts;
 }
 
 } // namespace
@@ -40,19 +60,9 @@ void ZlibStream::writeBlock(std::span<const std::uint8_t> bytes, bool last, std:
 }
 
 void ZlibStream::makeCode(std::span<const std::uint8_t> bytes) {
-    TokenCounts counts;
-    const bool isSampled = bytes.size() > sampleDistance;
-    if (isSampled)
-        for (std::size_t at = 0; at < bytes.size(); at += sampleDistance)
-            countTokens(bytes.subspan(at, std::min(sampleSize, bytes.size() - at)), counts);
-    else
-        countTokens(bytes, counts);
-    std::array<std::uint32_t, tokenSymbols> total = counts.total();
-    if (isSampled) // the rest may have symbols that the sample has not
-        for (std::uint32_t& count : total)
-            count = shareOfSample * count + 1;
-    total[endOfBlock] = 1;
-    assignLengths(total, longestWord, _code->lengths);
+    std::array<std::uint32_t, tokenSymbols> counts = countsOf(bytes);
+    counts[endOfBlock] = 1;
+    assignLengths(counts, longestWord, _code->lengths);
     assignCodes(_code->lengths, _code->words);
     prepareTables(*_code);
 }

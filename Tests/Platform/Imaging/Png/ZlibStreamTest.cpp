@@ -75,6 +75,16 @@ TEST(ZlibStreamTest, AWrongSampleCostsNoMoreThanStoring) {
     EXPECT_LE(stream.size(), bytes.size() + 40);
 }
 
+TEST(ZlibStreamTest, WhereRunsLeaveLittleAllOfItIsCounted) {
+    Bytes bytes(256 * 1024);
+    for (std::size_t at = 8000; at < bytes.size(); at += 16384) // between the pieces of the sample
+        for (std::size_t i = 0; i < 4000; ++i)
+            bytes[at + i] = static_cast<std::uint8_t>(1 + i % 2);
+    const Bytes stream = streamOf({bytes});
+    EXPECT_TRUE(inflated(stream) == bytes);
+    EXPECT_LE(stream.size(), std::size_t{16} * 4000 * 2 / 8 + 500); // of two symbols, at most two bits each
+}
+
 TEST(ZlibStreamTest, EveryBlockHasACodeOfItsOwn) {
     const std::vector<Bytes> blocks{Bytes(20000, 1), Bytes(20000, 2), Bytes(20000, 3), Bytes(20000, 4)};
     EXPECT_LE(streamOf(blocks).size(), std::size_t{80000} / 8 + 4 * 100); // one bit each
