@@ -45,7 +45,7 @@ void endChunk(std::vector<std::uint8_t>& file, std::size_t chunk) {
 
 PngWriter::PngWriter(std::uint32_t width, std::uint32_t height)
     : _filters(std::size_t{3} * width), _rowsLeft(height), _filteredSize(std::size_t{3} * width + 1),
-      _block(blockSize + _filteredSize + ZlibStream::slack) {
+      _block(blockSize + _filteredSize + BlockCoder::slack) {
     constexpr std::size_t otherParts = 1000;
     const std::size_t filtered = _filteredSize * height;
     // More than any file has. Pages of the reserve that are never written to take no memory.

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Platform/Imaging/Png/BlockCoder.h"
 #include "Platform/Imaging/Png/RowFilters.h"
-#include "Platform/Imaging/Png/ZlibStream.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +26,7 @@ public:
 
 private:
     RowFilters _filters;
-    ZlibStream _stream;
+    BlockCoder _stream;
     std::uint32_t _rowsLeft;
     std::size_t _filteredSize;
     std::vector<std::uint8_t> _block;

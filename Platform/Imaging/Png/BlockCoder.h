@@ -16,7 +16,7 @@ namespace Platform::Imaging::Png {
 /// Runs of zeros are the only repetitions: between the differences of noisy samples others are rare, and to look for
 /// them takes most of an ordinary encoder's time. A block that a code would make larger is stored. One thread at a
 /// time.
-class ZlibStream {
+class BlockCoder {
 public:
     /// What has to be readable behind the bytes of a block.
     static constexpr std::size_t slack = tokenSlack;

@@ -1,4 +1,4 @@
-#include "Platform/Imaging/Png/ZlibStream.h"
+#include "Platform/Imaging/Png/BlockCoder.h"
 
 #include "Platform/Imaging/Png/BlockHeader.h"
 #include "Platform/Imaging/Png/PrefixCode.h"
@@ -43,7 +43,7 @@ std::array<std::uint32_t, tokenSymbols> countsOf(std::span<const std::uint8_t> b
 
 } // namespace
 
-void ZlibStream::writeBlock(std::span<const std::uint8_t> bytes, bool last, std::vector<std::uint8_t>& out) {
+void BlockCoder::writeBlock(std::span<const std::uint8_t> bytes, bool last, std::vector<std::uint8_t>& out) {
     _adler = libdeflate_adler32(_adler, bytes.data(), bytes.size());
     const BitWriter coded = writeCoded(bytes, last);
     if (static_cast<std::size_t>(coded.end() - _coded.data()) > storedSize(bytes.size()))
@@ -59,7 +59,7 @@ void ZlibStream::writeBlock(std::span<const std::uint8_t> bytes, bool last, std:
     }
 }
 
-void ZlibStream::makeCode(std::span<const std::uint8_t> bytes) {
+void BlockCoder::makeCode(std::span<const std::uint8_t> bytes) {
     std::array<std::uint32_t, tokenSymbols> counts = countsOf(bytes);
     counts[endOfBlock] = 1;
     assignLengths(counts, longestWord, _code->lengths);
@@ -67,7 +67,7 @@ void ZlibStream::makeCode(std::span<const std::uint8_t> bytes) {
     prepareTables(*_code);
 }
 
-BitWriter ZlibStream::writeCoded(std::span<const std::uint8_t> bytes, bool last) {
+BitWriter BlockCoder::writeCoded(std::span<const std::uint8_t> bytes, bool last) {
     if (_coded.size() < codedSizeBound(bytes.size()))
         _coded.resize(codedSizeBound(bytes.size()));
     makeCode(bytes);
@@ -78,7 +78,7 @@ BitWriter ZlibStream::writeCoded(std::span<const std::uint8_t> bytes, bool last)
     return writer;
 }
 
-void ZlibStream::appendStored(std::span<const std::uint8_t> bytes, bool last, std::vector<std::uint8_t>& out) {
+void BlockCoder::appendStored(std::span<const std::uint8_t> bytes, bool last, std::vector<std::uint8_t>& out) {
     do {
         const auto part = bytes.first(std::min(bytes.size(), storedBlockSize));
         bytes = bytes.subspan(part.size());
@@ -89,13 +89,13 @@ void ZlibStream::appendStored(std::span<const std::uint8_t> bytes, bool last, st
     } while (!bytes.empty());
 }
 
-BitWriter ZlibStream::resume() {
+BitWriter BlockCoder::resume() {
     BitWriter writer(_coded.data());
     writer.put(_pending, _pendingCount);
     return writer;
 }
 
-void ZlibStream::append(const BitWriter& writer, std::vector<std::uint8_t>& out) {
+void BlockCoder::append(const BitWriter& writer, std::vector<std::uint8_t>& out) {
     out.insert(out.end(), _coded.data(), writer.end());
     _pending = writer.pending();
     _pendingCount = writer.pendingCount();

@@ -1,4 +1,4 @@
-#include "Platform/Imaging/Png/ZlibStream.h"
+#include "Platform/Imaging/Png/BlockCoder.h"
 
 #include "Tests/Platform/Imaging/Png/ReferenceDecoders.h"
 
@@ -10,11 +10,11 @@ namespace Platform::Imaging::Png {
 namespace {
 
 Bytes streamOf(const std::vector<Bytes>& blocks) {
-    ZlibStream stream;
+    BlockCoder stream;
     Bytes out;
     for (const Bytes& block : blocks) {
         Bytes readable = block;
-        readable.resize(block.size() + ZlibStream::slack, 0);
+        readable.resize(block.size() + BlockCoder::slack, 0);
         stream.writeBlock({readable.data(), block.size()}, &block == &blocks.back(), out);
     }
     return out;
@@ -35,13 +35,13 @@ Bytes noise(std::size_t size, unsigned limit = 256) {
     return bytes;
 }
 
-TEST(ZlibStreamTest, BlocksOfAnySizeAreRead) {
+TEST(BlockCoderTest, BlocksOfAnySizeAreRead) {
     for (const std::size_t size : {1, 2, 3, 100, 4095, 4096, 4097, 16383, 16384, 16385, 65535, 65536, 300000})
         for (const unsigned limit : {1, 3, 40, 256})
             EXPECT_TRUE(inflated(streamOf({noise(size, limit)})) == noise(size, limit)) << size << ", " << limit;
 }
 
-TEST(ZlibStreamTest, BlocksOfAllKindsFollowEachOther) {
+TEST(BlockCoderTest, BlocksOfAllKindsFollowEachOther) {
     std::vector<Bytes> blocks;
     for (const std::size_t size : {1000, 100000, 5, 20000})
         for (const unsigned limit : {256, 5, 1, 256, 256, 30})
@@ -49,7 +49,7 @@ TEST(ZlibStreamTest, BlocksOfAllKindsFollowEachOther) {
     EXPECT_TRUE(inflated(streamOf(blocks)) == joined(blocks));
 }
 
-TEST(ZlibStreamTest, WhatTheSampleHasNotIsReadAsWell) {
+TEST(BlockCoderTest, WhatTheSampleHasNotIsReadAsWell) {
     Bytes bytes(40000, 1);
     for (std::size_t i = 0; i < 256; ++i) // between two pieces of the sample
         bytes[10000 + 3 * i] = static_cast<std::uint8_t>(i);
@@ -57,7 +57,7 @@ TEST(ZlibStreamTest, WhatTheSampleHasNotIsReadAsWell) {
     EXPECT_TRUE(inflated(streamOf({bytes})) == bytes);
 }
 
-TEST(ZlibStreamTest, WhatCannotBeCompressedIsStored) {
+TEST(BlockCoderTest, WhatCannotBeCompressedIsStored) {
     for (const std::size_t size : {1, 100, 65535, 65536, 300000}) {
         const Bytes stream = streamOf({noise(size)});
         EXPECT_TRUE(inflated(stream) == noise(size)) << size;
@@ -66,7 +66,7 @@ TEST(ZlibStreamTest, WhatCannotBeCompressedIsStored) {
     }
 }
 
-TEST(ZlibStreamTest, AWrongSampleCostsNoMoreThanStoring) {
+TEST(BlockCoderTest, AWrongSampleCostsNoMoreThanStoring) {
     Bytes bytes = noise(256 * 1024);
     for (std::size_t at = 0; at < bytes.size(); at += 16384) // all that is counted
         std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), 4096, std::uint8_t{7});
@@ -75,7 +75,7 @@ TEST(ZlibStreamTest, AWrongSampleCostsNoMoreThanStoring) {
     EXPECT_LE(stream.size(), bytes.size() + 40);
 }
 
-TEST(ZlibStreamTest, WhereRunsLeaveLittleAllOfItIsCounted) {
+TEST(BlockCoderTest, WhereRunsLeaveLittleAllOfItIsCounted) {
     Bytes bytes(256 * 1024);
     for (std::size_t at = 8000; at < bytes.size(); at += 16384) // between the pieces of the sample
         for (std::size_t i = 0; i < 4000; ++i)
@@ -85,7 +85,7 @@ TEST(ZlibStreamTest, WhereRunsLeaveLittleAllOfItIsCounted) {
     EXPECT_LE(stream.size(), std::size_t{16} * 4000 * 2 / 8 + 500); // of two symbols, at most two bits each
 }
 
-TEST(ZlibStreamTest, EveryBlockHasACodeOfItsOwn) {
+TEST(BlockCoderTest, EveryBlockHasACodeOfItsOwn) {
     const std::vector<Bytes> blocks{Bytes(20000, 1), Bytes(20000, 2), Bytes(20000, 3), Bytes(20000, 4)};
     EXPECT_LE(streamOf(blocks).size(), std::size_t{80000} / 8 + 4 * 100); // one bit each
     EXPECT_TRUE(inflated(streamOf(blocks)) == joined(blocks));
