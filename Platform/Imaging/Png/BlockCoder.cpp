@@ -19,7 +19,15 @@ constexpr std::size_t sampleDistance = shareOfSample * sampleSize;
 // time, and what is between them differs from place to place.
 constexpr std::size_t fewTokens = 4 * shareOfSample;
 
-std::size_t codedSizeBound(std::size_t size) { return size * longestWord / 8 + blockHeaderBound + BitWriter::slack; }
+// RFC 1950, 2.2: deflate with a window of 32 KB, the compressor's quickest way, and a check of both bytes.
+constexpr std::uint64_t streamHead = 0x0178;
+constexpr unsigned streamHeadBits = 16;
+
+// Of a block with a code of its own: the stream's head, the block's, the words, and the end of the block with the head
+// of an empty one.
+std::size_t codedSizeBound(std::size_t size) {
+    return 2 + blockHeaderBound + size * longestWord / 8 + 8 + BitWriter::slack;
+}
 
 std::size_t storedSize(std::size_t size) {
     return size + (size + storedBlockSize - 1) / storedBlockSize * storedHeaderSize;
@@ -41,22 +49,45 @@ std::array<std::uint32_t, tokenSymbols> countsOf(std::span<const std::uint8_t> b
     return counts;
 }
 
+/// Behind the head of the stream, if it is the first block.
+BitWriter begin(BlockPlace place, CodedBlock& out) {
+    BitWriter writer(out.room.data());
+    if (place.first)
+        writer.put(streamHead, streamHeadBits);
+    return writer;
+}
+
+void writeStored(std::span<const std::uint8_t> bytes, BlockPlace place, CodedBlock& out) {
+    BitWriter writer = begin(place, out);
+    std::uint8_t* end = nullptr;
+    do {
+        const auto part = bytes.first(std::min(bytes.size(), storedBlockSize));
+        bytes = bytes.subspan(part.size());
+        writeStoredHeader(part.size(), place.last && bytes.empty(), writer);
+        end = std::ranges::copy(part, writer.end()).out;
+        writer = BitWriter(end);
+    } while (!bytes.empty());
+    out.size = static_cast<std::size_t>(end - out.room.data());
+}
+
 } // namespace
 
-void BlockCoder::writeBlock(std::span<const std::uint8_t> bytes, bool last, std::vector<std::uint8_t>& out) {
-    _adler = libdeflate_adler32(_adler, bytes.data(), bytes.size());
-    const BitWriter coded = writeCoded(bytes, last);
-    if (static_cast<std::size_t>(coded.end() - _coded.data()) > storedSize(bytes.size()))
-        appendStored(bytes, last, out);
-    else
-        append(coded, out);
-    if (last) {
-        BitWriter end = resume();
-        end.fillByte();
-        for (int shift = 24; shift >= 0; shift -= 8)
-            end.put(_adler >> shift & 0xFF, 8);
-        append(end, out);
-    }
+void BlockCoder::code(std::span<const std::uint8_t> bytes, BlockPlace place, CodedBlock& out) {
+    if (out.room.size() < codedSizeBound(bytes.size()))
+        out.room.resize(codedSizeBound(bytes.size()));
+    makeCode(bytes);
+    BitWriter writer = begin(place, out);
+    writeCodedHeader(_code->lengths, place.last, writer);
+    writeTokens(bytes, *_code, writer);
+    writer.put(_code->words[endOfBlock], _code->lengths[endOfBlock]);
+    if (place.last)
+        writer.fillByte();
+    else if (writer.pendingCount() > 0)
+        writeStoredHeader(0, false, writer); // an empty block, which ends with a whole byte
+    out.size = static_cast<std::size_t>(writer.end() - out.room.data());
+    if (out.size > storedSize(bytes.size()))
+        writeStored(bytes, place, out);
+    out.adler = libdeflate_adler32(1, bytes.data(), bytes.size());
 }
 
 void BlockCoder::makeCode(std::span<const std::uint8_t> bytes) {
@@ -65,40 +96,6 @@ void BlockCoder::makeCode(std::span<const std::uint8_t> bytes) {
     assignLengths(counts, longestWord, _code->lengths);
     assignCodes(_code->lengths, _code->words);
     prepareTables(*_code);
-}
-
-BitWriter BlockCoder::writeCoded(std::span<const std::uint8_t> bytes, bool last) {
-    if (_coded.size() < codedSizeBound(bytes.size()))
-        _coded.resize(codedSizeBound(bytes.size()));
-    makeCode(bytes);
-    BitWriter writer = resume();
-    writeCodedHeader(_code->lengths, last, writer);
-    writeTokens(bytes, *_code, writer);
-    writer.put(_code->words[endOfBlock], _code->lengths[endOfBlock]);
-    return writer;
-}
-
-void BlockCoder::appendStored(std::span<const std::uint8_t> bytes, bool last, std::vector<std::uint8_t>& out) {
-    do {
-        const auto part = bytes.first(std::min(bytes.size(), storedBlockSize));
-        bytes = bytes.subspan(part.size());
-        BitWriter writer = resume();
-        writeStoredHeader(part.size(), last && bytes.empty(), writer);
-        append(writer, out);
-        out.insert(out.end(), part.begin(), part.end());
-    } while (!bytes.empty());
-}
-
-BitWriter BlockCoder::resume() {
-    BitWriter writer(_coded.data());
-    writer.put(_pending, _pendingCount);
-    return writer;
-}
-
-void BlockCoder::append(const BitWriter& writer, std::vector<std::uint8_t>& out) {
-    out.insert(out.end(), _coded.data(), writer.end());
-    _pending = writer.pending();
-    _pendingCount = writer.pendingCount();
 }
 
 } // namespace Platform::Imaging::Png

@@ -12,35 +12,39 @@
 
 namespace Platform::Imaging::Png {
 
+/// Where a block is in its stream.
+struct BlockPlace {
+    bool first = false;
+    bool last = false;
+};
+
+/// What becomes of a block. The room is kept from one to the next.
+struct CodedBlock {
+    std::span<const std::uint8_t> bytes() const { return {room.data(), size}; }
+
+    std::vector<std::uint8_t> room;
+    std::size_t size = 0;
+    /// The Adler-32 checksum of what has been coded.
+    std::uint32_t adler = 1;
+};
+
 /// Filtered rows as a zlib stream (RFC 1950), block by block, each with a code made for it from a sample of its bytes.
 /// Runs of zeros are the only repetitions: between the differences of noisy samples others are rare, and to look for
-/// them takes most of an ordinary encoder's time. A block that a code would make larger is stored. One thread at a
-/// time.
+/// them takes most of an ordinary encoder's time. A block that a code would make larger is stored. No block needs any
+/// other one: each ends with a whole byte. One thread at a time.
 class BlockCoder {
 public:
     /// What has to be readable behind the bytes of a block.
     static constexpr std::size_t slack = tokenSlack;
 
-    /// Appends to `out` what becomes of the next block, but for the bits that do not fill a byte yet. The last block
-    /// ends the stream. At least one byte, and fewer than 2^31.
-    void writeBlock(std::span<const std::uint8_t> bytes, bool last, std::vector<std::uint8_t>& out);
+    /// At least one byte, and fewer than 2^31. Behind what becomes of the last block belongs the checksum of all that
+    /// has been coded, in four bytes, the highest first.
+    void code(std::span<const std::uint8_t> bytes, BlockPlace place, CodedBlock& out);
 
 private:
     void makeCode(std::span<const std::uint8_t> bytes);
-    BitWriter writeCoded(std::span<const std::uint8_t> bytes, bool last);
-    void appendStored(std::span<const std::uint8_t> bytes, bool last, std::vector<std::uint8_t>& out);
-    BitWriter resume();
-    void append(const BitWriter& writer, std::vector<std::uint8_t>& out);
 
-    // RFC 1950, 2.2: deflate with a window of 32 KB, the compressor's quickest way, and a check of both bytes.
-    static constexpr std::uint64_t head = 0x0178;
-    static constexpr unsigned headBits = 16;
-
-    std::vector<std::uint8_t> _coded;
     std::unique_ptr<TokenCode> _code{new TokenCode}; // large; its tables are filled later
-    std::uint32_t _adler = 1;                        // of no bytes
-    std::uint64_t _pending = head;                   // what has to be written before the next block
-    unsigned _pendingCount = headBits;
 };
 
 } // namespace Platform::Imaging::Png

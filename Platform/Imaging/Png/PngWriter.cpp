@@ -1,10 +1,12 @@
 #include "Platform/Imaging/Png/PngWriter.h"
 
 #include <libdeflate.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -14,6 +16,9 @@ namespace {
 // Small enough to stay in a second-level cache together with what becomes of it, and to follow a picture's changes;
 // large enough for what its code takes.
 constexpr std::size_t blockSize = 256 * 1024;
+
+// Below that, to wake another thread takes about as long as it helps.
+constexpr std::size_t fewestBytesForTwo = 4 * blockSize;
 
 using namespace std::string_view_literals;
 
@@ -25,54 +30,65 @@ void appendNumber(std::vector<std::uint8_t>& file, std::size_t number) {
         file.push_back(static_cast<std::uint8_t>(number >> shift));
 }
 
-/// A chunk is its size, its type, its data, and a checksum of both. Returns where it begins.
-std::size_t beginChunk(std::vector<std::uint8_t>& file, std::string_view type) {
-    const std::size_t chunk = file.size();
-    appendNumber(file, 0);
+/// A chunk is its size, its type, its data, and a checksum of both.
+void appendChunk(std::vector<std::uint8_t>& file, std::string_view type, std::span<const std::uint8_t> data) {
+    appendNumber(file, data.size());
     file.insert(file.end(), type.begin(), type.end());
-    return chunk;
-}
-
-void endChunk(std::vector<std::uint8_t>& file, std::size_t chunk) {
-    const std::size_t typeAt = chunk + 4;
-    const std::size_t size = file.size() - typeAt - 4;
-    for (std::size_t i = 0; i < 4; ++i)
-        file[chunk + i] = static_cast<std::uint8_t>(size >> (24 - 8 * i));
-    appendNumber(file, libdeflate_crc32(0, file.data() + typeAt, file.size() - typeAt));
+    file.insert(file.end(), data.begin(), data.end());
+    const std::size_t checked = type.size() + data.size();
+    appendNumber(file, libdeflate_crc32(0, file.data() + file.size() - checked, checked));
 }
 
 } // namespace
 
-PngWriter::PngWriter(std::uint32_t width, std::uint32_t height)
+PngWriter::PngWriter(std::uint32_t width, std::uint32_t height, const RunBeside& runBeside)
     : _filters(std::size_t{3} * width), _rowsLeft(height), _filteredSize(std::size_t{3} * width + 1),
-      _block(blockSize + _filteredSize + BlockCoder::slack) {
+      _blocks(blockSize + _filteredSize, _filteredSize * height < fewestBytesForTwo ? nullptr : runBeside) {
     constexpr std::size_t otherParts = 1000;
     const std::size_t filtered = _filteredSize * height;
     // More than any file has. Pages of the reserve that are never written to take no memory.
     _file.reserve(filtered + filtered / 1000 + otherParts);
 
     std::ranges::copy(signature, std::back_inserter(_file));
-    const std::size_t header = beginChunk(_file, "IHDR");
-    appendNumber(_file, width);
-    appendNumber(_file, height);
-    _file.insert(_file.end(), format.begin(), format.end());
-    endChunk(_file, header);
+    std::vector<std::uint8_t> header;
+    appendNumber(header, width);
+    appendNumber(header, height);
+    header.insert(header.end(), format.begin(), format.end());
+    appendChunk(_file, "IHDR", header);
+    _blocks.next().place.first = true;
 }
 
 void PngWriter::writeRow() {
-    _filters.filterRow(_block.data() + _blockFill);
-    _blockFill += _filteredSize;
+    Block& block = _blocks.next();
+    _filters.filterRow(block.bytes.data() + block.size);
+    block.size += _filteredSize;
     --_rowsLeft;
-    if (_blockFill >= blockSize || _rowsLeft == 0) {
-        const std::size_t data = beginChunk(_file, "IDAT");
-        _stream.writeBlock({_block.data(), _blockFill}, _rowsLeft == 0, _file);
-        endChunk(_file, data);
-        _blockFill = 0;
-    }
+    if (block.size < blockSize && _rowsLeft > 0)
+        return;
+    block.place.last = _rowsLeft == 0;
+    _blocks.put();
+    if (_blocks.isFull())
+        appendOldest();
+}
+
+void PngWriter::appendOldest() {
+    const Block& block = _blocks.oldest();
+    const std::span<const std::uint8_t> data = block.coded.bytes();
+    const std::size_t checkSize = block.place.last ? 4 : 0;
+    appendNumber(_file, data.size() + checkSize);
+    _file.insert(_file.end(), dataType.begin(), dataType.end());
+    _file.insert(_file.end(), data.begin(), data.end());
+    _adler = static_cast<std::uint32_t>(adler32_combine(_adler, block.coded.adler, static_cast<z_off_t>(block.size)));
+    if (block.place.last) // the end of the stream
+        appendNumber(_file, _adler);
+    appendNumber(_file, libdeflate_crc32(block.checksum, _file.data() + _file.size() - checkSize, checkSize));
+    _blocks.take();
 }
 
 std::vector<std::uint8_t> PngWriter::takeFile() {
-    endChunk(_file, beginChunk(_file, "IEND"));
+    while (!_blocks.isEmpty())
+        appendOldest();
+    appendChunk(_file, "IEND", {});
     return std::exchange(_file, {});
 }
 

@@ -3,28 +3,37 @@
 #include "Tests/Platform/Imaging/Png/ReferenceDecoders.h"
 
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <random>
 
 namespace Platform::Imaging::Png {
 namespace {
 
-Bytes streamOf(const std::vector<Bytes>& blocks) {
-    BlockCoder stream;
-    Bytes out;
-    for (const Bytes& block : blocks) {
-        Bytes readable = block;
-        readable.resize(block.size() + BlockCoder::slack, 0);
-        stream.writeBlock({readable.data(), block.size()}, &block == &blocks.back(), out);
-    }
-    return out;
-}
-
 Bytes joined(const std::vector<Bytes>& blocks) {
     Bytes all;
     for (const Bytes& block : blocks)
         all.insert(all.end(), block.begin(), block.end());
     return all;
+}
+
+/// The coder of each block has coded others before.
+Bytes streamOf(const std::vector<Bytes>& blocks) {
+    BlockCoder coder;
+    CodedBlock coded;
+    Bytes out;
+    for (const Bytes& block : blocks) {
+        Bytes readable = block;
+        readable.resize(block.size() + BlockCoder::slack, 0);
+        coder.code({readable.data(), block.size()}, {&block == &blocks.front(), &block == &blocks.back()}, coded);
+        EXPECT_EQ(coded.adler, adler32_z(1, block.data(), block.size()));
+        out.insert(out.end(), coded.bytes().begin(), coded.bytes().end());
+    }
+    const Bytes all = joined(blocks);
+    const auto check = static_cast<std::uint32_t>(adler32_z(1, all.data(), all.size()));
+    for (int shift = 24; shift >= 0; shift -= 8)
+        out.push_back(static_cast<std::uint8_t>(check >> shift));
+    return out;
 }
 
 Bytes noise(std::size_t size, unsigned limit = 256) {

@@ -2,6 +2,7 @@
 
 #include "Tests/Platform/Imaging/Png/InstructionSets.h"
 #include "Tests/Platform/Imaging/Png/ReferenceDecoders.h"
+#include "Tests/Platform/Imaging/Png/ThreadBeside.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,8 +14,8 @@
 namespace Platform::Imaging::Png {
 namespace {
 
-Bytes fileOf(const RgbImage& image) {
-    PngWriter writer(image.width, image.height);
+Bytes fileOf(const RgbImage& image, const RunBeside& runBeside = {}) {
+    PngWriter writer(image.width, image.height, runBeside);
     auto row = image.pixels.begin();
     for (std::uint32_t y = 0; y < image.height; ++y, row += std::ptrdiff_t{3} * image.width) {
         std::copy_n(row, std::size_t{3} * image.width, writer.nextRow().begin());
@@ -105,6 +106,32 @@ TEST(PngWriterTest, WritesTheSameBytesWithEveryInstructionSet) {
     for (const RgbImage& image : images) {
         const Bytes expected = fileOf(image);
         withEachInstructionSet([&](const char* name) { EXPECT_TRUE(fileOf(image) == expected) << name; });
+    }
+}
+
+TEST(PngWriterTest, WritesTheSameBytesWithTwoThreads) {
+    for (const Kind& kind : kinds) {
+        const RgbImage image = picture(kind, 600, 600);
+        ThreadBeside beside;
+        const Bytes file = fileOf(image, beside.run());
+        EXPECT_TRUE(beside.isUsed());
+        EXPECT_TRUE(file == fileOf(image)) << kind.name;
+        EXPECT_EQ(unpacked(file).filteredRows.size(), std::size_t{1801} * 600) << kind.name;
+    }
+}
+
+TEST(PngWriterTest, TakesNoOtherThreadForASmallPicture) {
+    ThreadBeside beside;
+    fileOf(noisyPicture(300, 200), beside.run());
+    EXPECT_FALSE(beside.isUsed());
+}
+
+TEST(PngWriterTest, MayGoBeforeItsLastRow) {
+    for (const std::uint32_t rows : {0U, 1U, 300U, 699U}) {
+        ThreadBeside beside;
+        PngWriter writer(1000, 700, beside.run());
+        for (std::uint32_t y = 0; y < rows; ++y)
+            writer.writeRow();
     }
 }
 

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Platform/Imaging/Png/BlockCoder.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace Platform::Imaging::Png {
+
+/// Lets another thread run the work: at once, late, or never where there is none. Neither waits for it nor throws.
+using RunBeside = std::function<void(std::function<void()> work)>;
+
+/// The type of a PNG file's chunks of coded rows.
+constexpr std::string_view dataType = "IDAT";
+
+/// A block on its way into the file.
+struct Block {
+    std::vector<std::uint8_t> bytes; // with the slack
+    std::size_t size = 0;
+    BlockPlace place;
+    CodedBlock coded;
+    /// The CRC-32 checksum of dataType and the coded bytes.
+    std::uint32_t checksum = 0;
+};
+
+/// Blocks that one thread fills and takes, coded by that thread and, if there is one, another beside it, whichever has
+/// time. Blocks do not depend on who codes them. One thread at a time.
+class BlockQueue {
+public:
+    /// `room` is the most bytes of a block. The other thread gets work until the queue goes.
+    BlockQueue(std::size_t room, const RunBeside& runBeside);
+    /// Waits while the other thread codes a block.
+    ~BlockQueue();
+    BlockQueue(const BlockQueue&) = delete;
+    BlockQueue& operator=(const BlockQueue&) = delete;
+
+    bool isEmpty() const { return _put == _taken; }
+    bool isFull() const;
+
+    /// The one to be filled next, while the queue is not full; put() takes it then.
+    Block& next();
+    void put();
+
+    /// The oldest block, coded, while the queue is not empty; take() makes room for another then. Throws what coding it
+    /// has thrown: std::bad_alloc.
+    const Block& oldest();
+    void take();
+
+private:
+    struct State;
+
+    std::shared_ptr<State> _state; // the other thread may come when the queue has gone
+    BlockCoder _coder;
+    std::size_t _put = 0;
+    std::size_t _taken = 0;
+};
+
+} // namespace Platform::Imaging::Png
