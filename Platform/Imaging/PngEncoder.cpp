@@ -31,10 +31,10 @@ std::vector<std::uint8_t> encodePng(const RgbImage& image) {
     return encodePng(rows);
 }
 
-std::vector<std::uint8_t> encodePng(PictureRows& rows) {
+std::vector<std::uint8_t> encodePng(PictureRows& rows, const Png::RunBeside& runBeside) {
     const auto [width, height] = rows.size();
     requireSizeWithinLimits(width, height, "PNG");
-    Png::PngWriter writer(width, height);
+    Png::PngWriter writer(width, height, runBeside);
     for (std::uint32_t y = 0; y < height; ++y) {
         rows.read(writer.nextRow().data());
         writer.writeRow();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Imaging/PictureRows.h"
+#include "Platform/Imaging/Png/RunBeside.h"
 #include "Platform/Imaging/RgbImage.h"
 
 #include <cstdint>
@@ -13,8 +14,9 @@ namespace Platform::Imaging {
 /// fill its size. Any thread.
 std::vector<std::uint8_t> encodePng(const RgbImage& image);
 
-/// The file of a picture of which no row has been read yet; nothing of the picture's size is made but the file. Raises
+/// The file of a picture of which no row has been read yet; nothing of the picture's size is made but the file. Another
+/// thread helps where there is one and the picture is large: this one reads the rows while that one codes them. Raises
 /// what the rows raise. Any thread.
-std::vector<std::uint8_t> encodePng(PictureRows& rows);
+std::vector<std::uint8_t> encodePng(PictureRows& rows, const Png::RunBeside& runBeside = {});
 
 } // namespace Platform::Imaging

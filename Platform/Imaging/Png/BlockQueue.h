@@ -1,18 +1,15 @@
 #pragma once
 
 #include "Platform/Imaging/Png/BlockCoder.h"
+#include "Platform/Imaging/Png/RunBeside.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
 
 namespace Platform::Imaging::Png {
-
-/// Lets another thread run the work: at once, late, or never where there is none. Neither waits for it nor throws.
-using RunBeside = std::function<void(std::function<void()> work)>;
 
 /// The type of a PNG file's chunks of coded rows.
 constexpr std::string_view dataType = "IDAT";

@@ -62,7 +62,8 @@ const Imaging::RgbImage& SceneRenderer::sceneFor(const Key& key) {
 }
 
 std::vector<std::uint8_t> SceneRenderer::renderPng(const CaptureDefinition& capture, std::uint32_t width,
-                                                   std::uint32_t height, const ChartCaption& caption) {
+                                                   std::uint32_t height, const ChartCaption& caption,
+                                                   const Imaging::Png::RunBeside& runBeside) {
     Key key{capture.picture, {}, width, height};
     std::error_code missing; // reading the picture then reports it
     if (!capture.picture.empty())
@@ -71,7 +72,7 @@ std::vector<std::uint8_t> SceneRenderer::renderPng(const CaptureDefinition& capt
     const SceneExposure exposure(caption.exposureExponent ? *caption.exposureExponent - capture.neutralExposure : 0);
     const auto strip = capture.picture.empty() ? drawCaption(width, height, caption) : Imaging::RgbImage{};
     StillRows rows(scene, exposure, strip);
-    return Imaging::encodePng(rows);
+    return Imaging::encodePng(rows, runBeside);
 }
 
 } // namespace Platform::Simulated

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Imaging/Png/RunBeside.h"
 #include "Platform/Imaging/RgbImage.h"
 #include "Platform/Simulated/Picture/ChartCaption.h"
 #include "Platform/Simulated/Scenario/Scenario.h"
@@ -17,7 +18,7 @@ public:
     /// The PNG of one still of that size. The exposure is that of the caption, which itself stands on the test
     /// chart alone; without one the scene is shown as it is. Raises winrt::hresult_error.
     std::vector<std::uint8_t> renderPng(const CaptureDefinition& capture, std::uint32_t width, std::uint32_t height,
-                                        const ChartCaption& caption);
+                                        const ChartCaption& caption, const Imaging::Png::RunBeside& runBeside);
 
 private:
     /// What the kept scene was made from.

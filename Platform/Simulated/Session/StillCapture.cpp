@@ -3,6 +3,7 @@
 #include "Framework/CXX/Common/TextConversion.h"
 #include "Platform/Shared/ErrnoError.h"
 #include "Platform/Shared/PlatformError.h"
+#include "Platform/Shared/RunBeside.h"
 #include "Platform/Simulated/Session/CameraCall.h"
 
 #include <array>
@@ -80,7 +81,8 @@ void Still::render() {
     try {
         const ChartCaption caption{Halden::toUtf8(_camera->name()), _camera->controls().exposure(),
                                    _camera->nextFrameNumber(), timeText()};
-        _png = _camera->renderer().renderPng(capture(), format->Width, format->Height, caption);
+        _png = _camera->renderer().renderPng(capture(), format->Width, format->Height, caption,
+                                             Shared::runBeside(_core->simulation()->pool()));
     } catch (const winrt::hresult_error& problem) {
         _error = problem;
     } catch (const std::bad_alloc&) {

@@ -2,6 +2,7 @@
 
 #include "Platform/Imaging/FrameConverter.h"
 #include "Platform/Imaging/PngEncoder.h"
+#include "Platform/Shared/RunBeside.h"
 #include "Platform/Shared/StartThread.h"
 #include "Platform/Shared/WakeUp.h"
 #include "Platform/V4l2/Kernel/DeviceErrors.h"
@@ -57,18 +58,20 @@ private:
 namespace {
 
 /// The file of a frame's picture. Nothing for a damaged frame: the next one may be whole.
-std::optional<std::vector<std::uint8_t>> fileOf(const StillFrame& frame) {
+std::optional<std::vector<std::uint8_t>> fileOf(const StillFrame& frame,
+                                                const std::shared_ptr<Shared::WorkerPool>& pool) {
     try {
-        return Imaging::encodePng(*Imaging::openFrame(frame.layout, frame.bytes));
+        return Imaging::encodePng(*Imaging::openFrame(frame.layout, frame.bytes), Shared::runBeside(pool));
     } catch (const winrt::hresult_error&) {
         return std::nullopt;
     }
 }
 
 /// Ends stills of one frame, with the same file for all; false if it is damaged.
-bool endStills(const std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path) {
+bool endStills(const std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path,
+               const std::shared_ptr<Shared::WorkerPool>& pool) {
     try {
-        auto file = fileOf(frame);
+        auto file = fileOf(frame, pool);
         if (!file)
             return false;
         for (const StillRequest& request : requests)
@@ -102,7 +105,7 @@ CameraSession::Surroundings CameraWorker::State::surroundings() {
 /// Runs on the pool: neither decoding nor encoding holds the stream up.
 void CameraWorker::makeStill(const std::shared_ptr<State>& state, const std::vector<StillRequest>& requests,
                              const StillFrame& frame) {
-    const bool done = endStills(requests, frame, state->source.node.devicePath);
+    const bool done = endStills(requests, frame, state->source.node.devicePath, state->pool);
     for (const StillRequest& request : requests)
         state->post({[request, done](CameraSession& session) {
                          if (done)
