@@ -2,16 +2,19 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <QSocketNotifier>
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 
 namespace {
+
+constexpr std::size_t receivedAtOnce = 16384; // bytes; what is left comes in the next turn of the event loop
+constexpr std::size_t partsAtOnce = 64;
 
 /// The system would hold the end of a long reply back until the peer has acknowledged what came before, which it does
 /// after 40 ms.
@@ -52,10 +55,7 @@ bool AcceptedSocket::setSocketDescriptor(qintptr socketDescriptor, SocketState s
     setSocketState(socketState);
     QIODevice::open(mode | Unbuffered);
     readable = new QSocketNotifier(socketDescriptor, QSocketNotifier::Read, this);
-    writable = new QSocketNotifier(socketDescriptor, QSocketNotifier::Write, this);
-    writable->setEnabled(false);
     connect(readable, &QSocketNotifier::activated, this, &AcceptedSocket::receive);
-    connect(writable, &QSocketNotifier::activated, this, &AcceptedSocket::send);
     return true;
 }
 
@@ -75,20 +75,21 @@ qint64 AcceptedSocket::readData(char* data, qint64 maxSize) {
 qint64 AcceptedSocket::writeData(const char* data, qint64 size) {
     if (!isConnected())
         return -1;
-    unsent.append(data, static_cast<std::size_t>(size));
-    writable->setEnabled(unsent.size() > 0);
+    unsent.append({data, static_cast<std::size_t>(size)});
+    if (!serving)
+        sendWhenWritable(!unsent.isEmpty());
     return size;
 }
 
 void AcceptedSocket::receive() {
-    int available = 0;
-    ::ioctl(descriptor, FIONREAD, &available);
-    std::string bytes(static_cast<std::size_t>(std::max(available, 1)), '\0');
+    std::array<char, receivedAtOnce> bytes;
     const ssize_t count = ::recv(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT);
     if (count > 0) {
         received.append(bytes.data(), static_cast<std::size_t>(count));
+        serving = true;
         emit readyRead();
-        if (isConnected())
+        serving = false;
+        if (isConnected() && !(writable != nullptr && writable->isEnabled()))
             send();
     } else if (count == 0) {
         endWhenAllIsSent();
@@ -98,18 +99,31 @@ void AcceptedSocket::receive() {
 }
 
 void AcceptedSocket::send() {
-    while (unsent.size() > 0) {
-        const ssize_t count = ::send(descriptor, unsent.data(), unsent.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-        if (count < 0 && errno != EINTR) {
-            if (errno != EAGAIN)
-                end();
-            return;
-        }
-        unsent.take(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    while (!unsent.isEmpty()) {
+        std::array<iovec, partsAtOnce> parts;
+        msghdr message{};
+        message.msg_iov = parts.data();
+        message.msg_iovlen = unsent.front(parts, unsent.size());
+        const ssize_t count = ::sendmsg(descriptor, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (count >= 0)
+            unsent.take(static_cast<std::size_t>(count));
+        else if (errno == EAGAIN)
+            break;
+        else if (errno != EINTR)
+            return end();
     }
-    writable->setEnabled(false);
-    if (ending)
+    sendWhenWritable(!unsent.isEmpty());
+    if (ending && unsent.isEmpty())
         end();
+}
+
+void AcceptedSocket::sendWhenWritable(bool isAwaited) {
+    if (writable != nullptr) {
+        writable->setEnabled(isAwaited);
+    } else if (isAwaited) {
+        writable = new QSocketNotifier(descriptor, QSocketNotifier::Write, this);
+        connect(writable, &QSocketNotifier::activated, this, &AcceptedSocket::send);
+    }
 }
 
 void AcceptedSocket::close() {
@@ -121,13 +135,14 @@ void AcceptedSocket::close() {
 void AcceptedSocket::endWhenAllIsSent() {
     ending = true;
     readable->setEnabled(false);
-    if (unsent.size() == 0)
+    if (unsent.isEmpty())
         end();
 }
 
 void AcceptedSocket::end() {
     readable->setEnabled(false);
-    writable->setEnabled(false);
+    sendWhenWritable(false);
+    unsent = {}; // the connection's objects stay for another turn of the event loop
     ::close(descriptor);
     descriptor = -1;
     setSocketState(UnconnectedState);

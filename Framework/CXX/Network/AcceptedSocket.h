@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Framework/CXX/Network/SendQueue.h"
+
 #include <QTcpSocket>
 #include <cstddef>
 #include <string>
@@ -10,6 +12,9 @@ class QSocketNotifier;
 /// and drops what has not been written by then; this one, which does its own reading and writing, ends only when all of
 /// that is on its way, or can't be. Tells of both by `readyRead` and `disconnected`, and of nothing else; what is not
 /// declared here is without effect. Main thread.
+///
+/// All that is written while `readyRead` is served goes out behind it, in one system call as a rule: a request costs
+/// that one and one for reading it. The system is asked whether it takes more only after it has refused some.
 class AcceptedSocket : public QTcpSocket {
     Q_OBJECT
 
@@ -28,7 +33,7 @@ public:
 
 protected:
     qint64 readData(char* data, qint64 maxSize) override;
-    /// Keeps the bytes until the event loop runs, or `readyRead` has been served: small ones are sent together.
+    /// Keeps the bytes until `readyRead` has been served, or else until the event loop runs.
     qint64 writeData(const char* data, qint64 size) override;
 
 private:
@@ -47,14 +52,16 @@ private:
 
     void receive();
     void send();
+    void sendWhenWritable(bool isAwaited);
     bool isConnected() const { return descriptor >= 0; }
     void endWhenAllIsSent();
     void end();
 
     int descriptor = -1;
     QSocketNotifier* readable = nullptr;
-    QSocketNotifier* writable = nullptr; ///< enabled while anything is to be sent
+    QSocketNotifier* writable = nullptr; ///< made when the system first takes less than there is
     Queue received;
-    Queue unsent;
-    bool ending = false; ///< nothing more is read
+    SendQueue unsent;
+    bool serving = false; ///< `readyRead` is under way
+    bool ending = false;  ///< nothing more is read
 };

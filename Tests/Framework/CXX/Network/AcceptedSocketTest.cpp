@@ -1,5 +1,6 @@
 #include "Framework/CXX/Network/AcceptedSocket.h"
 
+#include "Tests/Framework/CXX/Network/CountedCalls.h"
 #include "Tests/Framework/CXX/Network/PlainPeer.h"
 
 #include <netinet/in.h>
@@ -7,6 +8,9 @@
 #include <sys/socket.h>
 
 #include <QTcpServer>
+#include <functional>
+#include <map>
+#include <string>
 
 namespace {
 
@@ -21,16 +25,87 @@ protected:
     void incomingConnection(qintptr connection) override { descriptor = static_cast<int>(connection); }
 };
 
-TEST(AcceptedSocketTest, TheEndOfAReplyIsNotHeldBackUntilItsBeginningIsAcknowledged) {
+class AcceptedSocketTest : public testing::Test {
+protected:
+    AcceptedSocketTest() {
+        EXPECT_TRUE(turnUntil([&] { return server.descriptor >= 0; }));
+        EXPECT_TRUE(
+            socket.setSocketDescriptor(server.descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite));
+        QObject::connect(&socket, &QTcpSocket::readyRead, &socket, [this] { serve(socket.readAll().toStdString()); });
+    }
+
     OneConnection server;
-    const PlainPeer peer(server.serverPort());
-    ASSERT_TRUE(turnUntil([&] { return server.descriptor >= 0; }));
-    AcceptedSocket socket(nullptr);
-    ASSERT_TRUE(socket.setSocketDescriptor(server.descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite));
+    PlainPeer peer{server.serverPort()};
+    AcceptedSocket socket{nullptr};
+    std::function<void(const std::string&)> serve = [](const std::string&) {};
+};
+
+using Counts = std::map<std::string, int>;
+
+TEST_F(AcceptedSocketTest, TheEndOfAReplyIsNotHeldBackUntilItsBeginningIsAcknowledged) {
     int isSentAtOnce = 0;
     socklen_t size = sizeof isSentAtOnce;
     ASSERT_EQ(getsockopt(server.descriptor, IPPROTO_TCP, TCP_NODELAY, &isSentAtOnce, &size), 0);
     EXPECT_NE(isSentAtOnce, 0);
+}
+
+TEST_F(AcceptedSocketTest, ARequestIsReadByOneSystemCallAndItsReplyWrittenByAnother) {
+    serve = [this](const std::string& request) {
+        socket.write(request.c_str());
+        socket.write(", and its end");
+    };
+    const CountedCalls calls(server.descriptor);
+    peer.send("request");
+    EXPECT_TRUE(turnUntil([&] { return peer.received() == "request, and its end"; }));
+    EXPECT_EQ(calls.counts(), (Counts{{"recv", 1}, {"sendmsg", 1}}));
+}
+
+TEST_F(AcceptedSocketTest, NothingIsSentBeforeARequestHasBeenServed) {
+    std::string receivedWithin;
+    serve = [&](const std::string&) {
+        socket.write("reply");
+        receivedWithin = peer.received();
+    };
+    peer.send("request");
+    EXPECT_TRUE(turnUntil([&] { return peer.received() == "reply"; }));
+    EXPECT_EQ(receivedWithin, "");
+}
+
+TEST_F(AcceptedSocketTest, WhatIsWrittenBetweenRequestsIsSentWhenTheEventLoopRuns) {
+    socket.write("unasked");
+    socket.write(", and more");
+    EXPECT_EQ(socket.bytesToWrite(), 17);
+    EXPECT_TRUE(turnUntil([&] { return peer.received() == "unasked, and more"; }));
+    EXPECT_EQ(socket.bytesToWrite(), 0);
+}
+
+TEST_F(AcceptedSocketTest, WhatTheSystemDoesNotTakeIsSentWhenItDoesWithoutAskingItInBetween) {
+    const std::string longReply(8'000'000, 'x');
+    serve = [&](const std::string&) { socket.write(longReply.c_str()); };
+    const CountedCalls calls(server.descriptor);
+    peer.send("request");
+    EXPECT_TRUE(turnUntil([&] { return calls.counts().contains("sendmsg"); }));
+    settleEventLoop();
+    const int sent = calls.counts().at("sendmsg");
+    serve = [&](const std::string&) { socket.write("end"); };
+    peer.send("request");
+    settleEventLoop();
+    EXPECT_EQ(calls.counts().at("sendmsg"), sent) << "nothing has changed for it";
+    EXPECT_TRUE(turnUntil([&] { return peer.received().ends_with("end"); }));
+    EXPECT_TRUE(peer.received() == longReply + "end");
+}
+
+TEST_F(AcceptedSocketTest, HasWhatIsLeftOfALongRequestInTheNextTurns) {
+    const std::string longRequest(1'000'000, 'x');
+    std::string received;
+    std::size_t mostAtOnce = 0;
+    serve = [&](const std::string& bytes) {
+        received += bytes;
+        mostAtOnce = std::max(mostAtOnce, bytes.size());
+    };
+    peer.send(longRequest);
+    EXPECT_TRUE(turnUntil([&] { return received.size() == longRequest.size(); }));
+    EXPECT_EQ(mostAtOnce, 16384U);
 }
 
 } // namespace
