@@ -38,7 +38,7 @@ public:
     std::shared_ptr<ConnectedCamera> getCamera(const std::string& uid);
     CaptureResult captureImage(std::shared_ptr<ConnectedCamera> camera, int exposureInUs, int percentSelector,
                                double percent, int exposureChangeDelayInMs);
-    std::vector<unsigned char> getImage(const std::string& id) const;
+    SharedBytes shareImage(const std::string& id) const;
     void redirectDiagnostics(int client, const std::string& path);
     void cancelRedirectDiagnostics(int client);
 
@@ -50,8 +50,8 @@ private:
     int redirectClientId = noClient; // whose redirection of the diagnostics is in force
     std::shared_ptr<CameraEnumeration> cameraEnumeration = std::make_shared<CameraEnumeration>();
     ConnectedCameraMap connectedCameras;
-    mutable std::mutex imagesMutex; // guards images
-    std::map<std::string, std::vector<unsigned char>> images;
+    mutable std::mutex imagesMutex;            // guards images
+    std::map<std::string, SharedBytes> images; // none is null
 };
 
 std::vector<CameraDescription> CameraServer::impl::discover() const {
@@ -111,16 +111,17 @@ microseconds CameraServer::impl::setExposure(ConnectedCamera& camera, int exposu
 
 std::string CameraServer::impl::storeImage(std::vector<unsigned char> bytes) {
     std::string id = newImageId();
+    auto image = std::make_shared<const std::vector<unsigned char>>(std::move(bytes));
     std::lock_guard lock(imagesMutex);
     images.clear();
-    images.emplace(id, std::move(bytes));
+    images.emplace(id, std::move(image));
     return id;
 }
 
-std::vector<unsigned char> CameraServer::impl::getImage(const std::string& id) const {
+SharedBytes CameraServer::impl::shareImage(const std::string& id) const {
     std::lock_guard lock(imagesMutex);
     const auto image = images.find(id);
-    return image == images.end() ? std::vector<unsigned char>{} : image->second;
+    return image == images.end() ? nullptr : image->second;
 }
 
 void CameraServer::impl::redirectDiagnostics(int client, const std::string& path) {
@@ -165,7 +166,12 @@ CameraServer::CaptureResult CameraServer::captureImage(std::shared_ptr<Connected
     return pimpl->captureImage(std::move(camera), exposureInUs, percentSelector, percent, exposureChangeDelayInMs);
 }
 
-std::vector<unsigned char> CameraServer::getImage(std::string id) const { return pimpl->getImage(id); }
+std::vector<unsigned char> CameraServer::getImage(std::string id) const {
+    const SharedBytes image = pimpl->shareImage(id);
+    return image ? *image : std::vector<unsigned char>{};
+}
+
+SharedBytes CameraServer::shareImage(const std::string& id) const { return pimpl->shareImage(id); }
 
 void CameraServer::redirectDiagnostics(int client, const std::string& path) {
     pimpl->redirectDiagnostics(client, path);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Framework/CXX/Network/SharedBytes.h"
 #include "Services/LarkspurWindowsCameraHub/ConnectedCamera.h"
 #include "Services/LarkspurWindowsCameraHub/FoundCamera.h"
 
@@ -37,6 +38,9 @@ public:
 
     /// A copy of the stored image's bytes; empty if that is not its id.
     std::vector<unsigned char> getImage(std::string id) const;
+
+    /// The stored image itself, which stays for as long as somebody holds it; null if that is not its id.
+    SharedBytes shareImage(const std::string& id) const;
 
     /// Moves the process's diagnostics to a folder, on behalf of a client, until that client goes or another
     /// one takes over. UTF-8. Throws RedirectDiagnosticsFailed when the ordinary diagnostics are back.

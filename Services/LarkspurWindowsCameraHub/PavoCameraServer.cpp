@@ -3,7 +3,6 @@
 #include "Services/LarkspurWindowsCameraHub/PavoCameraClient.h"
 
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -22,13 +21,13 @@ void PavoCameraServer::handleImageRequest(HttpRequest* request, HttpResponse* re
     if (request->method != "GET")
         return;
     const std::string id = request->path.substr(imageRouteLength);
-    const std::vector<unsigned char> bytes = cameraServer->getImage(id);
-    if (!bytes.empty()) {
+    const SharedBytes image = cameraServer->shareImage(id);
+    if (image && !image->empty()) {
         response->setContentType("image/png");
         response->setStatus(200);
-        response->setContentLength(bytes.size());
+        response->setContentLength(image->size());
         response->sendHeaders();
-        response->write(bytes.data(), static_cast<int>(bytes.size()));
+        response->write(image);
     } else {
         response->sendError(404, "Image does not exist");
     }

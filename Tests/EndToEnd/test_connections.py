@@ -1,5 +1,6 @@
 """Connections of both ports: too many of them, and those of which one half ends before the other."""
 
+import contextlib
 import os
 import re
 import resource
@@ -8,7 +9,7 @@ import struct
 import time
 
 import pytest
-from harness.hub import HTTP_PORT, RPC_PORT, SERVICE_LOGGER, LogEntry
+from harness.hub import HTTP_PORT, IS_SANITIZED, RPC_PORT, SERVICE_LOGGER, LogEntry
 from harness.scenario import EXPOSURE, camera_group, scenario
 from harness.wait import wait_until
 
@@ -153,6 +154,24 @@ def test_a_client_that_does_not_receive_or_falls_silent_disturbs_nobody(hub, cli
         silent.sendall(sent)
         assert is_served(client)
         assert hub.get("/").status == 404
+
+
+@pytest.mark.skipif(IS_SANITIZED, reason="a sanitizer keeps memory of its own")
+def test_clients_that_do_not_receive_their_images_share_them(hub, images):
+    requests, replies = images
+    before = resident_memory(hub)
+    with contextlib.ExitStack() as stack:
+        connections = [stack.enter_context(connect(hub, HTTP_PORT)) for _ in range(20)]
+        for connection in connections:
+            connection.sendall(requests)
+        for connection in connections:
+            assert connection.recv(1) == b"H"  # the hub has come to the end of its requests
+        assert resident_memory(hub) - before < len(replies) / 2
+
+
+def resident_memory(hub):
+    """In bytes."""
+    return int(hub.proc("statm").read_text(encoding="ascii").split()[1]) * resource.getpagesize()
 
 
 def processor_time(hub):

@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -76,9 +77,20 @@ qint64 AcceptedSocket::writeData(const char* data, qint64 size) {
     if (!isConnected())
         return -1;
     unsent.append({data, static_cast<std::size_t>(size)});
+    sendLater();
+    return size;
+}
+
+void AcceptedSocket::writeShared(SharedBytes bytes) {
+    if (!isConnected())
+        return;
+    unsent.append(std::move(bytes));
+    sendLater();
+}
+
+void AcceptedSocket::sendLater() {
     if (!serving)
         sendWhenWritable(!unsent.isEmpty());
-    return size;
 }
 
 void AcceptedSocket::receive() {

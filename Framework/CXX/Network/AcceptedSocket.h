@@ -28,6 +28,9 @@ public:
     qint64 bytesAvailable() const override;
     qint64 bytesToWrite() const override;
 
+    /// As any other bytes, but referred to until the last of them has gone. Not null.
+    void writeShared(SharedBytes bytes);
+
     /// Reads nothing more. The connection ends when what has been written is on its way.
     void close() override;
 
@@ -52,6 +55,7 @@ private:
 
     void receive();
     void send();
+    void sendLater();
     void sendWhenWritable(bool isAwaited);
     bool isConnected() const { return descriptor >= 0; }
     void endWhenAllIsSent();

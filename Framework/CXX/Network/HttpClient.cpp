@@ -29,6 +29,8 @@ HttpClient::~HttpClient() = default;
 
 void HttpClient::write(const char* data, int size) { socket->write(data, size); }
 
+void HttpClient::write(SharedBytes bytes) { socket->writeShared(std::move(bytes)); }
+
 void HttpClient::responseFinished() { responseDone = true; }
 
 void HttpClient::close() {

@@ -1,14 +1,16 @@
 #pragma once
 
+#include "Framework/CXX/Network/SharedBytes.h"
+
 #include <QByteArray>
 #include <QObject>
-#include <QTcpSocket>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+class AcceptedSocket;
 class HttpRequest;
 class HttpResponse;
 class HttpServer;
@@ -35,6 +37,7 @@ public:
     ~HttpClient() override;
 
     void write(const char* data, int size);
+    void write(SharedBytes bytes);
     void responseFinished();
     void close();
 
@@ -74,7 +77,7 @@ private:
     int stateBehindHead();
 
     HttpServer* server;
-    QTcpSocket* socket;
+    AcceptedSocket* socket;
     int parseState = Reset;
     std::vector<char> lineBuffer;   ///< the line in progress; in the body state, the body
     std::vector<std::string> lines; ///< of the head, without CR LF

@@ -4,8 +4,11 @@
 
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace {
+
+constexpr std::string_view lineEnd = "\r\n";
 
 const std::map<int, std::string> statusTexts = {
     // clang-format off
@@ -98,23 +101,30 @@ void HttpResponse::sendHeaders() {
 }
 
 void HttpResponse::write(const char* data, int size) {
-    if (chunked)
-        writeChunk(data, size);
-    else
+    beginChunk(size);
+    if (!chunked || size > 0)
         client->write(data, size);
+    endChunk();
 }
 
 void HttpResponse::write(const unsigned char* data, int size) { write(reinterpret_cast<const char*>(data), size); }
 
 void HttpResponse::write(const std::string& data) { write(data.data(), static_cast<int>(data.size())); }
 
-void HttpResponse::writeChunk(const char* data, int size) {
+void HttpResponse::write(SharedBytes bytes) {
+    beginChunk(static_cast<int>(bytes->size()));
+    client->write(std::move(bytes));
+    endChunk();
+}
+
+void HttpResponse::beginChunk(int size) {
+    if (!chunked)
+        return;
     static constexpr std::string_view digits = "0123456789ABCDEF";
-    static constexpr int lineEndSize = 2;
 
     char header[] = "00000000\r\n";
     char* const headerEnd = header + sizeof header - 1;
-    char* firstDigit = headerEnd - lineEndSize;
+    char* firstDigit = headerEnd - lineEnd.size();
     unsigned rest = size > 0 ? static_cast<unsigned>(size) : 0;
     do {
         *--firstDigit = digits[rest % 16];
@@ -122,9 +132,11 @@ void HttpResponse::writeChunk(const char* data, int size) {
     } while (rest != 0);
 
     client->write(firstDigit, static_cast<int>(headerEnd - firstDigit));
-    if (size > 0)
-        client->write(data, size);
-    client->write("\r\n", lineEndSize);
+}
+
+void HttpResponse::endChunk() {
+    if (chunked)
+        client->write(lineEnd.data(), static_cast<int>(lineEnd.size()));
 }
 
 void HttpResponse::finish() {

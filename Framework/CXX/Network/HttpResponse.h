@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Framework/CXX/Network/SharedBytes.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -26,6 +28,8 @@ public:
     void write(const char* data, int size);
     void write(const unsigned char* data, int size);
     void write(const std::string& data);
+    /// Not copied: held until they have gone to the client, or it is gone. Not null.
+    void write(SharedBytes bytes);
 
     /// Ends the response; sends the headers first if they have not gone yet.
     void finish();
@@ -37,7 +41,9 @@ public:
     static std::string statusTextFor(int code);
 
 private:
-    void writeChunk(const char* data, int size);
+    /// Around the bytes of a chunk, which the writer passes on; nothing where there are no chunks.
+    void beginChunk(int size);
+    void endChunk();
 
     HttpClient* client;
     int status = 200;

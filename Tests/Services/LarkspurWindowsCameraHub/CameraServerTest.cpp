@@ -312,6 +312,22 @@ TEST_F(CameraServerTest, AnImageIsReadAgainAndAgain) {
     EXPECT_TRUE(server->getImage("{" + id + "}").empty());
 }
 
+TEST_F(CameraServerTest, AnImageIsSharedNotCopiedAndStaysWithThoseThatShareIt) {
+    startOne();
+    const auto camera = server->getCamera("D");
+    const std::string id = capture(camera).imageId;
+    const auto image = server->shareImage(id);
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(*image, server->getImage(id));
+    EXPECT_EQ(server->shareImage(id), image);
+    EXPECT_EQ(server->shareImage(""), nullptr);
+    const auto before = *image;
+    capture(camera);
+    EXPECT_EQ(server->shareImage(id), nullptr);
+    EXPECT_EQ(image.use_count(), 1);
+    EXPECT_EQ(*image, before);
+}
+
 TEST_F(CameraServerTest, OnlyTheLatestImageIsKeptWhicheverCameraTookIt) {
     start(severalCameras({"D", "E"}, olderExposure()), 2);
     const auto first = server->getCamera("D");

@@ -10,7 +10,9 @@
 #include <QTcpServer>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -93,6 +95,44 @@ TEST_F(AcceptedSocketTest, WhatTheSystemDoesNotTakeIsSentWhenItDoesWithoutAsking
     EXPECT_EQ(calls.counts().at("sendmsg"), sent) << "nothing has changed for it";
     EXPECT_TRUE(turnUntil([&] { return peer.received().ends_with("end"); }));
     EXPECT_TRUE(peer.received() == longReply + "end");
+}
+
+/// More than the system takes at once.
+SharedBytes manyBytes() { return std::make_shared<const std::vector<unsigned char>>(8'000'000, 'x'); }
+
+TEST_F(AcceptedSocketTest, SharedBytesAreHeldUntilTheyHaveGone) {
+    const SharedBytes bytes = manyBytes();
+    serve = [&](const std::string&) {
+        socket.write("head");
+        socket.writeShared(bytes);
+        socket.write("end");
+    };
+    peer.send("request");
+    EXPECT_TRUE(turnUntil([&] { return !peer.received().empty(); }));
+    EXPECT_EQ(bytes.use_count(), 2);
+    EXPECT_TRUE(turnUntil([&] { return peer.received().ends_with("end"); }));
+    EXPECT_TRUE(peer.received() == "head" + std::string(bytes->begin(), bytes->end()) + "end");
+    EXPECT_EQ(bytes.use_count(), 1);
+}
+
+TEST_F(AcceptedSocketTest, SharedBytesMayBeWrittenBetweenRequests) {
+    const SharedBytes bytes = manyBytes();
+    socket.writeShared(bytes);
+    EXPECT_TRUE(turnUntil([&] { return peer.received().size() == bytes->size(); }));
+    EXPECT_EQ(bytes.use_count(), 1);
+}
+
+TEST_F(AcceptedSocketTest, SharedBytesAreLetGoOfWithTheConnection) {
+    const SharedBytes bytes = manyBytes();
+    bool isHeldAtTheEnd = true;
+    QObject::connect(&socket, &QTcpSocket::disconnected, &socket, [&] { isHeldAtTheEnd = bytes.use_count() > 1; });
+    socket.writeShared(bytes);
+    EXPECT_TRUE(turnUntil([&] { return !peer.received().empty(); }));
+    peer.reset();
+    EXPECT_TRUE(turnUntil([&] { return socket.state() == QAbstractSocket::UnconnectedState; }));
+    EXPECT_FALSE(isHeldAtTheEnd);
+    socket.writeShared(bytes);
+    EXPECT_EQ(bytes.use_count(), 1);
 }
 
 TEST_F(AcceptedSocketTest, HasWhatIsLeftOfALongRequestInTheNextTurns) {

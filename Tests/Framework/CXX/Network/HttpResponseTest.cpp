@@ -6,7 +6,9 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
 using namespace std::string_literals;
 
@@ -45,6 +47,29 @@ TEST_F(HttpResponseTest, AContentLengthOf0IsSentAndNotChunked) {
                   response.finish();
               }),
               "HTTP/1.1 200 OK\r\nContent-Length: 0\r\nContent-Type: text/html\r\n\r\n");
+}
+
+TEST_F(HttpResponseTest, SharedBytesGoOutAsTheyAreAndAreNotKept) {
+    const auto bytes = std::make_shared<const std::vector<unsigned char>>(31, 'x');
+    EXPECT_EQ(wire([&](HttpResponse& response) {
+                  response.setContentLength(31);
+                  response.sendHeaders();
+                  response.write(bytes);
+                  response.finish();
+              }),
+              plainResponse(std::string(31, 'x')));
+    EXPECT_EQ(bytes.use_count(), 1);
+}
+
+TEST_F(HttpResponseTest, SharedBytesAreAChunkLikeOthers) {
+    EXPECT_EQ(wire([](HttpResponse& response) {
+                  response.sendHeaders();
+                  response.write(std::make_shared<const std::vector<unsigned char>>(31, 'x'));
+                  response.write(std::make_shared<const std::vector<unsigned char>>());
+                  response.finish();
+              }),
+              "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nTransfer-Encoding: chunked\r\n\r\n1F\r\n" +
+                  std::string(31, 'x') + "\r\n0\r\n\r\n0\r\n\r\n");
 }
 
 TEST_F(HttpResponseTest, ContentLengthHas64Bits) {
