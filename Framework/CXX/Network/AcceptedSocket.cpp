@@ -14,7 +14,10 @@
 
 namespace {
 
-constexpr std::size_t receivedAtOnce = 16384; // bytes; what is left comes in the next turn of the event loop
+// Of one connection in one turn of the event loop, in bytes: some hundred requests, or 50 to 100 us of copying.
+constexpr std::size_t receivedAtOnce = 16384;
+constexpr std::size_t sentAtOnce = 262144;
+
 constexpr std::size_t partsAtOnce = 64;
 
 /// The system would hold the end of a long reply back until the peer has acknowledged what came before, which it does
@@ -111,18 +114,21 @@ void AcceptedSocket::receive() {
 }
 
 void AcceptedSocket::send() {
-    while (!unsent.isEmpty()) {
+    std::size_t left = sentAtOnce;
+    while (!unsent.isEmpty() && left > 0) {
         std::array<iovec, partsAtOnce> parts;
         msghdr message{};
         message.msg_iov = parts.data();
-        message.msg_iovlen = unsent.front(parts, unsent.size());
+        message.msg_iovlen = unsent.front(parts, left);
         const ssize_t count = ::sendmsg(descriptor, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
-        if (count >= 0)
+        if (count >= 0) {
             unsent.take(static_cast<std::size_t>(count));
-        else if (errno == EAGAIN)
+            left -= static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN) {
             break;
-        else if (errno != EINTR)
+        } else if (errno != EINTR) {
             return end();
+        }
     }
     sendWhenWritable(!unsent.isEmpty());
     if (ending && unsent.isEmpty())

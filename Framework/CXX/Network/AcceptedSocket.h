@@ -14,7 +14,9 @@ class QSocketNotifier;
 /// declared here is without effect. Main thread.
 ///
 /// All that is written while `readyRead` is served goes out behind it, in one system call as a rule: a request costs
-/// that one and one for reading it. The system is asked whether it takes more only after it has refused some.
+/// that one and one for reading it. No connection holds the event loop up for the others: in a turn of it, each reads
+/// and sends so much at most that it takes a part of a millisecond, and leaves the rest to the next turns. It waits for
+/// these by having the system say when it takes more, and only then.
 class AcceptedSocket : public QTcpSocket {
     Q_OBJECT
 
@@ -63,7 +65,7 @@ private:
 
     int descriptor = -1;
     QSocketNotifier* readable = nullptr;
-    QSocketNotifier* writable = nullptr; ///< made when the system first takes less than there is
+    QSocketNotifier* writable = nullptr; ///< made when something is first left over
     Queue received;
     SendQueue unsent;
     bool serving = false; ///< `readyRead` is under way
