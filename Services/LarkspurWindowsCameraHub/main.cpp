@@ -1,3 +1,4 @@
+#include "Framework/CXX/Network/EpollDispatcher.h"
 #include "Framework/CXX/System/DescriptorLimit.h"
 #include "Framework/CXX/System/ProcessStart.h"
 #include "Platform/Interface/CameraPlatform.h"
@@ -63,6 +64,7 @@ int main(int argc, char* argv[]) {
         simulateCrash();
 
     LOG4CXX_INFO(serviceLogger(), "Larkspur Windows Camera Hub started.  Waiting for Client connections...");
+    QCoreApplication::setEventDispatcher(new EpollDispatcher); // the application object's from then on
     QCoreApplication application(argc, argv);
     useNeutralLocale(); // the application object has just taken over the user's
 

@@ -4,6 +4,7 @@
 //   tcp-integer every message raises what is no standard exception
 //   tcp-nothing there is no handler for messages
 
+#include "Framework/CXX/Network/EpollDispatcher.h"
 #include "Framework/CXX/Network/HttpRequest.h"
 #include "Framework/CXX/Network/HttpResponse.h"
 #include "Framework/CXX/Network/HttpServer.h"
@@ -38,6 +39,7 @@ void answerWithId(HttpRequest* request, HttpResponse* response) {
 
 int main(int argc, char** argv) {
     prctl(PR_SET_PDEATHSIG, SIGKILL); // goes down with the tests, however they end: some requests make it spin for good
+    QCoreApplication::setEventDispatcher(new EpollDispatcher);
     QCoreApplication application(argc, argv);
     const std::string mode = argc > 1 ? argv[1] : "";
     if (mode == "http") {

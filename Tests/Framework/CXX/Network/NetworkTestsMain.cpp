@@ -1,3 +1,4 @@
+#include "Framework/CXX/Network/EpollDispatcher.h"
 #include "Tests/Framework/CXX/Network/TestConnection.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@ class SettleAfterEachTest : public testing::EmptyTestEventListener {
 } // namespace
 
 int main(int argc, char** argv) {
+    QCoreApplication::setEventDispatcher(new EpollDispatcher);
     QCoreApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new SettleAfterEachTest);
