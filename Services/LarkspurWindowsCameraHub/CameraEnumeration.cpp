@@ -53,11 +53,17 @@ std::map<std::string, FoundCamera> CameraEnumeration::getCameras() const {
     return cameras;
 }
 
+std::uint64_t CameraEnumeration::revision() const {
+    std::lock_guard lock(camerasMutex);
+    return changes;
+}
+
 void CameraEnumeration::Watcher_DeviceAdded(Platform::DeviceWatcher, Platform::DeviceInformation device) {
     Halden::currentClock()->sleepFor(settlingTime);
     const auto found = CameraHelper::processDeviceInfo(device);
 
     std::lock_guard lock(camerasMutex);
+    ++changes;
     for (const FoundCamera& camera : found)
         cameras[camera.description.uid] = camera;
     if (!found.empty())
@@ -74,6 +80,7 @@ void CameraEnumeration::Watcher_DeviceUpdated(Platform::DeviceWatcher, Platform:
 void CameraEnumeration::Watcher_DeviceRemoved(Platform::DeviceWatcher, Platform::DeviceInformationUpdate update) {
     std::lock_guard lock(camerasMutex);
     const std::string id = toUtf8(update->Id());
+    ++changes;
     cameras.erase(id);
     LOG4CXX_INFO(serviceLogger(), "Device removed: " << id);
 }

@@ -3,6 +3,7 @@
 #include "Platform/Interface/DeviceWatcher.h"
 #include "Services/LarkspurWindowsCameraHub/FoundCamera.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -20,6 +21,9 @@ public:
     /// A copy of the map, ascending by the bytes of the uid.
     std::map<std::string, FoundCamera> getCameras() const;
 
+    /// Another number whenever the map may have become another one.
+    std::uint64_t revision() const;
+
     bool isWatcherStarted() const { return watcherStarted; }
 
 private:
@@ -31,8 +35,9 @@ private:
 
     template <typename... Args> auto delegate(void (CameraEnumeration::*handler)(Args...));
 
-    mutable std::mutex camerasMutex; // guards cameras
+    mutable std::mutex camerasMutex; // guards cameras, changes
     Platform::DeviceWatcher watcher;
     std::map<std::string, FoundCamera> cameras;
+    std::uint64_t changes = 0; // of the map so far
     bool watcherStarted = false;
 };

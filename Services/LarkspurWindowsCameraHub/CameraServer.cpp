@@ -8,6 +8,7 @@
 #include "Services/LarkspurWindowsCameraHubNonUWP/ServiceDiagnosticsAndLogging.h"
 
 #include <cassert>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -35,6 +36,7 @@ public:
     impl() { cameraEnumeration->initialize(); }
 
     std::vector<CameraDescription> discover() const;
+    std::shared_ptr<const std::string> discover(std::string (*write)(const std::vector<CameraDescription>&));
     std::shared_ptr<ConnectedCamera> getCamera(const std::string& uid);
     CaptureResult captureImage(std::shared_ptr<ConnectedCamera> camera, int exposureInUs, int percentSelector,
                                double percent, int exposureChangeDelayInMs);
@@ -50,6 +52,8 @@ private:
     int redirectClientId = noClient; // whose redirection of the diagnostics is in force
     std::shared_ptr<CameraEnumeration> cameraEnumeration = std::make_shared<CameraEnumeration>();
     ConnectedCameraMap connectedCameras;
+    std::shared_ptr<const std::string> discovered; // of discoveredRevision; null at first
+    std::uint64_t discoveredRevision = 0;
     mutable std::mutex imagesMutex;            // guards images
     std::map<std::string, SharedBytes> images; // none is null
 };
@@ -59,6 +63,16 @@ std::vector<CameraDescription> CameraServer::impl::discover() const {
     for (const auto& [uid, camera] : cameraEnumeration->getCameras())
         descriptions.push_back(camera.description);
     return descriptions;
+}
+
+std::shared_ptr<const std::string>
+CameraServer::impl::discover(std::string (*write)(const std::vector<CameraDescription>&)) {
+    const std::uint64_t revision = cameraEnumeration->revision(); // before the cameras: they may change in between
+    if (!discovered || revision != discoveredRevision) {
+        discovered = std::make_shared<const std::string>(write(discover()));
+        discoveredRevision = revision;
+    }
+    return discovered;
 }
 
 std::shared_ptr<ConnectedCamera> CameraServer::impl::getCamera(const std::string& uid) {
@@ -151,6 +165,11 @@ CameraServer::CameraServer() : pimpl(std::make_unique<impl>()) {}
 CameraServer::~CameraServer() = default;
 
 std::vector<CameraDescription> CameraServer::discover() const { return pimpl->discover(); }
+
+std::shared_ptr<const std::string>
+CameraServer::discover(std::string (*write)(const std::vector<CameraDescription>&)) const {
+    return pimpl->discover(write);
+}
 
 std::shared_ptr<ConnectedCamera> CameraServer::getCamera(std::string uid) { return pimpl->getCamera(uid); }
 

@@ -24,6 +24,10 @@ public:
     /// The cameras known at this moment, ascending by uid.
     std::vector<CameraDescription> discover() const;
 
+    /// What `write` makes of them. Made anew only when they have changed, which takes all the time of an answer:
+    /// `write` is to be the same function at each call.
+    std::shared_ptr<const std::string> discover(std::string (*write)(const std::vector<CameraDescription>&)) const;
+
     /// The camera of that uid, opened and converged if nobody has it open, which takes more than 2 s; null
     /// if no such camera is known. The camera stays open for as long as somebody holds it. Raises the
     /// platform's errors.

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 #include <utility>
 
 using Halden::RunCatch;
@@ -40,6 +41,48 @@ int truncated(double value) {
         std::clamp<double>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
+std::string asJson(const Json::Value& value) { return Json::HaldenPlainWriter().write(value); }
+
+// Replies are put together from texts, so that a long result is not taken apart for it. Their members stand in the byte
+// order of the names.
+
+void appendMember(std::string& object, const char* name, std::string_view value) {
+    object += object.empty() ? "{\"" : ",\"";
+    object += name;
+    object += "\":";
+    object += value;
+}
+
+std::string resultReply(const Json::Value& id, const std::string& result) {
+    std::string reply;
+    appendMember(reply, ProtocolNames::id, asJson(id));
+    appendMember(reply, ProtocolNames::jsonrpc, asJson(ProtocolNames::jsonrpcVersion));
+    appendMember(reply, ProtocolNames::result, result);
+    return reply + "}\n";
+}
+
+std::string errorReply(const Json::Value& id, const char* message) {
+    Json::Value error;
+    error[ProtocolNames::message] = message;
+    std::string reply;
+    appendMember(reply, ProtocolNames::error, asJson(error));
+    appendMember(reply, ProtocolNames::id, asJson(id));
+    appendMember(reply, ProtocolNames::jsonrpc, asJson(ProtocolNames::jsonrpcVersion));
+    return reply + "}\n";
+}
+
+Json::Value entryOf(const CameraDescription& description) {
+    Json::Value entry;
+    entry[ProtocolNames::uid] = description.uid;
+    entry[ProtocolNames::make] = description.make;
+    entry[ProtocolNames::model] = description.model;
+    entry[ProtocolNames::resolutionX] = description.resolutionX;
+    entry[ProtocolNames::resolutionY] = description.resolutionY;
+    entry[ProtocolNames::exposureMinValueInUs] = description.exposureMinValueInUs;
+    entry[ProtocolNames::exposureMaxValueInUs] = description.exposureMaxValueInUs;
+    return entry;
+}
+
 // A member that is missing reads as 0. The default stands in only for one that cannot be converted.
 
 int readExposureInUs(int defaultValue, const Json::Value& request) {
@@ -62,67 +105,59 @@ PavoCameraClient::PavoCameraClient(qintptr descriptor, std::shared_ptr<CameraSer
     : TCPClient(
           descriptor, [this](std::string message) { return messageHandler(std::move(message)); }, messageDelimiter),
       cameraServer(std::move(server)) {
-    using std::placeholders::_1;
-    handlers[ProtocolNames::cameraDiscover] = std::bind(&PavoCameraClient::discoverHandler, this, _1);
-    handlers[ProtocolNames::cameraCapture] = std::bind(&PavoCameraClient::captureHandler, this, _1);
-    handlers[ProtocolNames::cameraRedirectDiagnostics] =
-        std::bind(&PavoCameraClient::redirectDiagnosticsHandler, this, _1);
-    handlers[ProtocolNames::cameraVersion] = std::bind(&PavoCameraClient::versionHandler, this, _1);
+    const auto written = [this](auto handler) {
+        return [this, handler](const Json::Value& request) { return asJson((this->*handler)(request)); };
+    };
+    handlers[ProtocolNames::cameraDiscover] = [this](const Json::Value& request) { return discoverHandler(request); };
+    handlers[ProtocolNames::cameraCapture] = written(&PavoCameraClient::captureHandler);
+    handlers[ProtocolNames::cameraRedirectDiagnostics] = written(&PavoCameraClient::redirectDiagnosticsHandler);
+    handlers[ProtocolNames::cameraVersion] = written(&PavoCameraClient::versionHandler);
 }
 
 std::string PavoCameraClient::messageHandler(std::string message) {
-    LOG4CXX_DEBUG(communicationLogger(), "--> " << message);
+    const log4cxx::LoggerPtr logger = communicationLogger();
+    LOG4CXX_DEBUG(logger, "--> " << message);
+    LOG4CXX_DEBUG(logger, "parsing...");
     Json::Value request;
-    Json::Value response;
-    response[ProtocolNames::jsonrpc] = ProtocolNames::jsonrpcVersion;
-
-    LOG4CXX_DEBUG(communicationLogger(), "parsing...");
     std::string parserReport;
+    std::string reply;
     if (Halden::parseMessage(message, request, parserReport)) {
-        respond(request, response);
+        reply = respond(request);
     } else {
+        Json::Value response;
+        response[ProtocolNames::jsonrpc] = ProtocolNames::jsonrpcVersion;
         response[ProtocolNames::code] = parseErrorCode;
         response[ProtocolNames::message] = "Parse Error";
-        LOG4CXX_ERROR(communicationLogger(), "<-- Error parsing [" << message << "]:" << parserReport);
+        LOG4CXX_ERROR(logger, "<-- Error parsing [" << message << "]:" << parserReport);
+        reply = Halden::writeMessage(response);
     }
-
-    std::string reply = Halden::writeMessage(response);
-    LOG4CXX_DEBUG(communicationLogger(), "<-- " << reply);
+    LOG4CXX_DEBUG(logger, "<-- " << reply);
     return reply;
 }
 
-void PavoCameraClient::respond(const Json::Value& request, Json::Value& response) {
+std::string PavoCameraClient::respond(const Json::Value& request) {
     // Outside the guard: a request that has no members, or a method that is no text, ends the process.
-    response[ProtocolNames::id] = Halden::member(request, ProtocolNames::id);
+    const Json::Value& id = Halden::member(request, ProtocolNames::id);
     const std::string method = Halden::asString(Halden::member(request, ProtocolNames::method));
     try {
         const auto handler = handlers.find(method);
         if (handler == handlers.end())
             throw MethodNotSupported(method);
         LOG4CXX_DEBUG(communicationLogger(), "handling method -- " << method);
-        response[ProtocolNames::result] = handler->second(request);
+        return resultReply(id, handler->second(request));
     } catch (const ServiceException& exception) {
         LOG4CXX_ERROR(deviceLogger(), exception.what());
-        Json::Value error;
-        error[ProtocolNames::message] = exception.what();
-        response[ProtocolNames::error] = error;
+        return errorReply(id, exception.what());
     }
 }
 
-Json::Value PavoCameraClient::discoverHandler(const Json::Value&) {
-    Json::Value cameras(Json::arrayValue);
-    for (const CameraDescription& description : cameraServer->discover()) {
-        Json::Value entry;
-        entry[ProtocolNames::uid] = description.uid;
-        entry[ProtocolNames::make] = description.make;
-        entry[ProtocolNames::model] = description.model;
-        entry[ProtocolNames::resolutionX] = description.resolutionX;
-        entry[ProtocolNames::resolutionY] = description.resolutionY;
-        entry[ProtocolNames::exposureMinValueInUs] = description.exposureMinValueInUs;
-        entry[ProtocolNames::exposureMaxValueInUs] = description.exposureMaxValueInUs;
-        cameras.append(entry);
-    }
-    return cameras;
+std::string PavoCameraClient::discoverHandler(const Json::Value&) {
+    return *cameraServer->discover([](const std::vector<CameraDescription>& descriptions) {
+        Json::Value cameras(Json::arrayValue);
+        for (const CameraDescription& description : descriptions)
+            cameras.append(entryOf(description));
+        return asJson(cameras);
+    });
 }
 
 Json::Value PavoCameraClient::captureHandler(const Json::Value& request) {

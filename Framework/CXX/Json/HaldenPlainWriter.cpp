@@ -1,5 +1,6 @@
 #include "Framework/CXX/Json/HaldenPlainWriter.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <locale>
 #include <sstream>
@@ -14,40 +15,48 @@ namespace {
 
 constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
+bool isPlain(char character) {
+    return static_cast<unsigned char>(character) >= 0x20 && character != '"' && character != '\\';
+}
+
+void appendEscaped(std::string& out, char character) {
+    switch (character) {
+    case '"':
+        out += "\\\"";
+        break;
+    case '\\':
+        out += "\\\\";
+        break;
+    case '\b':
+        out += "\\b";
+        break;
+    case '\f':
+        out += "\\f";
+        break;
+    case '\n':
+        out += "\\n";
+        break;
+    case '\r':
+        out += "\\r";
+        break;
+    case '\t':
+        out += "\\t";
+        break;
+    default:
+        out += "\\u00";
+        out += hexDigits[static_cast<unsigned char>(character) >> 4];
+        out += hexDigits[character & 0xF];
+    }
+}
+
 void appendString(std::string& out, std::string_view text) {
     out += '"';
-    for (const char character : text) {
-        switch (character) {
-        case '"':
-            out += "\\\"";
-            break;
-        case '\\':
-            out += "\\\\";
-            break;
-        case '\b':
-            out += "\\b";
-            break;
-        case '\f':
-            out += "\\f";
-            break;
-        case '\n':
-            out += "\\n";
-            break;
-        case '\r':
-            out += "\\r";
-            break;
-        case '\t':
-            out += "\\t";
-            break;
-        default:
-            if (const auto code = static_cast<unsigned char>(character); code < 0x20) {
-                out += "\\u00";
-                out += hexDigits[code >> 4];
-                out += hexDigits[code & 0xF];
-            } else {
-                out += character;
-            }
-        }
+    while (!text.empty()) {
+        const auto special = std::find_if_not(text.begin(), text.end(), isPlain);
+        out.append(text.begin(), special);
+        if (special != text.end())
+            appendEscaped(out, *special);
+        text = {special == text.end() ? special : special + 1, text.end()};
     }
     out += '"';
 }

@@ -39,18 +39,20 @@ void TCPClient::readClient() {
     // Again after each round: what arrived while a message was handled is taken in the same call.
     for (qint64 available = socket->bytesAvailable(); available != 0; available = socket->bytesAvailable()) {
         const QByteArray bytes = socket->read(available);
-        for (const char byte : bytes)
-            takeByte(byte);
+        takeBytes({bytes.data(), static_cast<std::size_t>(bytes.size())});
     }
 }
 
-void TCPClient::takeByte(char byte) {
-    if (clientState != Working)
-        return;
-    if (byte == delimiter)
+void TCPClient::takeBytes(std::string_view bytes) {
+    while (clientState == Working && !bytes.empty()) { // a handler may have closed this side
+        const std::size_t end = bytes.find(delimiter);
+        const std::string_view piece = bytes.substr(0, end);
+        buffer.insert(buffer.end(), piece.begin(), piece.end());
+        if (end == std::string_view::npos)
+            return;
         answerMessage();
-    else
-        buffer.push_back(byte);
+        bytes.remove_prefix(end + 1);
+    }
 }
 
 void TCPClient::answerMessage() {

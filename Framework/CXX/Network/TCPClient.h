@@ -5,6 +5,7 @@
 #include <QTcpSocket>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// A message in, its reply out.
@@ -40,7 +41,7 @@ protected:
 private:
     enum ClientState { ClosedByUs = 0, Working = 1 };
 
-    void takeByte(char byte);
+    void takeBytes(std::string_view bytes);
     void answerMessage();
 
     QTcpSocket* socket;

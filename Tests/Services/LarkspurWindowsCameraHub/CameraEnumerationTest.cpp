@@ -1,5 +1,7 @@
 #include "Tests/Services/LarkspurWindowsCameraHub/CameraEnumerationFixture.h"
 
+#include <set>
+
 namespace {
 
 class CameraEnumerationTest : public CameraEnumerationFixture {};
@@ -26,6 +28,23 @@ TEST_F(CameraEnumerationTest, DevicesThatArePresentAppearByUidInTheOrderOfBytes)
     useScenario(groups(group("b") + ", " + group("ä") + ", " + group("a") + ", " + group("ab") + ", " + group("B")));
     start();
     EXPECT_TRUE(waitForUids({"B", "a", "ab", "b", "ä"}));
+}
+
+TEST_F(CameraEnumerationTest, HasAnotherRevisionWheneverTheMapHasChanged) {
+    startScripted(groups(group("cam", 16) + ", " + group("other", 16)));
+    std::vector<std::uint64_t> revisions{enumeration->revision()};
+    const auto note = [&] { revisions.push_back(enumeration->revision()); };
+    watcher->added(deviceWithId("cam"));
+    note();
+    watcher->added(deviceWithId("other"));
+    note();
+    watcher->added(deviceWithId("cam")); // again: another record
+    note();
+    watcher->removed(updateOf("cam"));
+    note();
+    EXPECT_EQ(std::set(revisions.begin(), revisions.end()).size(), revisions.size());
+    watcher->updated(updateOf("other")); // which changes nothing in the record
+    EXPECT_EQ(enumeration->revision(), revisions.back());
 }
 
 TEST_F(CameraEnumerationTest, AnotherLetterCaseIsAnotherCamera) {

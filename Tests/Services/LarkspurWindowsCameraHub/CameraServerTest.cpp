@@ -95,6 +95,27 @@ TEST_F(CameraServerTest, CamerasAreDiscoveredInTheOrderOfTheirUids) {
     EXPECT_EQ(uids, (Texts{"B", "a", "b"}));
 }
 
+TEST_F(CameraServerTest, WhatIsWrittenOfTheCamerasIsKeptUntilTheyChange) {
+    static int timesWritten;
+    timesWritten = 0;
+    const auto uids = [](const std::vector<CameraDescription>& cameras) {
+        ++timesWritten;
+        std::string text;
+        for (const CameraDescription& camera : cameras)
+            text += camera.uid + " ";
+        return text;
+    };
+    start(severalCameras({"b", "a"}, "{}"), 2);
+    EXPECT_EQ(*server->discover(uids), "a b ");
+    EXPECT_EQ(*server->discover(uids), "a b ");
+    EXPECT_EQ(timesWritten, 1);
+    const auto before = server->discover(uids);
+    changeScenario(R"("groups": [])");
+    EXPECT_TRUE(waitUntil([&] { return server->discover(uids)->empty(); }));
+    EXPECT_EQ(*before, "a b ");
+    EXPECT_LE(timesWritten, 3);
+}
+
 TEST_F(CameraServerTest, WithoutCamerasNoneIsDiscovered) {
     useScenario(R"("groups": [])");
     EXPECT_TRUE(CameraServer().discover().empty());
