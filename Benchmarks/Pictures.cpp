@@ -44,7 +44,7 @@ struct Scene {
 };
 
 constexpr Scene scenes[] = {
-    {"dense", 9, 0.75F, 3}, {"ordinary", 7, 0.55F, 1}, {"soft", 4, 0.4F, 0.4F}, {"noise", 7, 0.55F, 20}};
+    {"dense", 9, 0.75F, 3}, {"ordinary", 7, 0.55F, 1}, {"soft", 4, 0.4F, 0.8F}, {"noise", 7, 0.55F, 10}};
 
 /// The light of the three colours at a place, from 0 to 255. Large forms are coloured, fine ones are grey.
 std::array<float, 3> lightAt(const Scene& scene, float x, float y) {
@@ -101,6 +101,16 @@ RgbImage readPpm(const std::filesystem::path& path) {
 
 } // namespace
 
+Picture readPicture(const std::filesystem::path& file) { return {file.stem().string(), readPpm(file)}; }
+
+void writePpm(const RgbImage& image, const std::filesystem::path& file) {
+    std::ofstream stream(file, std::ios::binary);
+    stream << "P6\n" << image.width << ' ' << image.height << "\n255\n";
+    stream.write(reinterpret_cast<const char*>(image.pixels.data()), static_cast<std::streamsize>(image.pixels.size()));
+    if (!stream.flush())
+        throw std::runtime_error(file.string() + " cannot be written");
+}
+
 std::vector<Picture> drawnPictures(std::uint32_t width, std::uint32_t height) {
     std::vector<Picture> pictures;
     for (const Scene& scene : scenes)
@@ -113,7 +123,7 @@ std::vector<Picture> picturesIn(const std::filesystem::path& folder) {
     std::vector<Picture> pictures;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
         if (entry.path().extension() == ".ppm")
-            pictures.push_back({entry.path().stem().string(), readPpm(entry.path())});
+            pictures.push_back(readPicture(entry.path()));
     std::ranges::sort(pictures, {}, &Picture::name);
     return pictures;
 }

@@ -17,7 +17,12 @@ struct Picture {
 /// The same ones each time.
 std::vector<Picture> drawnPictures(std::uint32_t width, std::uint32_t height);
 
-/// The PPM files (P6, 8 bits) of a folder by their names. Throws std::runtime_error for one that is damaged.
+/// A PPM file (P6, 8 bits), and its name. Throws std::runtime_error for one that is damaged.
+Picture readPicture(const std::filesystem::path& file);
+/// Throws std::runtime_error where it cannot be written.
+void writePpm(const Platform::Imaging::RgbImage& image, const std::filesystem::path& file);
+
+/// The PPM files of a folder by their names. Throws std::runtime_error for one that is damaged.
 std::vector<Picture> picturesIn(const std::filesystem::path& folder);
 
 } // namespace Benchmarks
