@@ -28,8 +28,8 @@ tidy_packages=(clang-tidy-19)
 # The second compiler, of the preset clang.
 clang_packages=(clang-19)
 
-# What Benchmarks takes besides: other makers of PNG.
-bench_packages=(libspng-dev libisal-dev)
+# What Benchmarks takes besides: other makers of PNG, other servers, a client for them.
+bench_packages=(libspng-dev libisal-dev nginx-light redis-server wrk)
 
 # What keeps a machine busy while scripts/repeat.sh looks for tests that cannot bear that.
 stress_packages=(stress-ng)
