@@ -65,16 +65,20 @@ class TimedLines:
     def forget(self) -> None:
         self._lines.clear()
 
-    def marks(self) -> dict[str, float]:
-        """When each of the steps ended: the first line, behind that of the step before, that begins as it does."""
-        found: dict[str, float] = {}
-        lines = iter(list(self._lines))
-        for beginning, step in MARKS.items():
-            for when, line in lines:
-                if line.startswith(beginning):
-                    found[step] = when
-                    break
-        return found
+    def so_far(self) -> list[tuple[float, str]]:
+        return list(self._lines)
+
+
+def marks(lines: list[tuple[float, str]]) -> dict[str, float]:
+    """When each of the steps ended: the first line, behind that of the step before, that begins as it does."""
+    found: dict[str, float] = {}
+    remaining = iter(lines)
+    for beginning, step in MARKS.items():
+        for when, line in remaining:
+            if line.startswith(beginning):
+                found[step] = when
+                break
+    return found
 
 
 @contextmanager
@@ -96,11 +100,11 @@ def still(hub: Hub, lines: TimedLines, steps: CaptureSteps, uid: str) -> dict[st
     begin = time.monotonic()
     resid = rpc.capture(uid, exposureInUs=NEUTRAL_EXPOSURE_US)["resid"]
     end = time.monotonic()
-    marks = wait_until(lambda: found if len(found := lines.marks()) == len(MARKS) else None, "the log of a capture")
+    ends = wait_until(lambda: found if len(found := marks(lines.so_far())) == len(MARKS) else None, "the log of a still")
     rpc.close()
     times = dict.fromkeys(STEPS, 0.0)
     last = begin
-    for step, when in marks.items():
+    for step, when in ends.items():
         times[step], last = when - last, when
     times["reply"] = end - last
     times["request to reply"] = end - begin
