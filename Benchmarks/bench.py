@@ -20,6 +20,7 @@ from captures import captures, process
 from figures import Figure, Measurement, table
 from harness import hub
 from harness.network import allow_networks
+from machine import description
 from programs import NotBuilt, table_of
 from serving import crowds, images, messages
 from timeline import timeline
@@ -89,6 +90,7 @@ def parse(arguments: list[str]) -> argparse.Namespace:
 def main(arguments: list[str]) -> int:
     options = parse(arguments)
     prepare()
+    print(description(), flush=True)
     begin = time.monotonic()
     tables = options.table or list(TABLES)
     is_good = True

@@ -125,7 +125,7 @@ class Measurement:
 
     figures: Sequence[Figure]
     measure: Callable[[], Sequence[Round]]
-    rounds: int = 5
+    rounds: int = 9
 
     REPEATS = 2  # of a measurement with a must that is not met
 

@@ -16,6 +16,8 @@ from harness.hub import HTTP_PORT, ROOT, RPC_PORT, Hub
 from harness.network import Network
 from harness.wait import wait_until
 
+Process = subprocess.Popen[bytes]
+
 PROGRAMS = ROOT / "build/bin"
 NGINX_PORT, REDIS_PORT = 8142, 8141
 
@@ -49,7 +51,7 @@ def hub_with(folder: Path, scenario: dict[str, Any]) -> Iterator[Hub]:
 
 
 @contextmanager
-def running(network: Network, command: Sequence[str | Path], port: int) -> Iterator[subprocess.Popen[bytes]]:
+def running(network: Network, command: Sequence[str | Path], port: int) -> Iterator[Process]:
     """A server that ends with the block, or with this process."""
     process = network.run(subprocess.Popen, ["setpriv", "--pdeathsig", "KILL", *command], stdin=subprocess.DEVNULL,
                           stdout=subprocess.DEVNULL)
@@ -71,7 +73,7 @@ def running(network: Network, command: Sequence[str | Path], port: int) -> Itera
 
 
 @contextmanager
-def nginx(folder: Path, network: Network) -> Iterator[subprocess.Popen[bytes]]:
+def nginx(folder: Path, network: Network) -> Iterator[Process]:
     """Serves the files of `folder`/files: one process, by sendfile, without a log."""
     (folder / "files").mkdir(parents=True, exist_ok=True)
     (folder / "nginx.conf").write_text(NGINX_CONFIGURATION % NGINX_PORT, encoding="ascii")
@@ -81,7 +83,7 @@ def nginx(folder: Path, network: Network) -> Iterator[subprocess.Popen[bytes]]:
 
 
 @contextmanager
-def redis(folder: Path, network: Network) -> Iterator[subprocess.Popen[bytes]]:
+def redis(folder: Path, network: Network) -> Iterator[Process]:
     """Keeps nothing on the disk."""
     command = ["redis-server", "--port", str(REDIS_PORT), "--bind", "127.0.0.1", "--save", "", "--appendonly", "no",
                "--dir", folder]
@@ -89,7 +91,7 @@ def redis(folder: Path, network: Network) -> Iterator[subprocess.Popen[bytes]]:
         yield process
 
 
-def processor_time(process: subprocess.Popen[bytes]) -> float:
+def processor_time(process: Process) -> float:
     """Seconds that it has taken so far, in user and kernel mode, to the nanosecond."""
     clock = ctypes.c_int()
     error = ctypes.CDLL(None).clock_getcpuclockid(process.pid, ctypes.byref(clock))

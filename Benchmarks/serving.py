@@ -1,17 +1,16 @@
 """The tables of the two protocols: images beside nginx, messages beside redis."""
 
-import subprocess
 import time
 from collections.abc import Iterator
 from pathlib import Path
 from typing import Any
 
 from cameras import NEUTRAL_EXPOSURE_US, cameras, many_cameras
-from figures import Figure, Measurement, Round, at_least, at_most
+from figures import Figure, Goal, Measurement, Round, at_least, at_most
 from harness.hub import HTTP_PORT, RPC_PORT, Hub
 from pictures import write_noise
-from servers import (NGINX_PORT, PING, VERSION, Peer, call, exchange, exchanging, get, hub_with, image, new_folder,
-                     nginx, proc_number, processor_time, redis, wrk)
+from servers import (NGINX_PORT, PING, VERSION, Peer, Process, call, exchange, exchanging, get, hub_with, image,
+                     new_folder, nginx, proc_number, processor_time, redis, wrk)
 
 GB, KB, MS, US = 1e9, 1024, 1e3, 1e6
 
@@ -51,26 +50,26 @@ def images(folder: Path) -> Iterator[Measurement]:
 
 def latency(hub: Hub, name: str, resid: str) -> Measurement:
     def measure() -> list[Round]:
-        times = [exchange(hub.network, peer, "0.3s").median for peer in (image(resid), get(NGINX_PORT, f"/{resid}"))]
+        times = [exchange(hub.network, peer, "0.2s").median for peer in (image(resid), get(NGINX_PORT, f"/{resid}"))]
         return [Round(times[0] * MS, times[1] * MS)]
 
     return Measurement([Figure(f"GET of {name}, median", at_most(1.5, 1.1), "ms", "nginx")], measure)
 
 
-def throughput_for_wrk(hub: Hub, connections: int, goal: object, resid: str) -> Measurement:
+def throughput_for_wrk(hub: Hub, connections: int, goal: Goal, resid: str) -> Measurement:
     def measure() -> list[Round]:
         return [Round(wrk(hub.network, HTTP_PORT, f"/res/{resid}", connections),
                       wrk(hub.network, NGINX_PORT, f"/{resid}", connections))]
 
-    return Measurement([Figure(f"GET of 7 MB, wrk, {counted(connections)}", goal, "/s", "nginx")], measure, 3)
+    return Measurement([Figure(f"GET of 7 MB, wrk, {counted(connections)}", goal, "/s", "nginx")], measure, 5)
 
 
-def throughput(hub: Hub, reference: subprocess.Popen[bytes], connections: int, goals: tuple, resid: str) -> Measurement:
+def throughput(hub: Hub, reference: Process, connections: int, goals: tuple[Goal, Goal], resid: str) -> Measurement:
     def measure() -> list[Round]:
         rates, costs = [], []
         for peer, process in ((image(resid), hub.process), (get(NGINX_PORT, f"/{resid}"), reference)):
             before = processor_time(process)
-            result = exchange(hub.network, peer, "0.5s", connections)
+            result = exchange(hub.network, peer, "0.3s", connections)
             rates.append(result.rate)
             costs.append((processor_time(process) - before) / (result.bytes / GB))
         return [Round(*rates), Round(*costs)]
@@ -90,12 +89,12 @@ def messages(folder: Path) -> Iterator[Measurement]:
         yield discovery(hub)
 
 
-def ping_pong(hub: Hub, reference: subprocess.Popen[bytes], connections: int, goals: list) -> Measurement:
+def ping_pong(hub: Hub, reference: Process, connections: int, goals: list[Goal]) -> Measurement:
     def measure() -> list[Round]:
         rates, costs = [], []
         for peer, process in ((VERSION, hub.process), (PING, reference)):
             before = processor_time(process)
-            result = exchange(hub.network, peer, "0.4s", connections)
+            result = exchange(hub.network, peer, "0.25s", connections)
             rates.append(result.rate)
             costs.append((processor_time(process) - before) / result.requests * US)
         return [Round(*rates), Round(*costs)][:len(goals)]
@@ -107,7 +106,7 @@ def ping_pong(hub: Hub, reference: subprocess.Popen[bytes], connections: int, go
 
 
 def rate_of_one(hub: Hub, peer: Peer) -> float:
-    return exchange(hub.network, peer, "0.4s").rate
+    return exchange(hub.network, peer, "0.25s").rate
 
 
 def beside_idle_connections(hub: Hub) -> Measurement:

@@ -100,7 +100,7 @@ def still(hub: Hub, lines: TimedLines, steps: CaptureSteps, uid: str) -> dict[st
     begin = time.monotonic()
     resid = rpc.capture(uid, exposureInUs=NEUTRAL_EXPOSURE_US)["resid"]
     end = time.monotonic()
-    ends = wait_until(lambda: found if len(found := marks(lines.so_far())) == len(MARKS) else None, "the log of a still")
+    ends = wait_until(lambda: found if len(found := marks(lines.so_far())) == len(MARKS) else None, "a still's log")
     rpc.close()
     times = dict.fromkeys(STEPS, 0.0)
     last = begin

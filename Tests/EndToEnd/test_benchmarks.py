@@ -99,6 +99,7 @@ def run(monkeypatch, capsys):
     """Runs the benchmarks with other tables in place of their own."""
     def run(*arguments, **tables):
         monkeypatch.setattr(bench, "prepare", lambda: None)
+        monkeypatch.setattr(bench, "description", lambda: "a machine")
         monkeypatch.setattr(bench, "TABLES", {name: (name, made) for name, made in tables.items()})
         code = bench.main(list(arguments))
         return code, capsys.readouterr().out
