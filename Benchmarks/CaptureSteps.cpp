@@ -5,11 +5,14 @@
 // of its input a JSON object of medians in seconds:
 //   still       a simulated camera's still from the scene to the end of the PNG file
 //   encoding    the PNG file alone
-//   conversion  a YUYV frame to RGB
+//   conversion  the rows of a YUYV frame to RGB
+// Memory is kept and a second thread helps as in the hub.
 
 #include "Benchmarks/Pictures.h"
+#include "Framework/CXX/System/ProcessStart.h"
 #include "Platform/Imaging/FrameConverter.h"
 #include "Platform/Imaging/PngEncoder.h"
+#include "Platform/Shared/RunBeside.h"
 #include "Platform/Simulated/Picture/SceneRenderer.h"
 
 #include <algorithm>
@@ -19,6 +22,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -80,6 +84,13 @@ public:
         std::ofstream stream(_capture.picture, std::ios::binary);
         if (!stream.write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size())))
             throw std::runtime_error("cannot write " + _capture.picture.string());
+        _rgbLayout = {FrameFormat::Rgb24,
+                      width,
+                      height,
+                      Platform::Imaging::stridesFrom(FrameFormat::Rgb24, 3 * width),
+                      Platform::Imaging::YuvMatrix::Bt601,
+                      Platform::Imaging::SampleRange::Full};
+        _row.resize(std::size_t{3} * width);
         _frameLayout = {FrameFormat::Yuyv, width, height, Platform::Imaging::stridesFrom(FrameFormat::Yuyv, 2 * width)};
         _frame.assign(_image.pixels.begin(), _image.pixels.begin() + std::ptrdiff_t{2} * width * height);
         still(); // reads the picture
@@ -95,8 +106,8 @@ public:
         Times conversions;
         for (int i = 0; i < times; ++i) {
             stills.take([&] { still(); });
-            encodings.take([&] { Platform::Imaging::encodePng(_image); });
-            conversions.take([&] { Platform::Imaging::convertFrame(_frameLayout, _frame); });
+            encodings.take([&] { encode(); });
+            conversions.take([&] { convert(); });
         }
         std::printf(R"({"still": %.9f, "encoding": %.9f, "conversion": %.9f})"
                     "\n",
@@ -104,13 +115,30 @@ public:
     }
 
 private:
-    void still() { _renderer.renderPng(_capture, _image.width, _image.height, {"", _capture.neutralExposure, 0, ""}); }
+    void still() {
+        _renderer.renderPng(_capture, _image.width, _image.height, {"", _capture.neutralExposure, 0, ""}, _runBeside);
+    }
+
+    void encode() {
+        const auto rows = Platform::Imaging::openFrame(_rgbLayout, _image.pixels);
+        Platform::Imaging::encodePng(*rows, _runBeside);
+    }
+
+    void convert() {
+        const auto rows = Platform::Imaging::openFrame(_frameLayout, _frame);
+        for (std::uint32_t y = 0; y < _image.height; ++y)
+            rows->read(_row.data());
+    }
 
     RgbImage _image;
     Platform::Simulated::CaptureDefinition _capture;
     SceneRenderer _renderer;
+    FrameLayout _rgbLayout;
     FrameLayout _frameLayout;
     std::vector<std::uint8_t> _frame;
+    std::vector<std::uint8_t> _row;
+    const Platform::Imaging::Png::RunBeside _runBeside =
+        Platform::Shared::runBeside(std::make_shared<Platform::Shared::WorkerPool>());
 };
 
 void serve(const std::filesystem::path& folder) {
@@ -137,6 +165,7 @@ int main(int argc, char* argv[]) {
         std::fprintf(stderr, "Usage: %s FOLDER\n", argv[0]);
         return 2;
     }
+    Halden::System::keepFreedMemory();
     try {
         serve(argv[1]);
     } catch (const std::exception& error) {

@@ -50,7 +50,7 @@ MAY_INCLUDE = {
         "Services/LarkspurWindowsCameraHubNonUWP",
     ],
     "Tests": ["Framework", "Platform", "Services"],
-    "Benchmarks": ["Platform", "Tests/Platform/Imaging"],
+    "Benchmarks": ["Framework/CXX/System", "Platform", "Tests/Platform/Imaging"],
 }
 
 # What single files may include besides.

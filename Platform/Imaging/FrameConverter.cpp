@@ -36,10 +36,15 @@ class PixelRows final : public PictureRows {
 public:
     PixelRows(const FrameLayout& layout, std::span<const std::uint8_t> bytes, const PixelOrder& order)
         : PictureRows({layout.width, layout.height}), _bytes(bytes), _stride(layout.strides[0]), _order(order),
-          _table(fullRangeTable(layout.range)) {}
+          _table(fullRangeTable(layout.range)),
+          _asTheyAre(layout.format == FrameFormat::Rgb24 && layout.range == SampleRange::Full) {}
 
     void read(std::uint8_t* row) override {
         const std::uint8_t* source = _bytes.data() + _next++ * _stride;
+        if (_asTheyAre) {
+            std::copy_n(source, std::size_t{3} * size().width, row);
+            return;
+        }
         for (std::size_t x = 0; x < size().width; ++x, source += _order.size) {
             *row++ = _table[source[_order.red]];
             *row++ = _table[source[_order.green]];
@@ -52,6 +57,7 @@ private:
     const std::size_t _stride;
     const PixelOrder _order;
     const Table _table;
+    const bool _asTheyAre;
     std::size_t _next = 0;
 };
 
