@@ -112,10 +112,9 @@ void NotifierSet::appendAlwaysReady() {
 }
 
 int NotifierSet::deliver() {
-    // An event loop within a handler has waited by itself, and been told again of what is left here.
     const std::uint64_t round = waits;
     int delivered = 0;
-    for (std::size_t i = 0; round == waits && i < ready.size(); ++i)
+    for (std::size_t i = 0; i < ready.size(); ++i)
         delivered += deliver(epoll_event(ready[i]), round);
     return delivered;
 }
@@ -124,7 +123,7 @@ int NotifierSet::deliver(const epoll_event& event, std::uint64_t round) {
     const auto descriptor = static_cast<int>(event.data.u64 & 0xFFFFFFFF);
     const auto serial = static_cast<std::uint32_t>(event.data.u64 >> 32);
     const auto watch = watches.find(descriptor);
-    if (watch == watches.end() || watch->second.serial != serial)
+    if (watch == watches.end())
         return 0;
     QVarLengthArray<QSocketNotifier*, 4> notifiers;
     for (const Kind& kind : kinds)
@@ -134,6 +133,7 @@ int NotifierSet::deliver(const epoll_event& event, std::uint64_t round) {
                     notifiers.append(notifier);
     int delivered = 0;
     for (QSocketNotifier* const notifier : notifiers) {
+        // An event loop within a handler has waited by itself, and been told again of what was left here.
         if (round != waits || !isWatched(descriptor, serial, notifier))
             continue;
         QEvent activation(QEvent::SockAct);

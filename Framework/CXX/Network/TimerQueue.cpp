@@ -49,7 +49,7 @@ int TimerQueue::deliver() {
     const Clock::time_point now = Clock::now();
     std::vector<std::uint64_t> due;
     for (const Timer& timer : timers)
-        if (timer.due <= now && !timer.isDelivering)
+        if (timer.due <= now)
             due.push_back(timer.serial);
     return static_cast<int>(
         std::count_if(due.begin(), due.end(), [&](std::uint64_t serial) { return deliver(serial, now); }));

@@ -103,12 +103,18 @@ TEST(EpollDispatcherTest, ALoopEndsWhenAnotherThreadEndsIt) {
     }
 }
 
-TEST(EpollDispatcherTest, AnInterruptWithinAPostedEventKeepsItFromWaiting) {
+TEST(EpollDispatcherTest, AnInterruptWithinAPostedEventEndsTheTurn) {
     QObject receiver;
+    const Readable readable;
+    QSocketNotifier notifier(readable.descriptor, QSocketNotifier::Read);
+    int activations = 0;
+    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&] { ++activations; });
     QMetaObject::invokeMethod(
         &receiver, [] { QAbstractEventDispatcher::instance()->interrupt(); }, Qt::QueuedConnection);
-    QEventLoop().processEvents(QEventLoop::WaitForMoreEvents); // returns
-    settleEventLoop();
+    EXPECT_FALSE(QEventLoop().processEvents(QEventLoop::WaitForMoreEvents)); // returns
+    EXPECT_EQ(activations, 0);
+    EXPECT_TRUE(QEventLoop().processEvents(QEventLoop::AllEvents));
+    EXPECT_EQ(activations, 1);
 }
 
 TEST(EpollDispatcherTest, ComesToRestAndWaitsForNothingUnlessItIsTold) {

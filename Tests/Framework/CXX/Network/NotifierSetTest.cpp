@@ -277,19 +277,20 @@ TEST_F(NotifierSetTest, NoneIsForgottenWhereManyAreReady) {
 TEST_F(NotifierSetTest, ALoopWithinAHandlerLeavesNothingToBeToldTwice) {
     Pair first;
     Pair second;
-    first.fill();
-    second.fill();
+    Pair third;
     int told = 0;
     const auto handle = [&](Pair& pair) {
         pair.empty();
         if (++told == 1)
             turn();
     };
-    Counting one(first.own(), read, [&] { handle(first); });
-    Counting two(second.own(), read, [&] { handle(second); });
+    const Counting one(first.own(), read, [&] { handle(first); });
+    const Counting two(second.own(), read, [&] { handle(second); });
+    const Counting three(third.own(), read, [&] { handle(third); });
+    for (Pair* const pair : {&first, &second, &third})
+        pair->fill();
     turn();
-    EXPECT_EQ(one.count, 1);
-    EXPECT_EQ(two.count, 1);
+    EXPECT_EQ(std::vector({one.count, two.count, three.count}), std::vector({1, 1, 1}));
 }
 
 } // namespace
