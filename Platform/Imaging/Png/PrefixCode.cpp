@@ -10,24 +10,25 @@ namespace {
 
 constexpr unsigned longestOfAll = 15;
 
-struct Symbol {
-    std::uint32_t count;
-    std::uint32_t index;
-};
+/// A symbol's count, above what its number takes: in their order, so that to sort them compares plain numbers.
+using Symbol = std::uint64_t;
+constexpr unsigned numberBits = 32;
+
+constexpr Symbol symbolOf(std::uint32_t count, std::uint32_t number) { return Symbol{count} << numberBits | number; }
+constexpr auto countOf(Symbol symbol) { return static_cast<std::uint32_t>(symbol >> numberBits); }
+constexpr auto numberOf(Symbol symbol) { return static_cast<std::uint32_t>(symbol); }
 
 /// Those that occur, at least two, the rarest first.
 std::vector<Symbol> symbolsByCount(std::span<const std::uint32_t> counts) {
     std::vector<Symbol> symbols;
     symbols.reserve(counts.size());
-    for (std::uint32_t index = 0; index < counts.size(); ++index)
-        if (counts[index] > 0)
-            symbols.push_back({counts[index], index});
-    for (std::uint32_t index = 0; symbols.size() < 2; ++index)
-        if (counts[index] == 0)
-            symbols.push_back({1, index});
-    std::ranges::sort(symbols, [](const Symbol& a, const Symbol& b) {
-        return a.count != b.count ? a.count < b.count : a.index < b.index;
-    });
+    for (std::uint32_t number = 0; number < counts.size(); ++number)
+        if (counts[number] > 0)
+            symbols.push_back(symbolOf(counts[number], number));
+    for (std::uint32_t number = 0; symbols.size() < 2; ++number)
+        if (counts[number] == 0)
+            symbols.push_back(symbolOf(1, number));
+    std::ranges::sort(symbols);
     return symbols;
 }
 
@@ -39,7 +40,7 @@ std::vector<unsigned> depthsInTree(const std::vector<Symbol>& symbols) {
     std::vector<std::uint32_t> weights(nodes);
     std::vector<std::size_t> parents(nodes);
     for (std::size_t leaf = 0; leaf < leaves; ++leaf)
-        weights[leaf] = symbols[leaf].count;
+        weights[leaf] = countOf(symbols[leaf]);
     std::size_t nextLeaf = 0;
     std::size_t nextInner = leaves;
     for (std::size_t made = leaves; made < nodes; ++made) {
@@ -91,7 +92,7 @@ void assignLengths(std::span<const std::uint32_t> counts, unsigned longest, std:
     auto symbol = symbols.begin();
     for (unsigned length = longest; length > 0; --length)
         for (std::uint32_t word = 0; word < words[length]; ++word)
-            lengths[(symbol++)->index] = static_cast<std::uint8_t>(length);
+            lengths[numberOf(*symbol++)] = static_cast<std::uint8_t>(length);
 }
 
 void assignCodes(std::span<const std::uint8_t> lengths, std::span<std::uint16_t> codes) {
