@@ -20,7 +20,6 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -34,7 +33,7 @@ namespace {
 constexpr std::pair<std::uint32_t, std::uint32_t> sizes[] = {{1920, 1080}, {4000, 3000}};
 
 struct Encoder {
-    std::string_view name;
+    const char* name;
     Bytes (*encode)(const RgbImage& image);
 };
 
@@ -68,7 +67,7 @@ void compare(const Picture& picture, int rounds) {
     for (std::size_t i = 0; i < std::size(encoders); ++i) {
         const auto size = static_cast<double>(results[i].size);
         std::printf("%-10s %5ux%-5u %-15s %9.2f %8.2f %9.3f %8.3f\n", picture.name.c_str(), picture.image.width,
-                    picture.image.height, encoders[i].name.data(), 1000 * median(results[i].times),
+                    picture.image.height, encoders[i].name, 1000 * median(results[i].times),
                     median(results[i].times) / ourTime, size / 1e6, size / ourSize);
     }
     std::fflush(stdout);
@@ -143,7 +142,8 @@ int run(const std::vector<std::string>& arguments, const char* program) {
         return 0;
     }
     if (arguments.size() == 3 && arguments[0] == "--once") {
-        const auto* const encoder = std::ranges::find(encoders, arguments[1], &Encoder::name);
+        const auto* const encoder =
+            std::ranges::find_if(encoders, [&](const Encoder& each) { return arguments[1] == each.name; });
         if (encoder == std::end(encoders))
             return usage(program);
         encodeOnce(encoder->encode, readPicture(arguments[2]).image);

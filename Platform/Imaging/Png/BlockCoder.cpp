@@ -17,7 +17,7 @@ constexpr std::uint32_t shareOfSample = 8;
 constexpr std::size_t sampleDistance = shareOfSample * sampleSize;
 // Where the sample has a token for fewer than every fourth of its bytes, a drawing, all is counted: the runs take no
 // time, and what is between them differs from place to place.
-constexpr std::size_t fewTokens = 4 * shareOfSample;
+constexpr std::size_t fewTokens = std::size_t{4} * shareOfSample;
 
 // RFC 1950, 2.2: deflate with a window of 32 KB, the compressor's quickest way, and a check of both bytes.
 constexpr std::uint64_t streamHead = 0x0178;
@@ -49,9 +49,16 @@ std::array<std::uint32_t, tokenSymbols> countsOf(std::span<const std::uint8_t> b
     return counts;
 }
 
+void makeRoom(std::size_t size, CodedBlock& out) {
+    if (out.roomSize >= size)
+        return;
+    out.room = std::make_unique_for_overwrite<std::uint8_t[]>(size);
+    out.roomSize = size;
+}
+
 /// Behind the head of the stream, if it is the first block.
 BitWriter begin(BlockPlace place, CodedBlock& out) {
-    BitWriter writer(out.room.data());
+    BitWriter writer(out.room.get());
     if (place.first)
         writer.put(streamHead, streamHeadBits);
     return writer;
@@ -67,14 +74,13 @@ void writeStored(std::span<const std::uint8_t> bytes, BlockPlace place, CodedBlo
         end = std::ranges::copy(part, writer.end()).out;
         writer = BitWriter(end);
     } while (!bytes.empty());
-    out.size = static_cast<std::size_t>(end - out.room.data());
+    out.size = static_cast<std::size_t>(end - out.room.get());
 }
 
 } // namespace
 
 void BlockCoder::code(std::span<const std::uint8_t> bytes, BlockPlace place, CodedBlock& out) {
-    if (out.room.size() < codedSizeBound(bytes.size()))
-        out.room.resize(codedSizeBound(bytes.size()));
+    makeRoom(codedSizeBound(bytes.size()), out);
     makeCode(bytes);
     BitWriter writer = begin(place, out);
     writeCodedHeader(_code->lengths, place.last, writer);
@@ -84,7 +90,7 @@ void BlockCoder::code(std::span<const std::uint8_t> bytes, BlockPlace place, Cod
         writer.fillByte();
     else if (writer.pendingCount() > 0)
         writeStoredHeader(0, false, writer); // an empty block, which ends with a whole byte
-    out.size = static_cast<std::size_t>(writer.end() - out.room.data());
+    out.size = static_cast<std::size_t>(writer.end() - out.room.get());
     if (out.size > storedSize(bytes.size()))
         writeStored(bytes, place, out);
     out.adler = libdeflate_adler32(1, bytes.data(), bytes.size());

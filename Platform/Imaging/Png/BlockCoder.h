@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <vector>
 
 namespace Platform::Imaging::Png {
 
@@ -20,9 +19,10 @@ struct BlockPlace {
 
 /// What becomes of a block. The room is kept from one to the next.
 struct CodedBlock {
-    std::span<const std::uint8_t> bytes() const { return {room.data(), size}; }
+    std::span<const std::uint8_t> bytes() const { return {room.get(), size}; }
 
-    std::vector<std::uint8_t> room;
+    std::unique_ptr<std::uint8_t[]> room; // what is not written to takes no memory
+    std::size_t roomSize = 0;
     std::size_t size = 0;
     /// The Adler-32 checksum of what has been coded.
     std::uint32_t adler = 1;
