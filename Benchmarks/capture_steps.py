@@ -20,9 +20,13 @@ class Steps:
     conversion: float
 
 
+def pictures(folder: Path) -> dict[str, tuple[Path, int, int]]:
+    """Those that it has written, by their sizes; the scenes of cameras."""
+    return {name: (folder / f"dense-{name}.png", *size) for name, size in SIZES.items()}
+
+
 class CaptureSteps:
     def __init__(self, folder: Path) -> None:
-        self._folder = folder
         self._process = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", PROGRAMS / "CaptureSteps", folder],
                                          stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
 
@@ -37,10 +41,6 @@ class CaptureSteps:
 
     def _read(self) -> str:
         return self._process.stdout.readline()
-
-    def pictures(self) -> dict[str, tuple[Path, int, int]]:
-        """By their sizes; the scenes of cameras."""
-        return {name: (self._folder / f"dense-{name}.png", *size) for name, size in SIZES.items()}
 
     def measure(self, size: str, times: int) -> Steps:
         """The medians of so many."""

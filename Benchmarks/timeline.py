@@ -10,7 +10,7 @@ from contextlib import contextmanager
 from pathlib import Path
 
 from cameras import NEUTRAL_EXPOSURE_US, cameras
-from capture_steps import SIZES, CaptureSteps
+from capture_steps import SIZES, CaptureSteps, pictures
 from harness.hub import Hub
 from harness.wait import wait_until
 from servers import exchange, hub_with, image
@@ -44,7 +44,7 @@ STEPS = {
     "out of the stream": "the bytes of the file for the hub",
     "store, reply written": "the image id, the image in place of the one before, JSON",
     "reply": "to the client",
-    "request to reply": "the sum",
+    "request to reply": "all of it",
     "GET": "on a warm connection, reads of 256 KB",
     "conversion": "what a camera's YUYV frame would take besides *",
 }
@@ -82,9 +82,9 @@ def marks(lines: list[tuple[float, str]]) -> dict[str, float]:
 
 
 @contextmanager
-def hub_that_tells(folder: Path, steps: CaptureSteps) -> Iterator[tuple[Hub, TimedLines]]:
+def hub_that_tells(folder: Path) -> Iterator[tuple[Hub, TimedLines]]:
     reading, writing = os.pipe()
-    with hub_with(folder / "hub", cameras(steps.pictures())) as hub:
+    with hub_with(folder / "hub", cameras(pictures(folder))) as hub:
         hub.data_folder.mkdir(parents=True)
         (hub.data_folder / "logging.properties").write_text(LOGGING, encoding="ascii")
         hub.stdout_file = Path(f"/proc/self/fd/{writing}")
@@ -118,7 +118,7 @@ def still(hub: Hub, lines: TimedLines, steps: CaptureSteps, uid: str) -> dict[st
 
 def timeline(folder: Path) -> str:
     """The medians, as a table."""
-    with CaptureSteps(folder) as steps, hub_that_tells(folder, steps) as (hub, lines):
+    with CaptureSteps(folder) as steps, hub_that_tells(folder) as (hub, lines):
         columns = []
         for uid in SIZES:
             hub.rpc().capture(uid, exposureInUs=NEUTRAL_EXPOSURE_US)  # holds the camera open
