@@ -18,6 +18,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -168,7 +169,7 @@ private:
     }
 
     double percentile(double part) {
-        const auto rank = static_cast<std::size_t>(part * static_cast<double>(_times.size() - 1) + 0.5);
+        const auto rank = static_cast<std::size_t>(std::lround(part * static_cast<double>(_times.size() - 1)));
         std::ranges::nth_element(_times, _times.begin() + static_cast<std::ptrdiff_t>(rank));
         return _times[rank].count();
     }

@@ -61,7 +61,7 @@ def print_table(name: str) -> bool:
         print(f"### {title}\n\nThis could not be measured: {error!r}\n", flush=True)
         return False
     print(table(title, figures), flush=True)
-    return not any(figure.has_failed() for figure in figures)
+    return bool(figures) and not any(figure.has_failed() for figure in figures)
 
 
 def print_timeline() -> None:

@@ -40,7 +40,7 @@ STRETCH, MET, NOISE, MISSED, NOT_MEASURED = "stretch", "met", "noise", "MISSED",
 @dataclass
 class Figure:
     """What is measured in rounds, by turns with its reference; what counts is the median of what `compare` makes of
-    the two in each round."""
+    the two in each round. Rounds without a reference tell ratios if the figure names one."""
 
     what: str
     goal: Goal
@@ -99,12 +99,14 @@ def row(figure: Figure) -> tuple[str, ...]:
     if not figure.rounds:
         return figure.what, figure.reference, "", "", "", must, stretch, figure.verdict()
     lower, middle, upper = quartiles(figure.values())
+    own = with_unit(statistics.median(each.figure for each in figure.rounds))
     references = [each.reference for each in figure.rounds if each.reference is not None]
-    return (figure.what,
-            f"{figure.reference} {with_unit(statistics.median(references))}" if references else "",
-            with_unit(statistics.median(each.figure for each in figure.rounds)),
-            ("+" if figure.compare is operator.sub else "") + short(middle) if references else "",
-            f"{short(lower)} to {short(upper)}", must, stretch, figure.verdict())
+    if references:
+        ratio = ("+" if figure.compare is operator.sub else "") + short(middle)
+        cells = (f"{figure.reference} {with_unit(statistics.median(references))}", own, ratio)
+    else:
+        cells = (f"{figure.reference} = 1", "", own) if figure.reference else ("", own, "")
+    return figure.what, *cells, f"{short(lower)} to {short(upper)}", must, stretch, figure.verdict()
 
 
 def table(title: str, figures: Iterable[Figure]) -> str:
@@ -126,11 +128,10 @@ class Measurement:
     figures: Sequence[Figure]
     measure: Callable[[], Sequence[Round]]
     rounds: int = 9
-
-    REPEATS = 2  # of a measurement with a must that is not met
+    repeats: int = 2  # of all rounds, as long as a must is not met
 
     def take(self) -> None:
-        for _ in range(1 + self.REPEATS):
+        for _ in range(1 + self.repeats):
             for _ in range(self.rounds):
                 for figure, result in zip(self.figures, self.measure(), strict=True):
                     figure.rounds.append(result)

@@ -28,8 +28,7 @@ class Line:
     goal: Goal
 
     def figure(self) -> Figure:
-        name = f"{self.what} ({self.reference} = 1)" if self.reference else self.what
-        return Figure(name, self.goal, self.unit)
+        return Figure(self.what, self.goal, self.unit, self.reference)
 
 
 def number_and_unit(text: str) -> tuple[float, str]:
@@ -79,6 +78,6 @@ def table_of(program: str) -> Callable[[Path], Iterator[Measurement]]:
         def measure() -> list[Round]:
             return [Round(line.value) for line in (runs.pop() if runs else run())]
 
-        yield Measurement(figures, measure, rounds=1)
+        yield Measurement(figures, measure, rounds=1, repeats=1)  # a run takes minutes
 
     return measurements

@@ -28,9 +28,10 @@ tidy_packages=(clang-tidy-19)
 # The second compiler, of the preset clang.
 clang_packages=(clang-19)
 
-# What Benchmarks takes besides: other makers of PNG; and what scripts/bench.sh runs: other servers, and a client.
+# What Benchmarks takes besides: other makers of PNG; and what scripts/bench.sh runs: other servers, a client
+# for them, a counter of instructions.
 bench_packages=(libspng-dev libisal-dev)
-reference_packages=(nginx-light redis-server wrk)
+bench_tools=(nginx-light redis-server wrk valgrind)
 
 # What keeps a machine busy while scripts/repeat.sh looks for tests that cannot bear that.
 stress_packages=(stress-ng)

@@ -71,11 +71,16 @@ def test_what_misses_its_must_is_measured_again_until_it_meets_it_and_no_round_i
 
 def test_a_table_shows_figure_reference_ratio_goals_and_verdict():
     compared = Figure("GET", at_most(1.5, 1.1), "ms", "nginx", rounds=[Round(4, 2), Round(6, 4), Round(3, 2)])
-    lines = table("Images", [compared, figure(at_least(2, 3))]).splitlines()
-    assert [cell.strip() for cell in lines[4].split("|")[1:-1]] == [
-        "GET", "nginx 2.00 ms", "4.00 ms", "1.50", "1.50 to 1.75", "≤ 1.5", "≤ 1.1", MET]
-    assert [cell.strip() for cell in lines[5].split("|")[1:-1]] == [
-        "speed", "", "", "", "", "≥ 2", "≥ 3", NOT_MEASURED]
+    beyond = Figure("GET", at_most(2, 1), "ms", "copy", operator.sub, [Round(4, 2.5)])
+    ratio = Figure("speed", at_least(2, 3), "", "libpng", rounds=[Round(400)])
+    lines = table("Images", [compared, beyond, ratio, figure(at_least(2, 3), 1), figure(at_least(2, 3))]).splitlines()
+    assert [[cell.strip() for cell in line.split("|")[1:-1]] for line in lines[4:]] == [
+        ["GET", "nginx 2.00 ms", "4.00 ms", "1.50", "1.50 to 1.75", "≤ 1.5", "≤ 1.1", MET],
+        ["GET", "copy 2.50 ms", "4.00 ms", "+1.50", "1.50 to 1.50", "≤ 2", "≤ 1", MET],
+        ["speed", "libpng = 1", "", "400", "400 to 400", "≥ 2", "≥ 3", STRETCH],
+        ["speed", "", "1.00", "", "1.00 to 1.00", "≥ 2", "≥ 3", MISSED],
+        ["speed", "", "", "", "", "≥ 2", "≥ 3", NOT_MEASURED],
+    ]
 
 
 def test_lines_of_a_program_are_read_by_the_names_of_their_fields_or_in_the_usual_order():
@@ -84,7 +89,7 @@ def test_lines_of_a_program_are_read_by_the_names_of_their_fields_or_in_the_usua
     assert (first.what, first.value, first.unit, first.goal) == ("speed", 10.5, "", at_least(9, 12))
     assert (second.what, second.value, second.unit, second.goal) == ("size", 0.9, "MB", at_most(1.02, 1))
     (usual,) = parse_lines("speed\tlibpng\t3 ms\t9.5\t>= 9\t>= 9\n")
-    assert (usual.value, usual.goal, usual.figure().what) == (9.5, at_least(9, 9), "speed (libpng = 1)")
+    assert (usual.value, usual.goal, usual.figure().reference) == (9.5, at_least(9, 9), "libpng")
 
 
 @pytest.mark.parametrize("text", ["", "what\tmust\tstretch\tfigure\n", "speed\tlibpng\t3\n", "speed\t\t3 ms\t\t9\t9\n",
@@ -133,6 +138,10 @@ def test_the_run_fails_if_one_must_is_missed_whatever_comes_after_it(run):
 def test_a_table_that_cannot_be_made_fails_the_run_and_the_others_are_made(run):
     code, printed = run(first=broken_table, second=table_with(3))
     assert (code, "nobody answers" in printed, STRETCH in printed) == (1, True, True)
+
+
+def test_a_table_without_a_figure_fails_the_run(run):
+    assert run(first=lambda _: iter(()))[0] == 1
 
 
 def test_a_program_that_has_not_been_built_is_told_and_no_failure(run):
