@@ -1,6 +1,7 @@
 """What must not grow."""
 
 import os
+import statistics
 
 import pytest
 from harness.hub import IS_SANITIZED
@@ -46,18 +47,17 @@ def page_faults(hub):
 
 @pytest.mark.skipif(IS_SANITIZED, reason="a sanitizer gives memory back as it sees fit")
 @pytest.mark.parametrize("size", [(1920, 1080), (4000, 3000)], ids=["1080p", "12MP"])
-def test_a_still_takes_no_new_pages_after_the_first_ones(start_hub, tmp_path, size):
+def test_a_still_finds_its_memory_where_the_ones_before_had_theirs(start_hub, tmp_path, size):
     scene = tmp_path / "scene.png"
     Image.effect_noise(size, 60).convert("RGB").save(scene, compress_level=1)
     camera = {"exposure": EXPOSURE, "capture": {"picture": str(scene)}}
     hub = start_hub({"groups": [camera_group("cam", *size)], "cameras": {"cam": camera}}).wait_for_cameras("cam")
     client, http = hub.rpc(), hub.http()
 
-    def take(count):
-        for _ in range(count):
-            assert http.get(f"/res/{client.capture('cam', exposureInUs=15625)['resid']}").status == 200
+    def new_pages_of_a_still():
+        before = page_faults(hub)
+        assert http.get(f"/res/{client.capture('cam', exposureInUs=15625)['resid']}").status == 200
+        return page_faults(hub) - before
 
-    take(4)
-    before = page_faults(hub)
-    take(10)
-    assert page_faults(hub) - before < 10 * 20
+    # Now and then one grows the heap, where others have left no gap of its size.
+    assert statistics.median([new_pages_of_a_still() for _ in range(15)]) < 20

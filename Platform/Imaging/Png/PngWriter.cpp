@@ -39,16 +39,21 @@ void appendChunk(std::vector<std::uint8_t>& file, std::string_view type, std::sp
     appendNumber(file, libdeflate_crc32(0, file.data() + file.size() - checked, checked));
 }
 
+/// More than any file of such a picture has. Pages of the reserve that are never written to take no memory.
+std::vector<std::uint8_t> emptyFile(std::uint32_t width, std::uint32_t height) {
+    constexpr std::size_t otherParts = 1000;
+    const std::size_t filtered = (std::size_t{3} * width + 1) * height;
+    std::vector<std::uint8_t> file;
+    file.reserve(filtered + filtered / 1000 + otherParts);
+    return file;
+}
+
 } // namespace
 
 PngWriter::PngWriter(std::uint32_t width, std::uint32_t height, const RunBeside& runBeside)
-    : _filters(std::size_t{3} * width), _rowsLeft(height), _filteredSize(std::size_t{3} * width + 1),
+    : _file(emptyFile(width, height)), _filters(std::size_t{3} * width), _rowsLeft(height),
+      _filteredSize(std::size_t{3} * width + 1),
       _blocks(blockSize + _filteredSize, _filteredSize * height < fewestBytesForTwo ? nullptr : runBeside) {
-    constexpr std::size_t otherParts = 1000;
-    const std::size_t filtered = _filteredSize * height;
-    // More than any file has. Pages of the reserve that are never written to take no memory.
-    _file.reserve(filtered + filtered / 1000 + otherParts);
-
     std::ranges::copy(signature, std::back_inserter(_file));
     std::vector<std::uint8_t> header;
     appendNumber(header, width);

@@ -28,12 +28,12 @@ public:
 private:
     void appendOldest();
 
+    std::vector<std::uint8_t> _file; // the largest part comes first, so that it finds the room of the one before
     RowFilters _filters;
     std::uint32_t _rowsLeft;
     std::size_t _filteredSize;
     BlockQueue _blocks;
     std::uint32_t _adler = 1; // of no bytes
-    std::vector<std::uint8_t> _file;
 };
 
 } // namespace Platform::Imaging::Png
