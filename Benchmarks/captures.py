@@ -100,6 +100,7 @@ def seconds_to_the_first_answer(hub: Hub) -> float:
         try:
             connection = hub.network.connect(RPC_PORT)
         except ConnectionRefusedError:
+            time.sleep(0.0005)  # leaves the processors to the hub
             continue
         with connection:
             RpcClient(connection).request("camera:version")
