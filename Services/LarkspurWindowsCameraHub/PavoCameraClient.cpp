@@ -53,12 +53,20 @@ void appendMember(std::string& object, const char* name, std::string_view value)
     object += value;
 }
 
+const std::string& protocolVersion() {
+    static const std::string version = asJson(ProtocolNames::jsonrpcVersion);
+    return version;
+}
+
 std::string resultReply(const Json::Value& id, const std::string& result) {
+    constexpr std::size_t sizeOfTheRest = 64; // bytes, as a rule
     std::string reply;
+    reply.reserve(result.size() + sizeOfTheRest);
     appendMember(reply, ProtocolNames::id, asJson(id));
-    appendMember(reply, ProtocolNames::jsonrpc, asJson(ProtocolNames::jsonrpcVersion));
+    appendMember(reply, ProtocolNames::jsonrpc, protocolVersion());
     appendMember(reply, ProtocolNames::result, result);
-    return reply + "}\n";
+    reply += "}\n";
+    return reply;
 }
 
 std::string errorReply(const Json::Value& id, const char* message) {
@@ -67,8 +75,9 @@ std::string errorReply(const Json::Value& id, const char* message) {
     std::string reply;
     appendMember(reply, ProtocolNames::error, asJson(error));
     appendMember(reply, ProtocolNames::id, asJson(id));
-    appendMember(reply, ProtocolNames::jsonrpc, asJson(ProtocolNames::jsonrpcVersion));
-    return reply + "}\n";
+    appendMember(reply, ProtocolNames::jsonrpc, protocolVersion());
+    reply += "}\n";
+    return reply;
 }
 
 Json::Value entryOf(const CameraDescription& description) {

@@ -13,7 +13,7 @@ bool parseMessage(const std::string& text, Json::Value& root, std::string& forma
     constexpr bool collectComments = false;
     Json::Reader reader;
     try {
-        if (reader.parse(text, root, collectComments))
+        if (reader.parse(text.data(), text.data() + text.size(), root, collectComments))
             return true;
         formattedErrors = reader.getFormattedErrorMessages();
     } catch (const Json::Exception& refused) {

@@ -9,7 +9,7 @@ namespace {
 
 using IntLimits = std::numeric_limits<int>;
 
-const Json::Value& memberOfObject(const Json::Value& object, const std::string& name) {
+const Json::Value& memberOfObject(const Json::Value& object, std::string_view name) {
     const Json::Value* const found = object.find(name.data(), name.data() + name.size());
     return found ? *found : Json::Value::nullSingleton();
 }
@@ -29,7 +29,7 @@ int intOfWholeNumber(const Json::Value& value) {
 
 } // namespace
 
-const Json::Value& member(const Json::Value& request, const std::string& name) {
+const Json::Value& member(const Json::Value& request, std::string_view name) {
     switch (request.type()) {
     case Json::objectValue:
         return memberOfObject(request, name);
@@ -41,7 +41,7 @@ const Json::Value& member(const Json::Value& request, const std::string& name) {
     }
 }
 
-const Json::Value& member(const Json::Value& request, const std::string& object, const std::string& name) {
+const Json::Value& member(const Json::Value& request, std::string_view object, std::string_view name) {
     const Json::Value& inner = member(request, object);
     return inner.isObject() ? memberOfObject(inner, name) : Json::Value::nullSingleton();
 }

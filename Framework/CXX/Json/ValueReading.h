@@ -3,6 +3,7 @@
 #include <json/value.h>
 
 #include <string>
+#include <string_view>
 
 /// Reading of requests: what the protocol expects of members and conversions, which is more lenient with
 /// containers and stricter with types than the library. Every failure is a std::runtime_error.
@@ -10,11 +11,11 @@ namespace Halden {
 
 /// A member of the request itself; the null value if there is none. An array or null at the root has no
 /// members; a number, string or boolean there raises.
-const Json::Value& member(const Json::Value& request, const std::string& name);
+const Json::Value& member(const Json::Value& request, std::string_view name);
 
 /// A member of a member of the request; the null value if there is none. What is no object has no members, but
 /// the request itself raises as in member().
-const Json::Value& member(const Json::Value& request, const std::string& object, const std::string& name);
+const Json::Value& member(const Json::Value& request, std::string_view object, std::string_view name);
 
 /// null is empty, booleans become their words; everything but these and strings raises.
 std::string asString(const Json::Value& value);

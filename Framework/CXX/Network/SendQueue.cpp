@@ -8,6 +8,9 @@ namespace {
 /// A text that is longer gets no more behind it, so that the memory of one that is sent slowly comes free in between.
 constexpr std::size_t fullText = 65536;
 
+/// Bytes behind a text: most are followed by a short end.
+constexpr std::size_t roomForAnEnd = 16;
+
 } // namespace
 
 std::string_view SendQueue::Segment::rest() const {
@@ -20,7 +23,7 @@ void SendQueue::append(std::string_view text) {
     if (text.empty())
         return;
     if (segments.empty() || segments.back().shared || segments.back().text.size() >= fullText)
-        segments.emplace_back();
+        segments.emplace_back().text.reserve(text.size() + roomForAnEnd);
     segments.back().text += text;
     total += text.size();
 }
