@@ -72,25 +72,29 @@ TEST(EpollDispatcherTest, PostedEventsComeBeforeSocketsAndTheseBeforeTimersAsWit
     EXPECT_EQ(order, orderOfQtsOwn);
 }
 
-TEST(EpollDispatcherTest, NoEventOfAnotherThreadIsLost) {
+// What other threads post is left to Qt, whose locks the thread sanitizer does not see.
+TEST(EpollDispatcherTest, NoWakeUpOfAnotherThreadIsLost) {
     constexpr int threads = 4;
-    constexpr int events = 5000;
+    constexpr int wakeUps = 5000;
+    auto* const dispatcher = QAbstractEventDispatcher::instance();
     QEventLoop loop;
-    int handled = 0;
-    const auto handle = [&] {
-        if (++handled == threads * events)
+    std::atomic<int> done{0};
+    QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, &loop, [&] {
+        if (done == threads * wakeUps)
             loop.quit();
-    };
-    std::vector<std::thread> posting;
+    });
+    std::vector<std::thread> waking;
     for (int i = 0; i < threads; ++i)
-        posting.emplace_back([&] {
-            for (int event = 0; event < events; ++event)
-                QMetaObject::invokeMethod(&loop, handle, Qt::QueuedConnection);
+        waking.emplace_back([&] {
+            for (int wakeUp = 0; wakeUp < wakeUps; ++wakeUp) {
+                ++done;
+                dispatcher->wakeUp();
+            }
         });
     loop.exec(); // nothing else wakes it up
-    for (std::thread& thread : posting)
+    for (std::thread& thread : waking)
         thread.join();
-    EXPECT_EQ(handled, threads * events);
+    EXPECT_EQ(done, threads * wakeUps);
 }
 
 TEST(EpollDispatcherTest, ALoopEndsWhenAnotherThreadEndsIt) {
@@ -242,8 +246,7 @@ TEST(EpollDispatcherTest, TellsOfItsTimersAndChangesThem) {
     bool isOver = false;
     QObject::connect(&timer, &QTimer::timeout, &timer, [&] { isOver = true; });
     timer.setInterval(1);
-    QEventLoop().processEvents(QEventLoop::WaitForMoreEvents);
-    EXPECT_TRUE(isOver);
+    EXPECT_TRUE(turnUntil([&] { return isOver; }));
     timer.stop();
     EXPECT_TRUE(dispatcher->registeredTimers(&timer).isEmpty());
 }
