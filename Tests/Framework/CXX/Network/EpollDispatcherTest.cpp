@@ -101,10 +101,8 @@ TEST(EpollDispatcherTest, ALoopEndsWhenAnotherThreadEndsIt) {
     constexpr int rounds = 200;
     for (int round = 0; round < rounds; ++round) {
         QEventLoop loop;
-        std::thread ending;
-        // From within the loop: an end of one that has not begun is none.
-        QMetaObject::invokeMethod(
-            &loop, [&] { ending = std::thread([&] { loop.exit(round); }); }, Qt::QueuedConnection);
+        std::thread ending; // from within the loop: an end before its beginning is none
+        QTimer::singleShot(0, &loop, [&] { ending = std::thread([&] { loop.exit(round); }); });
         EXPECT_EQ(loop.exec(), round);
         ending.join();
     }
@@ -146,7 +144,8 @@ TEST(EpollDispatcherTest, SocketsWaitWhileTheyAreExcluded) {
     EXPECT_TRUE(QEventLoop().processEvents(withoutSockets | QEventLoop::WaitForMoreEvents));
     EXPECT_TRUE(isOver);
     QEventLoop loop;
-    std::thread ending([&] { loop.quit(); });
+    std::thread ending;
+    QTimer::singleShot(0, &loop, [&] { ending = std::thread([&] { loop.quit(); }); });
     loop.exec(withoutSockets);
     ending.join();
     EXPECT_EQ(activations, 0);
