@@ -10,8 +10,8 @@ void openMissingStreams();
 /// process. Programs that this one starts inherit that.
 void surviveFailedWrites();
 
-/// Lets the memory that one still takes serve the next: a picture is many thousands of pages, and getting each anew from
-/// the system takes longer than what is done with them. To be called before the first thread is started.
+/// Lets the memory that one still takes serve the next: a picture is many thousands of pages, and getting each anew
+/// from the system takes longer than what is done with them. To be called before the first thread is started.
 void keepFreedMemory();
 
 } // namespace Halden::System
