@@ -345,7 +345,21 @@ bool FakeDriver::hasComplaint(const pollfd* descriptors, nfds_t count) const {
     });
 }
 
+bool FakeDriver::isAwaited(const std::string& path) const {
+    std::lock_guard lock(_mutex);
+    const auto node = find(path);
+    return node && node->awaited;
+}
+
+void FakeDriver::noteWhatIsAwaited(const pollfd* descriptors, nfds_t count) {
+    std::lock_guard lock(_mutex);
+    for (nfds_t i = 0; i < count; ++i)
+        if (const auto found = _open.find(descriptors[i].fd); found != _open.end())
+            found->second->awaited = (descriptors[i].events & POLLIN) != 0;
+}
+
 int FakeDriver::poll(pollfd* descriptors, nfds_t count, int timeoutInMs) {
+    noteWhatIsAwaited(descriptors, count);
     const int ready = ::poll(descriptors, count, hasComplaint(descriptors, count) ? 0 : timeoutInMs);
     if (ready < 0)
         return ready;

@@ -46,6 +46,8 @@ public:
     /// Those that wait to be filled.
     std::size_t emptyBuffers(const std::string& path) const;
     bool isStreaming(const std::string& path) const;
+    /// Whether the latest poll was for frames, too.
+    bool isAwaited(const std::string& path) const;
     unsigned calls(unsigned long request) const;
     unsigned allCalls() const;
     bool isBlocked() const;
@@ -71,6 +73,7 @@ private:
     };
 
     int injected(unsigned long request);
+    void noteWhatIsAwaited(const pollfd* descriptors, nfds_t count);
     bool hasComplaint(const pollfd* descriptors, nfds_t count) const;
     int dispatch(FakeNode& node, int descriptor, unsigned long request, void* argument);
     std::shared_ptr<FakeNode> find(const std::string& path) const;

@@ -71,6 +71,7 @@ struct FakeNode {
     std::deque<std::size_t> queue; // empty buffers, in order
     std::deque<std::size_t> full;
     bool streaming = false;
+    bool awaited = false;     // frames, by the latest poll
     int owner = -1;           // the descriptor that holds the buffers
     std::map<int, int> peers; // by open descriptor: the socket at its other end
     std::uint32_t sequence = 0;

@@ -73,6 +73,7 @@ TEST_F(StreamRestartTest, AStreamThatFailedWhileNobodyLookedIsStartedAgainAtTheN
         driver->deliver(videoPath);
         ASSERT_TRUE(waitUntil(isTaken));
     }
+    ASSERT_TRUE(waitUntil([this] { return !driver->isAwaited(videoPath); })); // the still has been told that it is over
     ASSERT_TRUE(deliverEmptyBuffer());
     askForStill();
     expectStill();
