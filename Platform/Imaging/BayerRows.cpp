@@ -82,8 +82,9 @@ void BayerRows::read(std::uint8_t* row) {
     const std::uint8_t* const above = samplesAt(y == 0 ? 1 : y - 1);
     const std::uint8_t* const here = samplesAt(y);
     const std::uint8_t* const below = samplesAt(y + 1 == _layout.height ? y - 1 : y + 1);
-    const std::size_t firstColour = _block.at(y % 2 * 2);
-    const std::size_t secondColour = _block.at(y % 2 * 2 + 1);
+    const std::size_t ofRow = y % 2 == 0 ? 0 : 2;
+    const std::size_t firstColour = _block.at(ofRow);
+    const std::size_t secondColour = _block.at(ofRow + 1);
     const std::size_t other = firstColour == green ? secondColour : firstColour;
     const std::size_t greenAt = firstColour == green ? 0 : 1;
     for (std::size_t x = 0; x < _layout.width; ++x) {

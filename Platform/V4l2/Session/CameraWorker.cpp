@@ -15,6 +15,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <span>
 #include <utility>
 
 namespace Platform::V4l2 {
@@ -67,20 +68,17 @@ std::optional<std::vector<std::uint8_t>> fileOf(const StillFrame& frame,
     }
 }
 
-/// Ends stills of one frame, with the same file for all; false if it is damaged.
+/// Ends stills of one frame, one at least, with the same file for all; false if it is damaged.
 bool endStills(const std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path,
                const std::shared_ptr<Shared::WorkerPool>& pool) {
     try {
         auto file = fileOf(frame, pool);
         if (!file)
             return false;
-        for (const StillRequest& request : requests)
-            request.operation.endWith([&] {
-                if (&request == &requests.back())
-                    request.stream->WriteOwned(std::move(*file));
-                else
-                    request.stream->Write(*file);
-            });
+        const std::span all(requests);
+        for (const StillRequest& request : all.first(all.size() - 1))
+            request.operation.endWith([&] { request.stream->Write(*file); });
+        all.back().operation.endWith([&] { all.back().stream->WriteOwned(std::move(*file)); });
     } catch (const std::bad_alloc&) {
         for (const StillRequest& request : requests)
             request.operation.fail(deviceError("still", path, ENOMEM));
