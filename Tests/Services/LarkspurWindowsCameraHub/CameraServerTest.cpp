@@ -339,10 +339,10 @@ TEST_F(CameraServerTest, AnImageIsSharedNotCopiedAndStaysWithThoseThatShareIt) {
     const std::string id = capture(camera).imageId;
     const auto image = server->shareImage(id);
     ASSERT_NE(image, nullptr);
-    EXPECT_EQ(*image, server->getImage(id));
+    const auto before = server->getImage(id);
+    EXPECT_EQ(*image, before);
     EXPECT_EQ(server->shareImage(id), image);
     EXPECT_EQ(server->shareImage(""), nullptr);
-    const auto before = *image;
     capture(camera);
     EXPECT_EQ(server->shareImage(id), nullptr);
     EXPECT_EQ(image.use_count(), 1);
