@@ -23,7 +23,7 @@ public:
     IAsyncOperation<std::uint32_t> LoadAsync(std::uint32_t count) {
         AsyncOperationSource<std::uint32_t> source;
         source.endWith([&] {
-            SharedBytes bytes = _stream->ReadShared(count);
+            SharedSpan bytes = _stream->ReadShared(count);
             _left += bytes.size;
             _loaded.push_back(std::move(bytes));
             return static_cast<std::uint32_t>(_loaded.back().size);
@@ -38,7 +38,7 @@ public:
             throw winrt::hresult_out_of_bounds(u"More bytes were asked for than have been loaded.");
         _left -= bytes.size();
         while (!bytes.empty()) {
-            const SharedBytes& first = _loaded.front();
+            const SharedSpan& first = _loaded.front();
             const std::size_t count = std::min(bytes.size(), first.size - _takenOfFirst);
             std::copy_n(first.data.get() + _takenOfFirst, count, bytes.begin());
             bytes = bytes.subspan(count);
@@ -52,7 +52,7 @@ public:
 
 private:
     RandomAccessStream _stream;
-    std::deque<SharedBytes> _loaded;
+    std::deque<SharedSpan> _loaded;
     std::size_t _takenOfFirst = 0; // bytes of the first piece
     std::size_t _left = 0;         // bytes that have been loaded and not been taken
 };

@@ -29,11 +29,11 @@ public:
         return count;
     }
 
-    SharedBytes ReadShared(std::size_t count) override {
+    SharedSpan ReadShared(std::size_t count) override {
         const std::size_t size = available(count);
         if (size == 0)
             return {};
-        SharedBytes bytes{{_bytes, _bytes->data() + _position}, size};
+        SharedSpan bytes{{_bytes, _bytes->data() + _position}, size};
         _position += size;
         return bytes;
     }

@@ -8,10 +8,10 @@
 
 namespace Platform {
 
-/// Bytes that stay where and as they are for as long as somebody holds them.
-struct SharedBytes {
-    std::shared_ptr<const std::uint8_t> data;
-    std::size_t size = 0;
+/// Bytes in a row that stay where and as they are for as long as somebody holds them.
+struct SharedSpan {
+    std::shared_ptr<const std::uint8_t> data; ///< the first of them; null without any
+    std::size_t size = 0;                     ///< how many they are
 };
 
 /// Bytes with a position, which begins at 0. One thread at a time. Whoever hands a stream to an asynchronous operation
@@ -32,7 +32,7 @@ public:
     virtual std::size_t Read(std::span<std::uint8_t> bytes) = 0;
 
     /// As Read, of `count` bytes, which a stream in memory need not copy for that.
-    virtual SharedBytes ReadShared(std::size_t count) {
+    virtual SharedSpan ReadShared(std::size_t count) {
         const auto bytes = std::make_shared<std::vector<std::uint8_t>>(count);
         const std::size_t size = Read(*bytes);
         return {{bytes, bytes->data()}, size};

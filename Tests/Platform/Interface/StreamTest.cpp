@@ -55,7 +55,7 @@ TEST(InMemoryRandomAccessStreamTest, KeepsBytesThatItIsGivenWithoutACopy) {
     stream.WriteOwned(std::move(bytes));
     EXPECT_EQ(stream.Size(), 3U);
     stream.Seek(0);
-    const SharedBytes read = stream.ReadShared(9);
+    const SharedSpan read = stream.ReadShared(9);
     EXPECT_EQ(read.data.get(), place);
     EXPECT_EQ(read.size, 3U);
     EXPECT_EQ(stream.ReadShared(1).size, 0U);
@@ -79,7 +79,7 @@ TEST(InMemoryRandomAccessStreamTest, SharedBytesStayWhatTheyWere) {
     InMemoryRandomAccessStream stream;
     stream.Write(Bytes{1, 2, 3});
     stream.Seek(1);
-    const SharedBytes shared = stream.ReadShared(2);
+    const SharedSpan shared = stream.ReadShared(2);
     stream.Seek(1);
     stream.Write(Bytes{9, 9});
     EXPECT_EQ(Bytes(shared.data.get(), shared.data.get() + shared.size), (Bytes{2, 3}));
