@@ -1,7 +1,7 @@
-// A picture to be written: the first two bytes are its width, the others its samples with runs among them. Some last
-// bytes repeat it until two threads share it.
+// A picture to be written: the first two bytes are its width, the others its samples with runs among them. With some
+// last bytes two threads share them, in blocks far smaller than those of a file.
 
-#include "Platform/Imaging/Png/PngWriter.h"
+#include "Platform/Imaging/Png/BlockQueue.h"
 #include "Platform/Imaging/PngEncoder.h"
 #include "Tests/Fuzz/FuzzTarget.h"
 #include "Tests/Platform/Imaging/Png/InstructionSets.h"
@@ -17,7 +17,8 @@ namespace {
 using namespace Platform::Imaging;
 
 constexpr std::size_t mostSamples = 300'000; // more than a block; larger ones are within the limits, but slow
-constexpr std::size_t samplesForTwo = 1'050'000;
+constexpr std::size_t blockSize = 1000;
+constexpr std::size_t samplesForTwo = 20 * blockSize; // each block's code takes its time
 constexpr std::size_t tallest = 32767;
 
 /// A byte from 0xC0 on repeats the next one 9 times for each that it is above that: up to 567, longer than two of
@@ -42,26 +43,35 @@ RgbImage pictureFrom(std::span<const std::uint8_t> bytes) {
     const std::size_t rowSize = std::size_t{3} * image.width;
     image.height = static_cast<std::uint32_t>(std::min<std::size_t>(image.pixels.size() / rowSize + 1, tallest));
     image.pixels.resize(rowSize * image.height);
-    if (bytes.back() % 32 == 31) {
-        const Bytes once = image.pixels;
-        const std::uint32_t height = image.height;
-        while (image.pixels.size() < samplesForTwo && image.height + height <= tallest) {
-            image.pixels.insert(image.pixels.end(), once.begin(), once.end());
-            image.height += height;
-        }
-    }
     return image;
 }
 
-Bytes encodedByTwo(const RgbImage& image) {
-    Png::ThreadBeside beside;
-    Png::PngWriter writer(image.width, image.height, beside.run());
-    const std::size_t rowSize = std::size_t{3} * image.width;
-    for (std::uint32_t y = 0; y < image.height; ++y) {
-        std::copy_n(image.pixels.data() + y * rowSize, rowSize, writer.nextRow().data());
-        writer.writeRow();
+Bytes coded(std::span<const std::uint8_t> bytes, const Png::RunBeside& runBeside) {
+    Bytes all;
+    Png::BlockQueue queue(blockSize, runBeside);
+    const auto takeOldest = [&] {
+        const auto block = queue.oldest().coded.bytes();
+        all.insert(all.end(), block.begin(), block.end());
+        queue.take();
+    };
+    while (!bytes.empty()) {
+        const auto part = bytes.first(std::min(bytes.size(), blockSize));
+        bytes = bytes.subspan(part.size());
+        Png::Block& block = queue.next();
+        std::ranges::copy(part, block.bytes.begin());
+        block.size = part.size();
+        queue.put();
+        if (queue.isFull())
+            takeOldest();
     }
-    return writer.takeFile();
+    while (!queue.isEmpty())
+        takeOldest();
+    return all;
+}
+
+Bytes codedByTwo(std::span<const std::uint8_t> bytes) {
+    Png::ThreadBeside beside;
+    return coded(bytes, beside.run());
 }
 
 bool isWhole(const Bytes& file, const RgbImage& image) {
@@ -80,13 +90,13 @@ void fuzz(const std::uint8_t* data, std::size_t size) {
         return;
     const RgbImage image = pictureFrom({data, size});
     const Bytes file = encodePng(image);
-    if (image.pixels.size() >= samplesForTwo) { // enough for one input
-        require(encodedByTwo(image) == file, "two threads write the same file");
-        return;
-    }
     require(isWhole(file, image), "a picture is read as it was written");
     require(file.size() <= image.pixels.size() + image.height + image.pixels.size() / 1000 + 100,
             "a file is hardly larger than its picture");
+    if (data[size - 1] % 32 == 31) {
+        const auto some = std::span(image.pixels).first(std::min(image.pixels.size(), samplesForTwo));
+        require(codedByTwo(some) == coded(some, {}), "two threads code blocks alike");
+    }
     std::size_t number = size; // each input tries a third of the sets: all of them would take a sanitizer minutes
     Png::withEachInstructionSet([&](const char*) {
         require(number++ % 3 != 0 || encodePng(image) == file, "every instruction set writes the same file");

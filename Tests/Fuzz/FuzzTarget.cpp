@@ -6,13 +6,8 @@ namespace {
 
 // In seconds of the thread's own processor time, which a busy machine hardly lengthens. Without a sanitizer the slowest
 // inputs take a thirtieth of it, and what grows faster than the input exceeds it at the size of FuzzMain's longest.
-#ifdef __SANITIZE_THREAD__
-constexpr double slowdown = 5; // each access to memory is a call
-#else
-constexpr double slowdown = 1;
-#endif
-constexpr double limitOfAny = 0.3 * slowdown;
-constexpr double limitPerByte = 4e-6 * slowdown;
+constexpr double limitOfAny = 0.3;
+constexpr double limitPerByte = 4e-6;
 
 SlowestInput slowest;
 
