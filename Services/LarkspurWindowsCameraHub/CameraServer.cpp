@@ -36,7 +36,7 @@ public:
     impl() { cameraEnumeration->initialize(); }
 
     std::vector<CameraDescription> discover() const;
-    std::shared_ptr<const std::string> discover(std::string (*write)(const std::vector<CameraDescription>&));
+    std::shared_ptr<const std::string> textOfCameras(const std::function<std::string()>& write);
     std::shared_ptr<ConnectedCamera> getCamera(const std::string& uid);
     CaptureResult captureImage(std::shared_ptr<ConnectedCamera> camera, int exposureInUs, int percentSelector,
                                double percent, int exposureChangeDelayInMs);
@@ -52,8 +52,8 @@ private:
     int redirectClientId = noClient; // whose redirection of the diagnostics is in force
     std::shared_ptr<CameraEnumeration> cameraEnumeration = std::make_shared<CameraEnumeration>();
     ConnectedCameraMap connectedCameras;
-    std::shared_ptr<const std::string> discovered; // of discoveredRevision; null at first
-    std::uint64_t discoveredRevision = 0;
+    std::shared_ptr<const std::string> text; // of the cameras at textRevision; null at first
+    std::uint64_t textRevision = 0;
     mutable std::mutex imagesMutex;            // guards images
     std::map<std::string, SharedBytes> images; // none is null
 };
@@ -65,14 +65,13 @@ std::vector<CameraDescription> CameraServer::impl::discover() const {
     return descriptions;
 }
 
-std::shared_ptr<const std::string>
-CameraServer::impl::discover(std::string (*write)(const std::vector<CameraDescription>&)) {
+std::shared_ptr<const std::string> CameraServer::impl::textOfCameras(const std::function<std::string()>& write) {
     const std::uint64_t revision = cameraEnumeration->revision(); // before the cameras: they may change in between
-    if (!discovered || revision != discoveredRevision) {
-        discovered = std::make_shared<const std::string>(write(discover()));
-        discoveredRevision = revision;
+    if (!text || revision != textRevision) {
+        text = std::make_shared<const std::string>(write());
+        textRevision = revision;
     }
-    return discovered;
+    return text;
 }
 
 std::shared_ptr<ConnectedCamera> CameraServer::impl::getCamera(const std::string& uid) {
@@ -166,9 +165,8 @@ CameraServer::~CameraServer() = default;
 
 std::vector<CameraDescription> CameraServer::discover() const { return pimpl->discover(); }
 
-std::shared_ptr<const std::string>
-CameraServer::discover(std::string (*write)(const std::vector<CameraDescription>&)) const {
-    return pimpl->discover(write);
+std::shared_ptr<const std::string> CameraServer::textOfCameras(const std::function<std::string()>& write) {
+    return pimpl->textOfCameras(write);
 }
 
 std::shared_ptr<ConnectedCamera> CameraServer::getCamera(std::string uid) { return pimpl->getCamera(uid); }

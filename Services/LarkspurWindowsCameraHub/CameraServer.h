@@ -5,6 +5,7 @@
 #include "Services/LarkspurWindowsCameraHub/FoundCamera.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,9 +25,9 @@ public:
     /// The cameras known at this moment, ascending by uid.
     std::vector<CameraDescription> discover() const;
 
-    /// What `write` makes of them. Made anew only when they have changed, which takes all the time of an answer:
-    /// `write` is to be the same function at each call.
-    std::shared_ptr<const std::string> discover(std::string (*write)(const std::vector<CameraDescription>&)) const;
+    /// A text about the cameras, kept for all who ask, and made anew by `write` when they have changed: it tells of
+    /// them alone, and always the same. Raises what that raises.
+    std::shared_ptr<const std::string> textOfCameras(const std::function<std::string()>& write);
 
     /// The camera of that uid, opened and converged if nobody has it open, which takes more than 2 s; null
     /// if no such camera is known. The camera stays open for as long as somebody holds it. Raises the

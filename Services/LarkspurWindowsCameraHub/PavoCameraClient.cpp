@@ -80,18 +80,6 @@ std::string errorReply(const Json::Value& id, const char* message) {
     return reply;
 }
 
-Json::Value entryOf(const CameraDescription& description) {
-    Json::Value entry;
-    entry[ProtocolNames::uid] = description.uid;
-    entry[ProtocolNames::make] = description.make;
-    entry[ProtocolNames::model] = description.model;
-    entry[ProtocolNames::resolutionX] = description.resolutionX;
-    entry[ProtocolNames::resolutionY] = description.resolutionY;
-    entry[ProtocolNames::exposureMinValueInUs] = description.exposureMinValueInUs;
-    entry[ProtocolNames::exposureMaxValueInUs] = description.exposureMaxValueInUs;
-    return entry;
-}
-
 // A member that is missing reads as 0. The default stands in only for one that cannot be converted.
 
 int readExposureInUs(int defaultValue, const Json::Value& request) {
@@ -114,13 +102,12 @@ PavoCameraClient::PavoCameraClient(qintptr descriptor, std::shared_ptr<CameraSer
     : TCPClient(
           descriptor, [this](std::string message) { return messageHandler(std::move(message)); }, messageDelimiter),
       cameraServer(std::move(server)) {
-    const auto written = [this](auto handler) {
-        return [this, handler](const Json::Value& request) { return asJson((this->*handler)(request)); };
-    };
-    handlers[ProtocolNames::cameraDiscover] = [this](const Json::Value& request) { return discoverHandler(request); };
-    handlers[ProtocolNames::cameraCapture] = written(&PavoCameraClient::captureHandler);
-    handlers[ProtocolNames::cameraRedirectDiagnostics] = written(&PavoCameraClient::redirectDiagnosticsHandler);
-    handlers[ProtocolNames::cameraVersion] = written(&PavoCameraClient::versionHandler);
+    using std::placeholders::_1;
+    handlers[ProtocolNames::cameraDiscover] = std::bind(&PavoCameraClient::discoverHandler, this, _1);
+    handlers[ProtocolNames::cameraCapture] = std::bind(&PavoCameraClient::captureHandler, this, _1);
+    handlers[ProtocolNames::cameraRedirectDiagnostics] =
+        std::bind(&PavoCameraClient::redirectDiagnosticsHandler, this, _1);
+    handlers[ProtocolNames::cameraVersion] = std::bind(&PavoCameraClient::versionHandler, this, _1);
 }
 
 std::string PavoCameraClient::messageHandler(std::string message) {
@@ -153,20 +140,29 @@ std::string PavoCameraClient::respond(const Json::Value& request) {
         if (handler == handlers.end())
             throw MethodNotSupported(method);
         LOG4CXX_DEBUG(communicationLogger(), "handling method -- " << method);
-        return resultReply(id, handler->second(request));
+        const auto write = [&] { return asJson(handler->second(request)); };
+        // All that its handler tells depends on the cameras alone, and takes long to make where there are many.
+        return resultReply(id, method == ProtocolNames::cameraDiscover ? *cameraServer->textOfCameras(write) : write());
     } catch (const ServiceException& exception) {
         LOG4CXX_ERROR(deviceLogger(), exception.what());
         return errorReply(id, exception.what());
     }
 }
 
-std::string PavoCameraClient::discoverHandler(const Json::Value&) {
-    return *cameraServer->discover([](const std::vector<CameraDescription>& descriptions) {
-        Json::Value cameras(Json::arrayValue);
-        for (const CameraDescription& description : descriptions)
-            cameras.append(entryOf(description));
-        return asJson(cameras);
-    });
+Json::Value PavoCameraClient::discoverHandler(const Json::Value&) {
+    Json::Value cameras(Json::arrayValue);
+    for (const CameraDescription& description : cameraServer->discover()) {
+        Json::Value entry;
+        entry[ProtocolNames::uid] = description.uid;
+        entry[ProtocolNames::make] = description.make;
+        entry[ProtocolNames::model] = description.model;
+        entry[ProtocolNames::resolutionX] = description.resolutionX;
+        entry[ProtocolNames::resolutionY] = description.resolutionY;
+        entry[ProtocolNames::exposureMinValueInUs] = description.exposureMinValueInUs;
+        entry[ProtocolNames::exposureMaxValueInUs] = description.exposureMaxValueInUs;
+        cameras.append(entry);
+    }
+    return cameras;
 }
 
 Json::Value PavoCameraClient::captureHandler(const Json::Value& request) {

@@ -22,8 +22,8 @@ public:
     std::string messageHandler(std::string message);
 
 private:
-    /// Each is given the whole request and returns the value of "result", the first one as JSON already.
-    std::string discoverHandler(const Json::Value& request);
+    /// Each is given the whole request and returns the value of "result".
+    Json::Value discoverHandler(const Json::Value& request);
     Json::Value captureHandler(const Json::Value& request);
     Json::Value redirectDiagnosticsHandler(const Json::Value& request);
     Json::Value versionHandler(const Json::Value& request);
@@ -31,7 +31,7 @@ private:
     /// The reply to a request that has been parsed.
     std::string respond(const Json::Value& request);
 
-    std::map<std::string, std::function<std::string(const Json::Value&)>> handlers; // they return the result as JSON
+    std::map<std::string, std::function<Json::Value(const Json::Value&)>> handlers;
     std::shared_ptr<CameraServer> cameraServer;
     std::shared_ptr<ConnectedCamera> camera; // empty until the first capture
 };
