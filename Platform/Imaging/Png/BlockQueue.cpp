@@ -8,6 +8,7 @@
 #include <new>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace Platform::Imaging::Png {
 namespace {
@@ -28,14 +29,16 @@ void codeBlock(Block& block, BlockCoder& coder) {
 
 struct BlockQueue::State {
     struct Entry {
-        Block block;
+        Block* block = nullptr;
         bool isCoded = false;
         std::exception_ptr error;
     };
 
-    explicit State(std::size_t room, std::size_t blocks) : entries(blocks) {
-        for (Entry& entry : entries)
-            entry.block.bytes.resize(room + BlockCoder::slack);
+    State(std::size_t room, std::size_t blocks, std::unique_ptr<BlockTools> kept)
+        : tools(std::move(kept)), entries(blocks) {
+        tools->prepare(blocks, room);
+        for (std::size_t i = 0; i < blocks; ++i)
+            entries[i].block = &tools->blocks[i];
     }
 
     Entry& at(std::size_t number) { return entries[number % entries.size()]; }
@@ -46,7 +49,7 @@ struct BlockQueue::State {
         lock.unlock();
         std::exception_ptr error;
         try {
-            codeBlock(entry.block, coder);
+            codeBlock(*entry.block, coder);
         } catch (...) {
             error = std::current_exception();
         }
@@ -58,20 +61,22 @@ struct BlockQueue::State {
 
     /// The other thread's part.
     void help() try {
-        BlockCoder coder;
         std::unique_lock lock(mutex);
+        if (!isClosed && !tools->otherCoder)
+            tools->otherCoder.emplace();
         while (!isClosed) {
             if (begun == put) {
                 changed.wait(lock);
             } else {
                 isHelping = true;
-                codeNext(lock, coder);
+                codeNext(lock, *tools->otherCoder);
                 isHelping = false;
             }
         }
     } catch (const std::bad_alloc&) { // then the first one codes all
     }
 
+    std::unique_ptr<BlockTools> tools;
     std::vector<Entry> entries; // a block's number is that of its place in the file, its entry the rest of a division
     std::mutex mutex;
     std::condition_variable changed;
@@ -81,23 +86,23 @@ struct BlockQueue::State {
     bool isClosed = false;
 };
 
-BlockQueue::BlockQueue(std::size_t room, const RunBeside& runBeside)
-    : _state(std::make_shared<State>(room, runBeside ? blocksForTwo : blocksAlone)) {
+BlockQueue::BlockQueue(std::size_t room, const RunBeside& runBeside, std::unique_ptr<BlockTools> tools)
+    : _state(std::make_shared<State>(room, runBeside ? blocksForTwo : blocksAlone, std::move(tools))) {
     if (runBeside)
         runBeside([state = _state] { state->help(); });
 }
 
-BlockQueue::~BlockQueue() {
+std::unique_ptr<BlockTools> BlockQueue::close() {
     std::unique_lock lock(_state->mutex);
     _state->isClosed = true;
     _state->changed.notify_all();
     _state->changed.wait(lock, [this] { return !_state->isHelping; });
-    std::vector<State::Entry>().swap(_state->entries);
+    return std::move(_state->tools);
 }
 
 bool BlockQueue::isFull() const { return _put - _taken == _state->entries.size(); }
 
-Block& BlockQueue::next() { return _state->at(_put).block; }
+Block& BlockQueue::next() { return *_state->at(_put).block; }
 
 void BlockQueue::put() {
     const std::lock_guard lock(_state->mutex);
@@ -111,16 +116,16 @@ const Block& BlockQueue::oldest() {
     State::Entry& entry = _state->at(_taken);
     while (!entry.isCoded)
         if (_state->begun < _state->put)
-            _state->codeNext(lock, _coder);
+            _state->codeNext(lock, _state->tools->coder);
         else
             _state->changed.wait(lock);
     if (entry.error)
         std::rethrow_exception(entry.error);
-    return entry.block;
+    return *entry.block;
 }
 
 void BlockQueue::take() {
-    Block& block = _state->at(_taken++).block;
+    Block& block = *_state->at(_taken++).block;
     block.size = 0;
     block.place = {};
 }

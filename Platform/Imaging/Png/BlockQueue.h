@@ -1,37 +1,25 @@
 #pragma once
 
-#include "Platform/Imaging/Png/BlockCoder.h"
+#include "Platform/Imaging/Png/BlockTools.h"
 #include "Platform/Imaging/Png/RunBeside.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 namespace Platform::Imaging::Png {
 
 /// The type of a PNG file's chunks of coded rows.
 constexpr std::string_view dataType = "IDAT";
 
-/// A block on its way into the file.
-struct Block {
-    std::vector<std::uint8_t> bytes; // with the slack
-    std::size_t size = 0;
-    BlockPlace place;
-    CodedBlock coded;
-    /// The CRC-32 checksum of dataType and the coded bytes.
-    std::uint32_t checksum = 0;
-};
-
 /// Blocks that one thread fills and takes, coded by that thread and, if there is one, another beside it, whichever has
 /// time. Blocks do not depend on who codes them. One thread at a time.
 class BlockQueue {
 public:
     /// `room` is the most bytes of a block. The other thread gets work until the queue goes.
-    BlockQueue(std::size_t room, const RunBeside& runBeside);
-    /// Waits while the other thread codes a block.
-    ~BlockQueue();
+    BlockQueue(std::size_t room, const RunBeside& runBeside,
+               std::unique_ptr<BlockTools> tools = std::make_unique<BlockTools>());
+    ~BlockQueue() { close(); }
     BlockQueue(const BlockQueue&) = delete;
     BlockQueue& operator=(const BlockQueue&) = delete;
 
@@ -47,11 +35,14 @@ public:
     const Block& oldest();
     void take();
 
+    /// Waits while the other thread codes a block, and hands the tools out, the first time. Nothing else is called
+    /// then.
+    std::unique_ptr<BlockTools> close();
+
 private:
     struct State;
 
     std::shared_ptr<State> _state; // the other thread may come when the queue has gone
-    BlockCoder _coder;
     std::size_t _put = 0;
     std::size_t _taken = 0;
 };

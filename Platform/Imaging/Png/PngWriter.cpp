@@ -53,7 +53,8 @@ std::vector<std::uint8_t> emptyFile(std::uint32_t width, std::uint32_t height) {
 PngWriter::PngWriter(std::uint32_t width, std::uint32_t height, const RunBeside& runBeside)
     : _file(emptyFile(width, height)), _filters(std::size_t{3} * width), _rowsLeft(height),
       _filteredSize(std::size_t{3} * width + 1),
-      _blocks(blockSize + _filteredSize, _filteredSize * height < fewestBytesForTwo ? nullptr : runBeside) {
+      _blocks(blockSize + _filteredSize, _filteredSize * height < fewestBytesForTwo ? nullptr : runBeside,
+              takeTools()) {
     std::ranges::copy(signature, std::back_inserter(_file));
     std::vector<std::uint8_t> header;
     appendNumber(header, width);
@@ -93,6 +94,7 @@ void PngWriter::appendOldest() {
 std::vector<std::uint8_t> PngWriter::takeFile() {
     while (!_blocks.isEmpty())
         appendOldest();
+    keepTools(_blocks.close());
     appendChunk(_file, "IEND", {});
     return std::exchange(_file, {});
 }

@@ -97,6 +97,30 @@ TEST(BlockQueueTest, AQueueWithBlocksLeftEnds) {
     }
 }
 
+TEST(BlockQueueTest, HandsItsToolsOutForTheNextOne) {
+    ThreadBeside beside;
+    BlockQueue first(blockSize, beside.run());
+    expectThatBlocksComeInOrder(first);
+    auto tools = first.close();
+    ASSERT_NE(tools, nullptr);
+    const BlockTools* kept = tools.get();
+    EXPECT_EQ(first.close(), nullptr);
+
+    ThreadBeside otherBeside;
+    BlockQueue second(blockSize, otherBeside.run(), std::move(tools));
+    expectThatBlocksComeInOrder(second);
+    EXPECT_EQ(second.close().get(), kept);
+}
+
+TEST(BlockQueueTest, TheToolsOfALargerQueueServeASmallerOne) {
+    BlockQueue larger(blockSize, [](const std::function<void()>&) {});
+    expectThatBlocksComeInOrder(larger);
+    BlockQueue smaller(blockSize, {}, larger.close());
+    put(smaller, 3);
+    EXPECT_TRUE(smaller.isFull());
+    expectNext(smaller, 3);
+}
+
 std::atomic<bool> hasBegun;
 std::atomic<bool> isRefused;
 thread_local bool isFirst = false;

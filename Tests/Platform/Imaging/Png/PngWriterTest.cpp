@@ -3,11 +3,13 @@
 #include "Tests/Platform/Imaging/Png/InstructionSets.h"
 #include "Tests/Platform/Imaging/Png/ReferenceDecoders.h"
 #include "Tests/Platform/Imaging/Png/ThreadBeside.h"
+#include "Tests/Support/ReplacedAllocation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <random>
 
@@ -118,6 +120,23 @@ TEST(PngWriterTest, WritesTheSameBytesWithTwoThreads) {
         EXPECT_TRUE(file == fileOf(image)) << kind.name;
         EXPECT_EQ(unpacked(file).filteredRows.size(), std::size_t{1801} * 600) << kind.name;
     }
+}
+
+std::atomic<int> largeAllocations;
+
+TEST(PngWriterTest, MakesNothingLargeButTheFileWhenThePictureBeforeHadItsSize) {
+    const RgbImage image = noisyPicture(600, 600);
+    const RunBeside never = [](const std::function<void()>&) {};
+    fileOf(image, never);
+    largeAllocations = 0;
+    allowAllocationsBy([](std::size_t size) {
+        if (size >= 50'000)
+            ++largeAllocations;
+        return true;
+    });
+    fileOf(image, never);
+    allowAllocationsBy(nullptr);
+    EXPECT_EQ(largeAllocations, 1);
 }
 
 TEST(PngWriterTest, TakesNoOtherThreadForASmallPicture) {
