@@ -64,9 +64,11 @@ int main(int argc, char* argv[]) {
         simulateCrash();
 
     LOG4CXX_INFO(serviceLogger(), "Larkspur Windows Camera Hub started.  Waiting for Client connections...");
-    QCoreApplication::setEventDispatcher(new EpollDispatcher); // the application object's from then on
-    QCoreApplication application(argc, argv);
-    useNeutralLocale(); // the application object has just taken over the user's
+    // It is the application object's from then on, which the analyzer does not see.
+    QCoreApplication::setEventDispatcher(new EpollDispatcher);
+    QCoreApplication application(argc, argv); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+    // The object has just taken over the user's.
+    useNeutralLocale();
 
     Halden::System::useAllDescriptors(); // each connection is one
     const Listeners listeners(rpcPort, httpPort, &application);
