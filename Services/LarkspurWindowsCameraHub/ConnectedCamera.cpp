@@ -75,9 +75,7 @@ std::vector<unsigned char> ConnectedCamera::capturePhotoAsRawPNG() {
     stream->Seek(0);
     Platform::DataReader reader(stream);
     blockingWait(reader.LoadAsync(static_cast<std::uint32_t>(stream->Size())));
-    std::vector<unsigned char> bytes(stream->Size());
-    reader.ReadBytes(bytes);
-    return bytes;
+    return reader.ReadBytes(stream->Size());
 }
 
 void ConnectedCamera::enableAndConvergeAuto(bool exposure, bool focus, bool wb) {

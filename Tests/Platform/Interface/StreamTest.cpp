@@ -138,6 +138,19 @@ TEST(DataReaderTest, RaisesWhenFewerBytesHaveBeenLoaded) {
     EXPECT_EQ(fewer, (Bytes{1, 2}));
 }
 
+TEST(DataReaderTest, GivesAVectorOfBytesByTheSameRules) {
+    const auto stream = std::make_shared<InMemoryRandomAccessStream>();
+    stream->Write(Bytes{1, 2, 3, 4, 5});
+    stream->Seek(0);
+    DataReader reader(stream);
+    blockingWait(reader.LoadAsync(2));
+    blockingWait(reader.LoadAsync(3));
+    EXPECT_EQ(reader.ReadBytes(0), Bytes());
+    EXPECT_EQ(reader.ReadBytes(3), (Bytes{1, 2, 3}));
+    EXPECT_THROW(reader.ReadBytes(3), winrt::hresult_out_of_bounds);
+    EXPECT_EQ(reader.ReadBytes(2), (Bytes{4, 5}));
+}
+
 TEST(DataReaderTest, LoadingEndsWithTheStreamsError) {
     DataReader reader(std::make_shared<BrokenStream>());
     EXPECT_THROW(blockingWait(reader.LoadAsync(1)), winrt::hresult_error);
