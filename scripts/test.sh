@@ -31,7 +31,19 @@ fi
 
 install_packages "${build_packages[@]}" "${test_packages[@]}" "${check_packages[@]}"
 
+# start_real_drivers FOLDER: beside what follows, since their one emulated processor leaves the others idle. In a process
+# group of its own, which ends with this script.
+start_real_drivers() {
+  drivers_log=$1/test-results/real-drivers.log
+  set -m
+  "$root/Tests/RealDrivers/run.sh" "$1" </dev/null >"$drivers_log" 2>&1 &
+  set +m
+  drivers=$!
+  trap 'kill -- "-$drivers" 2>/dev/null || true' EXIT
+}
+
 failed=0
+drivers=
 reports=()
 for preset in "${presets[@]}"; do
   folder=$(build_folder "$preset")
@@ -50,9 +62,16 @@ for preset in "${presets[@]}"; do
   # Against the kernel's drivers once: what a sanitizer would find there, it finds on the scripted driver.
   if [[ $preset == release ]]; then
     reports+=("$folder/test-results/real-drivers.xml")
-    "$root/Tests/RealDrivers/run.sh" "$folder" || failed=1
+    start_real_drivers "$folder"
   fi
 done
+
+if [[ -n $drivers ]]; then
+  echo "== the kernel's drivers"
+  tail --lines=+1 --follow --pid="$drivers" "$drivers_log"
+  wait "$drivers" || failed=1
+  trap - EXIT
+fi
 
 "$python" "$root/scripts/count_tests.py" "${reports[@]}" || failed=1
 exit $failed
