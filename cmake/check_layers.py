@@ -49,7 +49,9 @@ MAY_INCLUDE = {
         "Services/CameraAccess",
         "Services/LarkspurWindowsCameraHubNonUWP",
     ],
-    "Tests": ["Framework", "Platform", "Services"],
+    # Programs of others are built with it: it stands alone.
+    "Client": [],
+    "Tests": ["Client", "Framework", "Platform", "Services"],
     "Benchmarks": ["Framework/CXX/System", "Platform", "Tests/Platform/Imaging"],
 }
 
@@ -66,7 +68,8 @@ CIRCLES_ALLOWED = [
     {f"Framework/CXX/Network/Http{name}" for name in ("Client", "Request", "Response", "Route", "Server")},
 ]
 
-INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"')
+# The client library's public headers are included as they are once installed, by itself as well.
+INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<(CameraHubClient/[^>]+)>)')
 
 
 def is_within(path, folder):
@@ -85,8 +88,9 @@ def includes(root, name):
     """Yields the line number and the file that it includes, ours and not generated."""
     for number, line in enumerate((root / name).read_text(encoding="utf-8").splitlines(), 1):
         match = INCLUDE.match(line)
-        if match and not match[1].endswith(".moc"):
-            yield number, match[1]
+        included = match and (match[1] or f"Client/{match[2]}")
+        if included and not included.endswith(".moc"):
+            yield number, included
 
 
 def breaches_of_file(root, name):

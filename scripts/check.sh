@@ -79,7 +79,7 @@ base_of_change() {
 source_of() {
   local source=${1%.h}.cpp includer
   [[ ! -f $source ]] || { echo "$source"; return; }
-  for includer in $(git grep -lF "#include \"$1\"" -- '*.cpp' '*.h' | sort -t. -k2); do
+  for includer in $(git grep -lF -e "#include \"$1\"" -e "#include <${1#Client/}>" -- '*.cpp' '*.h' | sort -t. -k2); do
     if [[ $includer == *.cpp ]]; then echo "$includer"; else source_of "$includer"; fi
     return
   done

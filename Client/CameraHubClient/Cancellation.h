@@ -6,6 +6,8 @@
 
 namespace CameraHub {
 
+class Descriptor;
+
 /// Ends the calls of a client from outside: they then throw Cancelled. Copies belong together: cancelling one cancels
 /// all. It cannot be taken back; a new client with a new Cancellation goes on.
 /// Any thread may use any copy, also while a client waits with it.
@@ -23,7 +25,7 @@ public:
     int descriptor() const noexcept;
 
 private:
-    std::shared_ptr<const int> _descriptor;
+    std::shared_ptr<const Descriptor> _event;
 };
 
 } // namespace CameraHub

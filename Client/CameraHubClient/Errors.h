@@ -7,8 +7,8 @@
 
 namespace CameraHub {
 
-/// What a client throws because of the hub or the way to it; what() is one line for people. Each kind is a class, and
-/// none derives from another. An argument that is refused before anything was sent is a std::invalid_argument instead.
+/// What a client throws because of the hub or the way to it; what() is one line for people. Each kind that follows
+/// is a class of its own. An argument that is refused before anything was sent is a std::invalid_argument instead.
 class CAMERA_HUB_CLIENT_EXPORT Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -52,13 +52,17 @@ public:
     using Error::Error;
 };
 
-// What the hub answers. After each of these the client remains usable.
+/// What the hub answers in place of what it was asked for, in the kinds that follow. The client remains usable.
+class CAMERA_HUB_CLIENT_EXPORT Refusal : public Error {
+public:
+    using Error::Error;
+};
 
 /// The hub did not understand the message: the reply with code and message at its top. It says nothing of the request:
 /// something between client and hub has altered it.
-class CAMERA_HUB_CLIENT_EXPORT MessageRejected : public Error {
+class CAMERA_HUB_CLIENT_EXPORT MessageRejected : public Refusal {
 public:
-    MessageRejected(int code, const std::string& message) : Error(message), _code(code) {}
+    MessageRejected(int code, const std::string& message) : Refusal(message), _code(code) {}
 
     /// -32700, as a rule.
     int code() const noexcept { return _code; }
@@ -68,20 +72,21 @@ private:
 };
 
 /// The camera failed during the capture, the redirection failed, or the hub does not know the method: the reply with an
-/// error, whose message what() is.
-class CAMERA_HUB_CLIENT_EXPORT MethodFailed : public Error {
+/// error, whose message what() is, with blanks for line ends.
+class CAMERA_HUB_CLIENT_EXPORT MethodFailed : public Refusal {
 public:
-    using Error::Error;
+    using Refusal::Refusal;
 };
 
-/// The capture could not be begun: the reply with code and message in its result, whose message what() is.
-class CAMERA_HUB_CLIENT_EXPORT CaptureRefused : public Error {
+/// The capture could not be begun: the reply with code and message in its result, whose message what() is, with blanks
+/// for line ends.
+class CAMERA_HUB_CLIENT_EXPORT CaptureRefused : public Refusal {
 public:
     static constexpr int noCameraNamed = 1;
     static constexpr int cameraNotConnected = 2;
     static constexpr int noImage = 3;
 
-    CaptureRefused(int code, const std::string& message) : Error(message), _code(code) {}
+    CaptureRefused(int code, const std::string& message) : Refusal(message), _code(code) {}
 
     /// One of the above.
     int code() const noexcept { return _code; }
@@ -92,9 +97,9 @@ private:
 
 /// The hub does not have the image: another capture, of any client, has taken its place, or the camera ended the still
 /// with an error.
-class CAMERA_HUB_CLIENT_EXPORT ImageGone : public Error {
+class CAMERA_HUB_CLIENT_EXPORT ImageGone : public Refusal {
 public:
-    using Error::Error;
+    using Refusal::Refusal;
 };
 
 } // namespace CameraHub

@@ -46,6 +46,7 @@ def test_an_include_that_goes_down_a_layer_is_fine(tree):
          'Platform/Interface may not include "Platform/Simulated/Chart.h"'),
         ("Framework/CXX/Json/New.h", "Platform/Interface/Guid.h",
          'Framework/CXX/Json may not include "Platform/Interface/Guid.h"'),
+        ("Client/New.cpp", "Platform/Interface/Guid.h", 'Client may not include "Platform/Interface/Guid.h"'),
         ("Platform/Simulated/New.cpp", "Chart.h", '"Chart.h" is not written from the root of the tree'),
         ("Platform/Elsewhere/New.cpp", "Platform/Interface/Guid.h", "its folder has no row in MAY_INCLUDE"),
     ],
@@ -53,6 +54,15 @@ def test_an_include_that_goes_down_a_layer_is_fine(tree):
 def test_a_breach_is_named_by_file_and_line(tree, name, include, reason):
     result = check_layers(tree(name, f'#include "{include}"\n'))
     assert (result.returncode, result.stdout) == (1, f"{name}:1: {reason}\n")
+
+
+def test_a_public_header_of_the_client_library_counts_as_it_is_included_once_installed(tree):
+    tree("Client/CameraHubClient/Still.h", "#pragma once\n")
+    tree("Client/CameraHubClient/Still.cpp", "#include <CameraHubClient/Still.h>\n#include <string>\n")
+    assert check_layers(tree("Tests/Client/StillTest.cpp", "#include <CameraHubClient/Still.h>\n")).returncode == 0
+    result = check_layers(tree("Services/CameraAccess/Hub.cpp", "#include <CameraHubClient/Still.h>\n"))
+    reason = 'Services/CameraAccess may not include "Client/CameraHubClient/Still.h"'
+    assert (result.returncode, result.stdout) == (1, f"Services/CameraAccess/Hub.cpp:1: {reason}\n")
 
 
 def test_what_stands_above_the_wings_may_include_them(tree):
