@@ -1,6 +1,7 @@
 """The C++ client library as programs of others find it: installed, for CMake and for pkg-config."""
 
 import os
+import re
 import shutil
 import subprocess
 
@@ -11,6 +12,7 @@ from harness.wait import PATIENCE
 
 BUILD = EXECUTABLE.parent.parent
 EXAMPLE = ROOT / "Examples/client"
+GUIDE = ROOT / "Docs/client-libraries.md"
 
 # What a sanitizer or a count of lines puts into a library, the programs that use it would need as well.
 pytestmark = pytest.mark.skipif(PRESET not in ("release", "debug"), reason="the library is no ordinary one")
@@ -23,9 +25,19 @@ def run(*command, **options):
     return result.stdout
 
 
+def documented(pattern):
+    """What the guide's part on C++ has of that."""
+    part = GUIDE.read_text(encoding="utf-8").partition("\n## C++\n")[2].partition("\n## ")[0]
+    return re.findall(pattern, part, re.MULTILINE | re.DOTALL)
+
+
 def install(build, prefix):
-    for component in ("client-lib", "client-dev"):
-        run("cmake", "--install", build, "--prefix", prefix, "--component", component)
+    """With the commands of the guide."""
+    commands = documented(r"^    (cmake --install [^\n]*)$")
+    assert len(commands) == 2
+    for command in commands:
+        words = {"build": build, "PREFIX": prefix}
+        run(*(words.get(word, word) for word in command.split()))
     return prefix
 
 
@@ -66,11 +78,12 @@ def build_with_cmake(prefix, folder):
     return folder / "build/still"
 
 
-def build_with_pkg_config(library_folder, folder, *static):
+def build_with_pkg_config(library_folder, source, folder, option=""):
+    """With the command of the guide."""
+    (command,) = documented(r"^    (c\+\+ [^\n]*)$")
+    shutil.copy(source, folder / "main.cpp")
     environment = os.environ | {"PKG_CONFIG_PATH": str(library_folder / "pkgconfig")}
-    flags = run("pkg-config", "--cflags", "--libs", *static, "camera-hub-client", env=environment).split()
-    # C++17: what the headers take.
-    run("c++", "-std=c++17", EXAMPLE / "main.cpp", "-o", folder / "still", *flags)
+    run("bash", "-e", "-c", command.replace("pkg-config", f"pkg-config {option}"), cwd=folder, env=environment)
     return folder / "still"
 
 
@@ -79,7 +92,7 @@ def test_the_example_is_built_by_cmake_with_the_archive(hub, archive, tmp_path):
 
 
 def test_the_example_is_built_by_pkg_config_with_the_archive(hub, archive, tmp_path):
-    takes_a_still(hub, build_with_pkg_config(archive / "lib", tmp_path, "--static"), tmp_path)
+    takes_a_still(hub, build_with_pkg_config(archive / "lib", EXAMPLE / "main.cpp", tmp_path, "--static"), tmp_path)
 
 
 def test_the_example_is_built_by_cmake_with_the_shared_library(hub, shared, tmp_path):
@@ -88,8 +101,24 @@ def test_the_example_is_built_by_cmake_with_the_shared_library(hub, shared, tmp_
 
 def test_the_example_is_built_by_pkg_config_with_the_shared_library(hub, shared, tmp_path):
     folder = shared / "lib/x86_64-linux-gnu"
-    program = build_with_pkg_config(folder, tmp_path)
+    program = build_with_pkg_config(folder, EXAMPLE / "main.cpp", tmp_path)
     takes_a_still(hub, program, tmp_path, environment={"LD_LIBRARY_PATH": str(folder)})
+
+
+def test_the_program_of_the_guide_takes_a_still(hub, archive, tmp_path):
+    (text,) = documented(r"^```cpp\n(.*?)^```$")
+    (tmp_path / "guide.cpp").write_text(text)
+    program = build_with_pkg_config(archive / "lib", tmp_path / "guide.cpp", tmp_path, "--static")
+    hub.network.run(run, program, cwd=tmp_path)
+    assert (tmp_path / "still.png").read_bytes().startswith(b"\x89PNG")
+
+
+def test_the_guide_shows_the_build_list_of_the_example_and_every_error():
+    (text,) = documented(r"^```cmake\n(.*?)^```$")
+    assert set(text.splitlines()) <= set((EXAMPLE / "CMakeLists.txt").read_text().splitlines())
+    headers = (ROOT / "Client/CameraHubClient/Errors.h").read_text()
+    kinds = re.findall(r"^class CAMERA_HUB_CLIENT_EXPORT (\w+) : public (?:Error|Refusal)", headers, re.MULTILINE)
+    assert documented(r"^\| `(\w+)` \|") == [kind for kind in kinds if kind != "Refusal"]
 
 
 def test_the_shared_library_shows_nothing_but_its_interface(shared):
