@@ -2,9 +2,12 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <limits>
 #include <system_error>
 
 using CameraHub::Cancellation;
@@ -41,6 +44,8 @@ const Cancellation* cancelledBySignal = nullptr;
 TEST(CancellationTest, ASignalHandlerMayCancelAndLeavesErrnoAlone) {
     const Cancellation cancellation;
     cancelledBySignal = &cancellation;
+    const std::uint64_t full = std::numeric_limits<std::uint64_t>::max() - 1; // so that cancelling meets an error
+    ASSERT_EQ(write(cancellation.descriptor(), &full, sizeof full), static_cast<ssize_t>(sizeof full));
     const auto before = std::signal(SIGUSR2, [](int) { cancelledBySignal->cancel(); });
     errno = EDOM;
     std::raise(SIGUSR2);

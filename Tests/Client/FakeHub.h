@@ -7,6 +7,7 @@
 #include <chrono>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// Both ports of a hub that answers what a test tells it to.
 struct FakeHub {

@@ -68,6 +68,7 @@ TEST(WaitingTest, AnInterruptionByASignalIsNoMatter) {
     struct sigaction counting{};
     counting.sa_handler = [](int) { ++signals; };
     ASSERT_EQ(sigaction(SIGUSR1, &counting, nullptr), 0);
+    signals = 0;
     FakeHub hub;
     CameraHubClient client = hub.connect();
     const pthread_t waiting = pthread_self();
