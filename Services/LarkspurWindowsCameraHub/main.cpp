@@ -6,6 +6,7 @@
 #include "Services/LarkspurWindowsCameraHub/CreateCameraPlatform.h"
 #include "Services/LarkspurWindowsCameraHub/Listeners.h"
 #include "Services/LarkspurWindowsCameraHub/ServiceParameters.h"
+#include "Services/LarkspurWindowsCameraHub/SignsOfLife.h"
 #include "Services/LarkspurWindowsCameraHubNonUWP/ServiceDiagnosticsAndLogging.h"
 
 #include <QCoreApplication>
@@ -72,6 +73,7 @@ int main(int argc, char* argv[]) {
 
     Halden::System::useAllDescriptors(); // each connection is one
     const Listeners listeners(rpcPort, httpPort, &application);
+    const SignsOfLife signsOfLife(listeners);
 
     // In no try block: an exception that leaves a slot ends the process.
     return QCoreApplication::exec();
