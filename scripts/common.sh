@@ -18,8 +18,8 @@ build_packages=(
 )
 
 # What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, umockdev for a
-# /sys of their own, the sources of locales.
-test_packages=(python3-pytest python3-pytest-xdist python3-pil umockdev libumockdev-dev locales)
+# /sys of their own, the sources of locales, systemd to judge the unit, which need not run.
+test_packages=(python3-pytest python3-pytest-xdist python3-pil umockdev libumockdev-dev locales systemd)
 
 # What scripts/check.sh takes besides: all but clang-tidy look at the sources alone.
 check_packages=(doxygen git clang-format-19 shellcheck flake8)
@@ -32,6 +32,7 @@ clang_packages=(clang-19)
 # for them, a counter of instructions.
 bench_packages=(libspng-dev libisal-dev)
 bench_tools=(nginx-light redis-server wrk valgrind)
+
 
 # What keeps a machine busy while scripts/repeat.sh looks for tests that cannot bear that.
 stress_packages=(stress-ng)

@@ -49,8 +49,9 @@ class Hub:
     """Made with what it is to find at its start; start() runs it, stop() ends it if nothing else has. The shell
     command `prepare`, if there is one, runs before it in the same process."""
 
-    def __init__(self, folder, scenario=None, environment=None, network=None, prepare=None):
+    def __init__(self, folder, scenario=None, environment=None, network=None, prepare=None, executable=EXECUTABLE):
         self.folder = folder
+        self.executable = executable
         self.network = network or Network()
         self.prepare = prepare
         self.scenario_file = folder / "scenario.json"
@@ -88,7 +89,7 @@ class Hub:
 
     def start(self, wait_for_ports=True):
         # setpriv: the hub goes down with the tests, however they end.
-        command = ["setpriv", "--pdeathsig", "KILL", str(EXECUTABLE)]
+        command = ["setpriv", "--pdeathsig", "KILL", str(self.executable)]
         if self.prepare:
             command = ["sh", "-e", "-c", f'{self.prepare}\nexec "$@"', "sh", *command]
         with open(self.stdout_file, "wb") as stdout, open(self.stderr_file, "wb") as stderr:
