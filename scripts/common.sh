@@ -33,6 +33,8 @@ clang_packages=(clang-19)
 bench_packages=(libspng-dev libisal-dev)
 bench_tools=(nginx-light redis-server wrk valgrind)
 
+# What scripts/package.sh takes besides: the manual pages' compiler, what makes the packages, and what judges them.
+package_packages=(scdoc dpkg-dev fakeroot file lintian)
 
 # What keeps a machine busy while scripts/repeat.sh looks for tests that cannot bear that.
 stress_packages=(stress-ng)

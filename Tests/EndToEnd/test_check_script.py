@@ -181,7 +181,7 @@ def test_an_argument_that_means_nothing_is_refused(repository, arguments):
 
 
 def test_every_script_tells_what_it_does(repository):
-    for name in ("check", "test", "coverage"):
+    for name in ("check", "test", "coverage", "package"):
         result = repository.run(f"scripts/{name}.sh", "--help")
         assert result.returncode == 0
         assert f"Usage: scripts/{name}.sh" in result.stdout
