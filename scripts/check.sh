@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks the sources without running them: format, shell scripts, Python, layers, the pages that doxygen makes of headers
-# and documents, and clang-tidy on what has changed.
+# Checks the sources without running them: format, shell scripts, Python and the types of its client library, layers, the
+# pages that doxygen makes of headers and documents, and clang-tidy on what has changed.
 # Runs every check, tells one line about each, and ends with 1 if one has failed.
 # Usage: scripts/check.sh [--all | --since REVISION | --staged | --fix]
 #   (nothing)         clang-tidy reads what the commits that origin/main lacks, or else the last commit, and uncommitted
@@ -62,6 +62,7 @@ check() {
 check_format() { tracked '*.h' '*.cpp' | xargs -0r clang-format-19 --dry-run -Werror; }
 check_shell() { shell_scripts | xargs -0r shellcheck; }
 check_python() { tracked '*.py' | xargs -0r /usr/bin/python3 -m flake8; }
+check_types() { tracked 'Client/Python/*.py' | xargs -0r /usr/bin/python3 -m mypy --strict --python-version 3.9; }
 check_pages() { doxygen Doxyfile.interface && doxygen Doxyfile; }
 check_layers() { /usr/bin/python3 cmake/check_layers.py "$tree"; }
 
@@ -139,6 +140,7 @@ cd "$tree"
 check "format" check_format
 check "shell scripts" check_shell
 check "Python" check_python
+check "types of the Python client" check_types
 check "layers" check_layers
 if [[ $mode != --staged ]]; then
   check "pages of the headers and documents" check_pages

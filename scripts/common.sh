@@ -17,12 +17,12 @@ build_packages=(
   python3
 )
 
-# What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, umockdev for a
-# /sys of their own, the sources of locales, systemd to judge the unit, which need not run.
-test_packages=(python3-pytest python3-pytest-xdist python3-pil umockdev libumockdev-dev locales systemd)
+# What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, numpy for pictures
+# as arrays, umockdev for a /sys of their own, the sources of locales, systemd to judge the unit, which need not run.
+test_packages=(python3-pytest python3-pytest-xdist python3-pil python3-numpy umockdev libumockdev-dev locales systemd)
 
-# What scripts/check.sh takes besides: all but clang-tidy look at the sources alone.
-check_packages=(doxygen git clang-format-19 shellcheck flake8)
+# What scripts/check.sh takes besides: all but clang-tidy look at the sources alone. mypy reads numpy's types.
+check_packages=(doxygen git clang-format-19 shellcheck flake8 mypy python3-numpy)
 tidy_packages=(clang-tidy-19)
 
 # The second compiler, of the preset clang.

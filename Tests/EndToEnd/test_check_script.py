@@ -22,7 +22,7 @@ STAND_INS = {
     "clang-tidy-19": 'for file; do :; done; echo "$file" >>"$TIDY_LOG"; ! grep -H DEFECT "$file"',
 }
 
-OK = ["ok      format", "ok      shell scripts", "ok      Python", "ok      layers"]
+OK = [f"ok      {check}" for check in ("format", "shell scripts", "Python", "types of the Python client", "layers")]
 
 
 class Repository:
@@ -94,6 +94,7 @@ def test_a_clean_change_passes_every_check(repository):
         ("scripts/new.sh", "#!/bin/bash\nrm $1\n", "shell scripts"),
         ("scripts/new", "#!/bin/sh\nrm $1\n", "shell scripts"),
         ("scripts/new.py", "import os\n", "Python"),
+        ("Client/Python/new.py", "def double(x):\n    return 2 * x\n", "types of the Python client"),
         ("Platform/Interface/New.h", '#include "Framework/CXX/Common/Clock.h"\n', "layers"),
     ],
 )
