@@ -14,7 +14,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 [[ " $* " != *" --help "* ]] || { show_help; exit; }
 
-install_packages "${build_packages[@]}" "${bench_packages[@]}" "${bench_tools[@]}"
+install_packages "${build_packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${bench_tools[@]}"
 build release LarkspurWindowsCameraHub
 build release AllBenchmarks
 

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Checks the sources without running them: format, shell scripts, Python and the types of its client library, layers, the
+# Checks the sources without running them: format, shell scripts, Python, the types of its client library, layers, the
 # pages that doxygen makes of headers and documents, and clang-tidy on what has changed.
 # Runs every check, tells one line about each, and ends with 1 if one has failed.
 # Usage: scripts/check.sh [--all | --since REVISION | --staged | --fix]

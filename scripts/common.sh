@@ -18,8 +18,12 @@ build_packages=(
 )
 
 # What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, numpy for pictures
-# as arrays, umockdev for a /sys of their own, the sources of locales, systemd to judge the unit, which need not run.
-test_packages=(python3-pytest python3-pytest-xdist python3-pil python3-numpy umockdev libumockdev-dev locales systemd)
+# as arrays, umockdev for a /sys of their own, the sources of locales, systemd to judge the unit, which need not run,
+# nginx to stand in front of the hub with a certificate of openssl's making.
+test_packages=(
+  python3-pytest python3-pytest-xdist python3-pil python3-numpy
+  umockdev libumockdev-dev locales systemd nginx-light openssl
+)
 
 # What scripts/check.sh takes besides: all but clang-tidy look at the sources alone. mypy reads numpy's types.
 check_packages=(doxygen git clang-format-19 shellcheck flake8 mypy python3-numpy)
@@ -28,10 +32,10 @@ tidy_packages=(clang-tidy-19)
 # The second compiler, of the preset clang.
 clang_packages=(clang-19)
 
-# What Benchmarks takes besides: other makers of PNG; and what scripts/bench.sh runs: other servers, a client
-# for them, a counter of instructions.
+# What Benchmarks takes besides what the tests do: other makers of PNG; and what scripts/bench.sh runs: another server,
+# a client for servers, a counter of instructions.
 bench_packages=(libspng-dev libisal-dev)
-bench_tools=(nginx-light redis-server wrk valgrind)
+bench_tools=(redis-server wrk valgrind)
 
 # What scripts/package.sh takes besides: the manual pages' compiler, what makes the packages, and what judges them.
 package_packages=(scdoc dpkg-dev fakeroot file lintian)

@@ -1,6 +1,7 @@
 #!/bin/bash
 # Builds everything, a warning being an error, and runs every test. The last line counts them; the exit code is 0 if
 # none failed. asan and tsan have assertions on, as debug has.
+# Where it is missing it installs nginx, whose package may start a service of its own on port 80.
 # Usage: scripts/test.sh [release|debug|asan|tsan|coverage ...]
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
