@@ -51,7 +51,12 @@ MAY_INCLUDE = {
     ],
     # Programs of others are built with it: it stands alone.
     "Client": [],
-    "Tests": ["Client", "Framework", "Platform", "Services"],
+    # The command line is one of those programs.
+    "Tools/CameraHub/Text": ["Client/CameraHubClient"],
+    "Tools/CameraHub/Picture": ["Tools/CameraHub/Text"],
+    "Tools/CameraHub/Terminal": ["Client/CameraHubClient", "Tools/CameraHub/Picture", "Tools/CameraHub/Text"],
+    "Tools/CameraHub": ["Client/CameraHubClient"],
+    "Tests": ["Client", "Framework", "Platform", "Services", "Tools"],
     "Benchmarks": ["Framework/CXX/System", "Platform", "Tests/Platform/Imaging"],
 }
 

@@ -12,6 +12,7 @@ build_packages=(
   qtbase5-dev libjsoncpp-dev liblog4cxx-dev
   libpng-dev zlib1g-dev libturbojpeg0-dev libjpeg-dev libyuv-dev libcairo2-dev libutfcpp-dev fonts-dejavu-core
   libhwy-dev libdeflate-dev
+  libcli11-dev libchafa-dev libavahi-client-dev scdoc
   libudev-dev libsystemd-dev libdw-dev libelf-dev uuid-dev
   libgtest-dev libgmock-dev
   python3

@@ -1,0 +1,36 @@
+#include "Tools/CameraHub/Commands/ArgumentReading.h"
+
+#include "Tools/CameraHub/Text/DurationText.h"
+#include "Tools/CameraHub/Text/ExposureText.h"
+
+namespace CommandLine {
+
+CLI::Option* addExposure(CLI::App& app, const std::string& name, const std::string& help,
+                         const std::function<void(std::chrono::microseconds)>& take) {
+    const auto read = [name, take](const std::string& text) {
+        const auto exposure = parseExposure(text);
+        if (!exposure)
+            throw CLI::ValidationError(name, "\"" + text + "\" is no exposure, such as 20ms, 1/50s or 20000us");
+        take(*exposure);
+    };
+    return app.add_option_function<std::string>(name, read, help)->type_name("TIME");
+}
+
+CLI::Option* addDuration(CLI::App& app, const std::string& name, const std::string& help,
+                         std::chrono::milliseconds longest, std::chrono::milliseconds& duration) {
+    const auto read = [name, longest, &duration](const std::string& text) {
+        const auto parsed = parseDuration(text);
+        if (!parsed)
+            throw CLI::ValidationError(name, "\"" + text + "\" is no time, such as 250ms, 10s or 2min");
+        if (*parsed > longest)
+            throw CLI::ValidationError(name, "at most " + durationText(longest));
+        duration = *parsed;
+    };
+    return app.add_option_function<std::string>(name, read, help)->type_name("TIME");
+}
+
+CLI::Option* addPort(CLI::App& app, const std::string& name, std::uint16_t& port, const std::string& help) {
+    return app.add_option(name, port, help)->type_name("PORT")->check(CLI::Range(1, 65535));
+}
+
+} // namespace CommandLine

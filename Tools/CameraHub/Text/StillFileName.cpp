@@ -1,0 +1,48 @@
+#include "Tools/CameraHub/Text/StillFileName.h"
+
+#include "Tools/CameraHub/Text/CameraChoice.h"
+#include "Tools/CameraHub/Text/TerminalText.h"
+
+#include <array>
+#include <cstdio>
+#include <ctime>
+
+namespace CommandLine {
+namespace {
+
+constexpr int longestName = 60; // columns, so that the whole stays far below what file systems allow
+
+bool isPlain(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' ||
+           static_cast<unsigned char>(c) >= 0x80;
+}
+
+/// Without a point at its beginning, which would hide the file.
+std::string plainName(const std::string& name) {
+    std::string plain;
+    for (const char c : printable(name))
+        if (isPlain(c) && !(plain.empty() && c == '.'))
+            plain += c;
+        else if (!plain.empty() && !plain.ends_with('-'))
+            plain += '-';
+    if (plain.ends_with('-'))
+        plain.pop_back();
+    return plain.empty() ? "camera" : shortened(plain, longestName);
+}
+
+} // namespace
+
+std::string stillFileName(const CameraHub::Camera& camera, std::chrono::system_clock::time_point time) {
+    const auto whole = std::chrono::floor<std::chrono::milliseconds>(time);
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(whole);
+    const std::time_t clock = std::chrono::system_clock::to_time_t(seconds);
+    std::tm utc{};
+    gmtime_r(&clock, &utc);
+    std::array<char, 32> date{};
+    std::strftime(date.data(), date.size(), "%Y-%m-%dT%H-%M-%S", &utc);
+    std::array<char, 8> fraction{};
+    (void)std::snprintf(fraction.data(), fraction.size(), ".%03dZ", static_cast<int>((whole - seconds).count()));
+    return plainName(cameraName(camera)) + "_" + date.data() + fraction.data();
+}
+
+} // namespace CommandLine

@@ -1,0 +1,3 @@
+#include "Tools/CameraHub/Commands/Program.h"
+
+int main(int count, char** texts) { return CommandLine::runProgram(count, texts); }
