@@ -9,6 +9,7 @@ import pytest
 HERE = Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), str(HERE.parents[1] / "Client/Python")]
 
+from harness.command import StartedCommand
 from harness.hub import EXECUTABLE, Hub
 from harness.network import Network, allow_networks
 
@@ -42,6 +43,20 @@ def start_hub(tmp_path_factory):
 def start_shared_hub(tmp_path_factory):
     """The same for a hub that the tests of a module share."""
     yield from _hub_starter(tmp_path_factory)
+
+
+@pytest.fixture
+def start_command():
+    """A function that starts the command line; its arguments are those of StartedCommand."""
+    commands = []
+
+    def start(*arguments, **keywords):
+        commands.append(StartedCommand(*arguments, **keywords))
+        return commands[-1]
+
+    yield start
+    for command in commands:
+        command.stop()
 
 
 @pytest.fixture

@@ -14,9 +14,9 @@ namespace CommandLine {
 CLI::Option* addExposure(CLI::App& app, const std::string& name, const std::string& help,
                          const std::function<void(std::chrono::microseconds)>& take);
 
-/// From 0 to the longest.
 CLI::Option* addDuration(CLI::App& app, const std::string& name, const std::string& help,
-                         std::chrono::milliseconds longest, std::chrono::milliseconds& duration);
+                         std::chrono::milliseconds shortest, std::chrono::milliseconds longest,
+                         std::chrono::milliseconds& duration);
 
 CLI::Option* addPort(CLI::App& app, const std::string& name, std::uint16_t& port, const std::string& help);
 

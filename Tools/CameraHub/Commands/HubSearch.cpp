@@ -27,7 +27,7 @@ struct Free {
 
 [[noreturn]] void failWithoutDaemon(int error) {
     throw Failure(ExitCode::NothingFound, std::string("cannot look for hubs: ") + avahi_strerror(error) +
-                                              "; it takes a running avahi-daemon on this machine");
+                                              "; start avahi-daemon on this machine, or name the hub's by --host");
 }
 
 std::string addressText(const AvahiAddress& address, AvahiIfIndex interface) {

@@ -49,8 +49,7 @@ void runCommand(const Session& session, const Arguments& arguments) {
         throw Failure(ExitCode::CaptureFailed,
                       "the image was gone, twice: other clients capture as well, or the camera failed; try again");
     } catch (const CameraHub::Error& error) {
-        throw Failure(ExitCode::Refused, "no reply of a Camera Hub 2.9 came from " + place + ": " + error.what() +
-                                             "; see what listens there");
+        throw Failure(ExitCode::Refused, place + ": " + error.what() + "; see which hub, of which version, is there");
     } catch (const NoSuchCamera& error) {
         throw Failure(ExitCode::NoSuchCamera, error.what());
     } catch (const BrokenPicture& error) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 
 namespace CommandLine {
 namespace {
@@ -18,6 +19,8 @@ using Canvas = Owned<ChafaCanvas, chafa_canvas_unref>;
 using Symbols = Owned<ChafaSymbolMap, chafa_symbol_map_unref>;
 using TermInfo = Owned<ChafaTermInfo, chafa_term_info_unref>;
 using Environment = Owned<gchar*, g_strfreev>;
+
+std::string_view orEmpty(const char* text) { return text ? text : std::string_view(); }
 
 constexpr float heightOfCharacter = 0.5F; // its width in parts of its height, of common fonts
 
@@ -56,6 +59,9 @@ Config configFor(const RgbPicture& picture, TerminalSize size, TerminalColours c
 
 TerminalColours coloursOfTerminal() {
     const Environment environment(g_get_environ());
+    const std::string_view name = orEmpty(g_environ_getenv(environment.get(), "TERM"));
+    if (name.empty() || name == "dumb")
+        return TerminalColours::None;
     const TermInfo terminal(chafa_term_db_detect(chafa_term_db_get_default(), environment.get()));
     const auto has = [&](ChafaTermSeq sequence) { return chafa_term_info_have_seq(terminal.get(), sequence) != FALSE; };
     if (has(CHAFA_TERM_SEQ_SET_COLOR_FGBG_DIRECT))

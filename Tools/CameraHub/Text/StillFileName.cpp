@@ -20,14 +20,14 @@ bool isPlain(char c) {
 /// Without a point at its beginning, which would hide the file.
 std::string plainName(const std::string& name) {
     std::string plain;
-    for (const char c : printable(name))
+    for (const char c : name)
         if (isPlain(c) && !(plain.empty() && c == '.'))
             plain += c;
         else if (!plain.empty() && !plain.ends_with('-'))
             plain += '-';
     if (plain.ends_with('-'))
         plain.pop_back();
-    return plain.empty() ? "camera" : shortened(plain, longestName);
+    return plain.empty() ? "camera" : shortened(printable(plain), longestName);
 }
 
 } // namespace
