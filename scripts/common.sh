@@ -20,10 +20,10 @@ build_packages=(
 
 # What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, numpy for pictures
 # as arrays, umockdev for a /sys of their own, the sources of locales, systemd to judge the unit, which need not run,
-# nginx to stand in front of the hub with a certificate of openssl's making.
+# nginx to stand in front of the hub with a certificate of openssl's making, Avahi and its message bus to find hubs by.
 test_packages=(
   python3-pytest python3-pytest-xdist python3-pil python3-numpy
-  umockdev libumockdev-dev locales systemd nginx-light openssl
+  umockdev libumockdev-dev locales systemd nginx-light openssl avahi-daemon dbus
 )
 
 # What scripts/check.sh takes besides: all but clang-tidy look at the sources alone. mypy reads numpy's types.
@@ -39,7 +39,7 @@ bench_packages=(libspng-dev libisal-dev)
 bench_tools=(redis-server wrk valgrind)
 
 # What scripts/package.sh takes besides: the manual pages' compiler, what makes the packages, and what judges them.
-package_packages=(scdoc dpkg-dev fakeroot file lintian)
+package_packages=(dpkg-dev fakeroot file lintian)
 
 # What keeps a machine busy while scripts/repeat.sh looks for tests that cannot bear that.
 stress_packages=(stress-ng)

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 using std::chrono::steady_clock;
 
 constexpr auto standardOutput = "-";
-constexpr int linesBelowPicture = 3; // histogram, path, prompt
+constexpr int linesBelowPicture = 4; // histogram, path, note, prompt
 constexpr int columnsOfHistogram = 64;
 
 bool isFolder(const CaptureOptions& options) {
