@@ -20,10 +20,11 @@ build_packages=(
 
 # What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, numpy for pictures
 # as arrays, umockdev for a /sys of their own, the sources of locales, systemd to judge the unit, which need not run,
-# nginx to stand in front of the hub with a certificate of openssl's making, Avahi and its message bus to find hubs by.
+# nginx to stand in front of the hub with a certificate of openssl's making, Avahi and its message bus to find hubs by,
+# zsh for its completion.
 test_packages=(
   python3-pytest python3-pytest-xdist python3-pil python3-numpy
-  umockdev libumockdev-dev locales systemd nginx-light openssl avahi-daemon dbus
+  umockdev libumockdev-dev locales systemd nginx-light openssl avahi-daemon dbus zsh
 )
 
 # What scripts/check.sh takes besides: all but clang-tidy look at the sources alone. mypy reads numpy's types.
