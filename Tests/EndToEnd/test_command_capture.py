@@ -55,6 +55,15 @@ def test_a_still_goes_to_the_file_that_was_named_and_takes_its_place(hub, tmp_pa
     assert size_of(tmp_path / "a.png") == (640, 360)
 
 
+@pytest.mark.parametrize("folder", ["there", "new/"])
+def test_in_a_folder_a_still_gets_a_name_of_its_own(hub, tmp_path, folder):
+    (tmp_path / "there").mkdir()
+    result = run(hub.network, "capture", "-c", "desk", "-e", "1/64s", "-o", folder, folder=tmp_path)
+    (file,) = (tmp_path / folder).iterdir()
+    assert FILE_NAME.fullmatch(file.name)
+    assert (result.returncode, result.stdout) == (0, f"{folder.rstrip('/')}/{file.name}\n")
+
+
 def test_standard_output_gets_the_picture_and_nothing_else(hub, tmp_path):
     result = run(hub.network, "capture", "-o", "-", folder=tmp_path, text=False)
     assert result.returncode == 0

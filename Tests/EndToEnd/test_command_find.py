@@ -23,6 +23,7 @@ BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration
 DAEMON = """[server]
 host-name=lab
 allow-interfaces=lo
+use-ipv6=no
 disallow-other-stacks=no
 [publish]
 publish-workstation=no

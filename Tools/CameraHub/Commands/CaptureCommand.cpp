@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 #include <variant>
 
 namespace CommandLine {
@@ -25,8 +26,9 @@ constexpr int linesBelowPicture = 4; // histogram, path, note, prompt
 constexpr int columnsOfHistogram = 64;
 
 bool isFolder(const CaptureOptions& options) {
+    std::error_code whatIsThere; // is none where nothing can be seen, which writing tells
     return options.output.empty() || options.output.ends_with('/') || options.count > 1 ||
-           fs::is_directory(options.output);
+           fs::is_directory(options.output, whatIsThere);
 }
 
 /// The path of the file that was written; none for standard output.

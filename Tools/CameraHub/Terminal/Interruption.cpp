@@ -25,7 +25,8 @@ Interruption::Interruption() {
     cancellationOfSignals = new CameraHub::Cancellation(_cancellation);
     struct sigaction action = {};
     action.sa_handler = onSignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    // What is being written goes on; what waits does so by poll(), which ends nevertheless.
+    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
     sigemptyset(&action.sa_mask);
     for (const int number : {SIGINT, SIGTERM, SIGALRM})
         sigaction(number, &action, nullptr);
