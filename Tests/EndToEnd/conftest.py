@@ -12,6 +12,7 @@ sys.path[:0] = [str(HERE), str(HERE.parents[1] / "Client/Python")]
 from harness.command import StartedCommand
 from harness.hub import EXECUTABLE, Hub
 from harness.network import Network, allow_networks
+from harness.python_client import Peers
 
 
 def pytest_configure(config):
@@ -65,3 +66,17 @@ def network():
     network = Network()
     yield network
     network.close()
+
+
+@pytest.fixture
+def serve(network):
+    """A function that makes peers with a client; its arguments are those of Peers."""
+    all_peers = []
+
+    def start(*arguments, **keywords):
+        all_peers.append(Peers(network, *arguments, **keywords))
+        return all_peers[-1]
+
+    yield start
+    for peers in all_peers:
+        peers.close()

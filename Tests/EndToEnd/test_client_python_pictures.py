@@ -64,6 +64,7 @@ def test_packed_data_in_many_chunks_and_unknown_chunks_are_read():
 def test_the_array_is_the_callers_own():
     still = still_of(png_file(2, 2, some_rows(2, 2, (0,))))
     first = still.array()
+    assert first.flags.c_contiguous and first.flags.writeable
     first[:] = 7
     assert not numpy.array_equal(still.array(), first)
 
@@ -91,9 +92,6 @@ def test_without_numpy_the_error_says_what_is_missing(monkeypatch):
     monkeypatch.setitem(sys.modules, "numpy", None)
     with pytest.raises(ImportError, match="python3-numpy"):
         still_of(png_file(4, 3, ROWS)).array()
-
-
-# --- saving
 
 
 def test_saving_makes_the_file_and_replaces_it(tmp_path):

@@ -12,6 +12,7 @@ from harness.wait import PATIENCE
 
 IMAGE_ID = "0c2a6b5e-7f3d-4c1a-9a55-52c1d0e4b7f6"
 OTHER_ID = "5d0e7b0c-31d8-4f0e-8f0f-6c3f6a0f3b52"
+PNG = b"\x89PNG\r\n\x1a\nthe rest"  # enough of a file for a client that does not look into it
 
 
 class Within:
@@ -41,6 +42,21 @@ def captured(image_id=IMAGE_ID):
 
 def image(content):
     return b"HTTP/1.1 200 OK\r\nContent-Length: %d\r\nContent-Type: image/png\r\n\r\n" % len(content) + content
+
+
+def in_background(function, *arguments, **keywords):
+    """A thread, and a list of what the function raises."""
+    errors = []
+
+    def run():
+        try:
+            function(*arguments, **keywords)
+        except Exception as error:
+            errors.append(error)
+
+    thread = threading.Thread(target=run)
+    thread.start()
+    return thread, errors
 
 
 class Peer:
