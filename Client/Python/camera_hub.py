@@ -46,7 +46,8 @@ if TYPE_CHECKING:
 
 __all__ = [
     "Camera", "Cancelled", "Capture", "CaptureRefused", "ConnectionEnded", "ConnectionFailed", "Duration", "Exposure",
-    "Hub", "HubError", "ImageGone", "MessageRejected", "MethodFailed", "Percent", "ProtocolError", "Still", "TimedOut",
+    "Hub", "HubError", "ImageGone", "MessageRejected", "MethodFailed", "NotConnected", "Percent", "ProtocolError",
+    "Still", "TimedOut",
 ]
 
 __version__ = "2.9"
@@ -78,6 +79,11 @@ class ConnectionFailed(HubError):
 class ConnectionEnded(HubError):
     """The hub ended without a reply: it died, was stopped, or its host has gone. What was asked for may have been done.
     Make a new Hub object once the hub runs again."""
+
+
+class NotConnected(HubError):
+    """An earlier call has lost the connection, and nothing was sent. Make a new Hub object: the camera that the old
+    one held open, and its redirection, have gone with the connection."""
 
 
 class TimedOut(HubError):
@@ -421,7 +427,7 @@ class _Connection:
         """A message and its reply. If that does not come as it should the connection ends: a late reply would be taken
         for that to the next message."""
         if not self._is_open:
-            raise ConnectionEnded("an earlier failure has ended the connection")
+            raise NotConnected("an earlier call has lost the connection")
         try:
             yield
         except (MessageRejected, MethodFailed):

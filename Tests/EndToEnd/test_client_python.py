@@ -157,7 +157,7 @@ def test_a_hub_that_dies_ends_the_call_and_the_object(start_hub):
     hub.process.wait()
     thread.join(PATIENCE)
     assert [type(error) for error in errors] == [camera_hub.ConnectionEnded]
-    with pytest.raises(camera_hub.ConnectionEnded, match="^an earlier failure has ended the connection$"):
+    with pytest.raises(camera_hub.NotConnected, match="^an earlier call has lost the connection$"):
         client.version()
     with pytest.raises(camera_hub.ConnectionFailed):
         client_of(hub)

@@ -10,7 +10,7 @@ import time
 import camera_hub
 import pytest
 from camera_hub import (Cancelled, CaptureRefused, ConnectionEnded, ConnectionFailed, Hub, HubError, ImageGone,
-                        MessageRejected, MethodFailed, ProtocolError, TimedOut)
+                        MessageRejected, MethodFailed, NotConnected, ProtocolError, TimedOut)
 from harness.python_client import IMAGE_ID, OTHER_ID, PNG, captured, image, in_background, result
 from harness.wait import PATIENCE, wait_until
 
@@ -43,7 +43,7 @@ def test_each_failure_of_the_protocol_is_an_error_of_its_own_and_leaves_the_conn
 def test_all_failures_are_hub_errors():
     errors = [getattr(camera_hub, name) for name in camera_hub.__all__]
     errors = [error for error in errors if isinstance(error, type) and issubclass(error, Exception)]
-    assert len(errors) == 10 and all(issubclass(error, HubError) for error in errors)
+    assert len(errors) == 11 and all(issubclass(error, HubError) for error in errors)
 
 
 def test_a_still_whose_image_is_gone_is_taken_once_more_and_that_is_told(serve):
@@ -71,7 +71,7 @@ def test_a_reply_that_is_cut_means_that_the_hub_has_ended(serve, reply):
     peers = serve([lambda _: reply], ends=True)
     with pytest.raises(ConnectionEnded, match="^the hub ended without a reply"):
         peers.client.version()
-    with pytest.raises(ConnectionEnded, match="^an earlier failure has ended the connection$"):
+    with pytest.raises(NotConnected, match="^an earlier call has lost the connection$"):
         peers.client.version()
 
 
@@ -97,7 +97,7 @@ def test_a_strange_reply_is_told_and_ends_the_connection(serve, reply):
         peers.client.version()
     assert len(str(error.value)) < 250 and "\n" not in str(error.value)
     if b'"result"' not in reply or b'"id":ID' not in reply:  # else it was the reply, with another content
-        with pytest.raises(ConnectionEnded):
+        with pytest.raises(NotConnected):
             peers.client.version()
 
 
@@ -190,7 +190,7 @@ def test_a_message_without_a_reply_in_time_ends_the_connection(serve):
     peers = serve([lambda _: None], call_timeout=0.1)
     with pytest.raises(TimedOut):
         peers.client.version()
-    with pytest.raises(ConnectionEnded):
+    with pytest.raises(NotConnected):
         peers.client.version(timeout=PATIENCE)
 
 
