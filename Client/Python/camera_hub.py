@@ -56,7 +56,7 @@ Duration = Union[timedelta, float]
 """A length of time: a timedelta, or a number of seconds."""
 
 _INT32_MAX = 2**31 - 1
-# Seconds.
+# Seconds. The last stands for all that is longer, as an int may be too large for a float: no check lets it pass.
 _LONGEST_SETTLE, _LONGEST_TIMEOUT, _FAR_AWAY = 60, 24 * 60 * 60, 1e12
 _EXPOSURE_UNKNOWN = -(2**63)  # what the hub says where it could not be set or read back
 _IMAGE_ID = re.compile(r"[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}")
