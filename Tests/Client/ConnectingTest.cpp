@@ -1,4 +1,5 @@
 #include "Tests/Client/FakeHub.h"
+#include "Tests/Client/NameOfTwoAddresses.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -49,10 +50,22 @@ TEST(ConnectingTest, AHubThatTakesNoConnectionIsTimedOut) {
     EXPECT_THROW(CameraHubClient({"127.0.0.1", hub.port()}, options), TimedOut);
 }
 
-// The name stands for the addresses of both kinds where the machine has them; only one of them answers.
-TEST(ConnectingTest, EachAddressOfANameIsTried) {
-    FakeHub hub;
-    EXPECT_TRUE(CameraHubClient({"localhost", hub.messages.port(), hub.images.port()}).isConnected());
+TEST(ConnectingTest, TheSecondAddressOfANameIsTriedWhereTheFirstRefuses) {
+    const FakeHub hub;
+    EXPECT_TRUE(CameraHubClient({nameOfTwoAddresses, hub.messages.port(), hub.images.port()}).isConnected());
+}
+
+TEST(ConnectingTest, AnAddressThatDoesNotAnswerLeavesTimeForTheNext) {
+    const FakeHub hub;
+    ListeningSocket silent("127.0.0.2", 0, hub.messages.port());
+    silent.fill();
+    Options options;
+    options.connectTimeout = 200ms; // of which half is spent on the first
+    EXPECT_TRUE(CameraHubClient({nameOfTwoAddresses, hub.messages.port()}, options).isConnected());
+}
+
+TEST(ConnectingTest, ANameOfWhichNoAddressAnswersIsRefused) {
+    EXPECT_THAT(failureOf({nameOfTwoAddresses, closedPort()}), testing::EndsWith(": Connection refused"));
 }
 
 TEST(ConnectingTest, AnAddressMayBeIpv6) {

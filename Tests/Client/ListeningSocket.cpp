@@ -16,7 +16,7 @@
 namespace {
 
 struct LoopbackAddress {
-    explicit LoopbackAddress(const std::string& host) {
+    LoopbackAddress(const std::string& host, std::uint16_t port) {
         if (host == "::1") {
             auto& ipv6 = reinterpret_cast<sockaddr_in6&>(storage);
             ipv6.sin6_family = AF_INET6;
@@ -25,9 +25,10 @@ struct LoopbackAddress {
         } else {
             auto& ipv4 = reinterpret_cast<sockaddr_in&>(storage);
             ipv4.sin_family = AF_INET;
-            ipv4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+            inet_pton(AF_INET, host.c_str(), &ipv4.sin_addr);
             size = sizeof ipv4;
         }
+        this->port() = htons(port);
     }
 
     sockaddr* get() { return reinterpret_cast<sockaddr*>(&storage); }
@@ -44,8 +45,8 @@ int socketFor(LoopbackAddress& address, int flags) {
 
 } // namespace
 
-ListeningSocket::ListeningSocket(const std::string& host, int backlog) {
-    LoopbackAddress address(host);
+ListeningSocket::ListeningSocket(const std::string& host, int backlog, std::uint16_t port) : _host(host) {
+    LoopbackAddress address(host, port);
     _descriptor = socketFor(address, 0);
     if (bind(_descriptor, address.get(), address.size) != 0 || listen(_descriptor, backlog) != 0 ||
         getsockname(_descriptor, address.get(), &address.size) != 0)
@@ -70,8 +71,7 @@ int ListeningSocket::bytesThatWait() {
 
 void ListeningSocket::fill() {
     while (halfMadeConnections() == 0) {
-        LoopbackAddress address("127.0.0.1");
-        address.port() = htons(_port);
+        LoopbackAddress address(_host, _port);
         _fillers.push_back(socketFor(address, SOCK_NONBLOCK));
         connect(_fillers.back(), address.get(), address.size);
     }
@@ -94,7 +94,7 @@ int ListeningSocket::halfMadeConnections() const {
 }
 
 bool hasIpv6Loopback() {
-    LoopbackAddress address("::1");
+    LoopbackAddress address("::1", 0);
     const int descriptor = socketFor(address, 0);
     const bool isBound = descriptor >= 0 && bind(descriptor, address.get(), address.size) == 0;
     close(descriptor);

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-/// Listens at a free port of the loopback. Connections are made, and what they send is kept, without anybody taking
+/// Listens on the loopback. Connections are made, and what they send is kept, without anybody taking
 /// them.
 class ListeningSocket {
 public:
-    /// At 127.0.0.1 or ::1.
-    explicit ListeningSocket(const std::string& host = "127.0.0.1", int backlog = 8);
+    /// At an address of 127.0.0.0/8 or ::1, and a free port unless one is given.
+    explicit ListeningSocket(const std::string& host = "127.0.0.1", int backlog = 8, std::uint16_t port = 0);
     ~ListeningSocket();
     ListeningSocket(const ListeningSocket&) = delete;
     ListeningSocket& operator=(const ListeningSocket&) = delete;
@@ -27,6 +27,7 @@ public:
     int halfMadeConnections() const;
 
 private:
+    const std::string _host;
     int _descriptor;
     std::uint16_t _port = 0;
     int _taken = -1;

@@ -81,7 +81,7 @@ TEST_P(UndocumentedReplyTest, IsAProtocolErrorAndCostsTheConnection) {
     FakeHub hub;
     CameraHubClient client = hub.connect();
     hub.messages.answer(GetParam().bytes);
-    EXPECT_THROW(GetParam().call(client), ProtocolError);
+    ASSERT_THROW(GetParam().call(client), ProtocolError);
     EXPECT_FALSE(client.isConnected());
     EXPECT_THROW(client.version(), NotConnected);
 }
