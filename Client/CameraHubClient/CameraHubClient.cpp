@@ -21,7 +21,7 @@ bool isOfHost(char character) {
            std::string_view(".-_:%").find(character) != std::string_view::npos;
 }
 
-const Address& checked(const Address& address) {
+Address checked(Address address) {
     if (address.host.empty() || !std::all_of(address.host.begin(), address.host.end(), isOfHost))
         throw std::invalid_argument("a host is a name or an address, without brackets");
     if (address.messagePort == 0 || address.imagePort == 0)
@@ -29,7 +29,7 @@ const Address& checked(const Address& address) {
     return address;
 }
 
-const Options& checked(const Options& options) {
+Options checked(Options options) {
     for (const auto time : {options.connectTimeout, options.callTimeout})
         if (time < std::chrono::milliseconds(1) || time > std::chrono::hours(24))
             throw std::invalid_argument("a time to wait is at least 1 ms and at most 24 hours");
