@@ -23,7 +23,7 @@ failed=0
 # end at once may be off, and is no reason to stop.
 mkdir -p "$folder/coverage"
 (cd "$root" && gcovr --root "$root" --object-directory "$folder" -j "$(nproc)" \
-  --filter Framework/ --filter Platform/ --filter Services/ \
+  --filter Framework/ --filter Platform/ --filter Services/ --filter Tools/ \
   --exclude-throw-branches --exclude-unreachable-branches --gcov-ignore-parse-errors \
   --txt "$folder/coverage.txt" --html-details "$folder/coverage/index.html" --print-summary)
 exit $failed
