@@ -22,8 +22,8 @@ _camera_hub() {
       mapfile -t COMPREPLY < <(compgen -A hostname -- "$current")
       return
       ;;
-    -c | --camera | -e | --exposure | -p | --percent | -n | --count | --settle | --every | --from | --timeout | --port | \
-      --image-port) return ;;
+    -c | --camera | -e | --exposure | -p | --percent | -n | --count | --settle | --every | --from | --timeout) return ;;
+    --port | --image-port) return ;;
   esac
 
   case $command in
