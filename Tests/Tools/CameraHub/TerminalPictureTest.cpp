@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <regex>
+#include <span>
 #include <sstream>
 
 using namespace CommandLine;
@@ -66,7 +67,7 @@ TEST(TerminalPictureTest, LeavesTheColoursAsTheyWere) {
 
 TEST(TerminalPictureTest, ShowsThePictureInTheTerminalsOwnColoursWhereThereAreNoOthers) {
     RgbPicture picture = uniform(64, 48, 0);
-    std::fill(picture.samples.begin() + picture.samples.size() / 2, picture.samples.end(), std::uint8_t{255});
+    std::ranges::fill(std::span(picture.samples).last(picture.samples.size() / 2), std::uint8_t{255});
     const auto lines = linesWithoutColours(drawInTerminal(picture, {}, TerminalColours::None));
     EXPECT_THAT(lines.front(), testing::MatchesRegex(" +"));
     EXPECT_THAT(lines.back(), Not(HasSubstr(" ")));

@@ -13,20 +13,23 @@ std::string longName(const std::string& name) { return name.substr(name.find("--
 
 CLI::Option* addExposure(CLI::App& app, const std::string& name, const std::string& help,
                          const std::function<void(std::chrono::microseconds)>& take) {
-    const auto read = [name, take](const std::string& text) {
+    const auto read = [name, take](const CLI::results_t& texts) {
+        const std::string& text = texts.back();
         const auto exposure = parseExposure(text);
         if (!exposure)
             throw CLI::ValidationError(longName(name),
                                        "\"" + text + "\" is no exposure, such as 20ms, 1/50s or 20000us");
         take(*exposure);
+        return true;
     };
-    return app.add_option_function<std::string>(name, read, help)->option_text("TIME");
+    return app.add_option(name, CLI::callback_t(read), help)->option_text("TIME");
 }
 
 CLI::Option* addDuration(CLI::App& app, const std::string& name, const std::string& help,
                          std::chrono::milliseconds shortest, std::chrono::milliseconds longest,
                          std::chrono::milliseconds& duration) {
-    const auto read = [name, shortest, longest, &duration](const std::string& text) {
+    const auto read = [name, shortest, longest, &duration](const CLI::results_t& texts) {
+        const std::string& text = texts.back();
         const auto parsed = parseDuration(text);
         if (!parsed)
             throw CLI::ValidationError(longName(name), "\"" + text + "\" is no time, such as 250ms, 10s or 2min");
@@ -34,8 +37,9 @@ CLI::Option* addDuration(CLI::App& app, const std::string& name, const std::stri
             throw CLI::ValidationError(longName(name),
                                        "from " + durationText(shortest) + " to " + durationText(longest));
         duration = *parsed;
+        return true;
     };
-    return app.add_option_function<std::string>(name, read, help)->option_text("TIME");
+    return app.add_option(name, CLI::callback_t(read), help)->option_text("TIME");
 }
 
 CLI::Option* addPort(CLI::App& app, const std::string& name, std::uint16_t& port, const std::string& help) {

@@ -62,6 +62,7 @@ public:
 
     std::vector<FoundHub> found() const {
         std::vector<FoundHub> hubs;
+        hubs.reserve(_hubs.size());
         for (const auto& [key, hub] : _hubs)
             hubs.push_back(hub);
         return hubs;

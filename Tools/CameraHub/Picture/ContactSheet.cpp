@@ -77,8 +77,9 @@ void ContactSheet::add(const RgbPicture& picture, std::string caption) {
 
 void ContactSheet::drawCell(cairo_t* context, const Cell& cell, int left, int top) {
     cairo_surface_t* const picture = cell.picture.get();
-    cairo_set_source_surface(context, picture, left + (cellWidth - cairo_image_surface_get_width(picture)) / 2,
-                             top + (cellHeight - cairo_image_surface_get_height(picture)) / 2);
+    const int inset = (cellWidth - cairo_image_surface_get_width(picture)) / 2; // whole pixels, which stay sharp
+    const int drop = (cellHeight - cairo_image_surface_get_height(picture)) / 2;
+    cairo_set_source_surface(context, picture, left + inset, top + drop);
     cairo_paint(context);
     [[maybe_unused]] const LeakCheckPause pause;
     cairo_text_extents_t extents;

@@ -29,7 +29,7 @@ Histogram::Histogram(const RgbPicture& picture) {
         bright += most == 255 ? 1 : 0;
         dark += most == 0 ? 1 : 0;
     }
-    const auto pixels = static_cast<double>(picture.samples.size() / 3);
+    const double pixels = static_cast<double>(picture.width) * picture.height;
     _tooBright = static_cast<double>(bright) / pixels;
     _tooDark = static_cast<double>(dark) / pixels;
 }

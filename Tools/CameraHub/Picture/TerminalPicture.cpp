@@ -49,8 +49,8 @@ Config configFor(const RgbPicture& picture, TerminalSize size, TerminalColours c
     chafa_canvas_config_set_canvas_mode(config.get(), modeFor(colours));
     chafa_canvas_config_set_pixel_mode(config.get(), CHAFA_PIXEL_MODE_SYMBOLS);
     const Symbols symbols(chafa_symbol_map_new());
-    chafa_symbol_map_add_by_tags(symbols.get(),
-                                 static_cast<ChafaSymbolTags>(CHAFA_SYMBOL_TAG_SPACE | CHAFA_SYMBOL_TAG_BLOCK));
+    for (const ChafaSymbolTags tag : {CHAFA_SYMBOL_TAG_SPACE, CHAFA_SYMBOL_TAG_BLOCK})
+        chafa_symbol_map_add_by_tags(symbols.get(), tag);
     chafa_canvas_config_set_symbol_map(config.get(), symbols.get());
     return config;
 }

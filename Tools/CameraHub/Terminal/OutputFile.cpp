@@ -97,7 +97,7 @@ fs::path writeNewFile(const fs::path& folder, const std::string& name, const std
     TemporaryFile temporary(file);
     temporary.write(bytes);
     for (int number = 2; !temporary.becomes(file); ++number)
-        file = folder / (name + "-" + std::to_string(number) + ending);
+        file = (folder / name).concat("-" + std::to_string(number)).concat(ending);
     return file;
 }
 
