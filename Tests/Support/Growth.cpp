@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t smallSize = 100'000; // bytes
 constexpr std::size_t largeSize = 10 * smallSize;
-constexpr int mostRounds = 3;
+constexpr int mostRounds = 10;
 
 /// In ns, never 0.
 double threadTime(const std::function<void()>& work) {
@@ -27,19 +27,18 @@ double growth(const WorkOfSize& prepare) {
     const auto workOnSmall = prepare(smallSize);
     const auto workOnLarge = prepare(largeSize);
     workOnSmall(); // what is done once only, and pages touched for the first time, would make the small one look slow
-    double least = 0;
+    // The shortest of a few: whatever disturbs the work makes it longer, and a busy machine takes its caches. The large
+    // one, if slow, is done least often.
+    double small = threadTime(workOnSmall);
+    double large = threadTime(workOnLarge);
     for (int round = 0; round < mostRounds; ++round) {
-        // The shortest of a few: whatever disturbs the work makes it longer. The large one, if slow, is done least
-        // often.
-        double small = threadTime(workOnSmall);
         for (int again = 0; again < 4; ++again)
             small = std::min(small, threadTime(workOnSmall));
-        const double ratio = threadTime(workOnLarge) / small;
-        least = round == 0 ? ratio : std::min(least, ratio);
-        if (least < linearGrowth)
+        if (large / small < linearGrowth)
             break;
+        large = std::min(large, threadTime(workOnLarge));
     }
-    return least;
+    return large / small;
 }
 
 std::string GrowingText::ofSize(std::size_t size) const {
