@@ -1,0 +1,115 @@
+"""Runs in the virtual machine of run.sh: the hub's package on a bare system."""
+
+import os
+import socket
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+import pytest
+
+if not {"HUB_PACKAGE", "KERNEL_TREE", "REAL_DRIVERS_PROGRAMS"} <= set(os.environ):
+    raise pytest.UsageError("These tests need the virtual machine of Tests/Service/run.sh.")
+
+TESTS = Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(TESTS / "RealDrivers"), str(TESTS / "EndToEnd")]
+
+from guest import modules  # noqa: E402
+from guest.usb_camera import UsbCamera  # noqa: E402
+from harness.http import HttpConnection  # noqa: E402
+from harness.hub import HTTP_PORT, RPC_PORT  # noqa: E402
+from harness.rpc import RpcClient  # noqa: E402
+from harness.wait import PATIENCE, wait_until  # noqa: E402
+
+PACKAGE = Path(os.environ["HUB_PACKAGE"])
+UNIT = "camera-hub.service"
+
+
+def run(*command):
+    """What it writes to standard output; fails if it fails."""
+    result = subprocess.run([str(part) for part in command], capture_output=True, text=True, check=False)
+    assert result.returncode == 0, f"{command}: {result.stdout}{result.stderr}"
+    return result.stdout
+
+
+def connect(port):
+    return socket.create_connection(("127.0.0.1", port), PATIENCE)
+
+
+class Service:
+    """The installed hub, as whoever uses this machine meets it."""
+
+    data = Path("/var/lib/camera-hub/Halden Imaging Group/Larkspur Windows Camera Hub 2.9")
+
+    def rpc(self):
+        return RpcClient(connect(RPC_PORT))
+
+    def http(self):
+        return HttpConnection(connect(HTTP_PORT))
+
+    def property(self, name):
+        return run("systemctl", "show", "--value", f"--property={name}", UNIT).strip()
+
+    def process(self):
+        """The process of the run that answers, or 0."""
+        return int(self.property("MainPID"))
+
+    def is_active(self):
+        return self.property("ActiveState") == "active"
+
+    def wait_until_ready(self):
+        wait_until(self.is_active, "the service is ready")
+        return self
+
+    def time_until_another_answers(self, process, since):
+        """Seconds from the moment to the first answer of another run than that of the process."""
+
+        def answers():
+            try:
+                client = self.rpc()
+            except ConnectionRefusedError:
+                return False
+            try:
+                return client.request("camera:version")["result"] == "2.9" and self.process() != process
+            except ConnectionError:
+                return False
+            finally:
+                client.close()
+
+        wait_until(answers, "another run of the hub answers")
+        return time.monotonic() - since
+
+    def crash_records(self):
+        return [path.read_text(encoding="utf-8") for path in sorted(self.data.glob("Diagnostics/*/Crash/crash-*.txt"))]
+
+    def wait_for_cameras(self, count):
+        client = self.rpc()
+        cameras = wait_until(lambda: [found] if len(found := client.discover()) == count else None, f"{count} cameras")
+        client.close()
+        return cameras[0]
+
+
+def install(package):
+    run("dpkg", "--install", package)
+
+
+@pytest.fixture
+def service():
+    """The package as it is after its installation, and with it the service."""
+    if not Path("/usr/sbin/camera-hub-expose").exists():
+        install(PACKAGE)
+    return Service().wait_until_ready()
+
+
+@pytest.fixture(scope="session")
+def usb_bus():
+    for module in ("uvcvideo", "vhci-hcd"):
+        modules.load(module)
+
+
+@pytest.fixture
+def camera(usb_bus, tmp_path):
+    camera = UsbCamera(tmp_path)
+    yield camera
+    camera.end()

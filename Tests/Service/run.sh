@@ -1,0 +1,33 @@
+#!/bin/bash
+# Installs the hub's package on a bare Debian 12 whose first process is systemd, in a virtual machine, and tries the
+# service there, with an emulated USB camera. The last line counts the tests; the exit code is 0 if none failed.
+# Usage: Tests/Service/run.sh [ARGUMENTS OF PYTEST]
+# Takes what scripts/package.sh has built, and the release build's UsbCamera. What is fetched is kept in build/service
+# and build/real-drivers.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+source "$here/../../scripts/common.sh"
+
+machine=$root/Tests/RealDrivers/machine
+work=$root/build/service
+drivers=$root/build/real-drivers
+report=$root/build/test-results/service.xml
+seconds=3600
+packages=("$root"/build-package/camera-hub_*.deb)
+
+((EUID == 0)) || { echo "Only root makes a system of its own." >&2; exit 2; }
+install_packages qemu-system-x86 busybox-static cpio kmod debootstrap
+for file in "${packages[0]}" "$root/build/bin/UsbCamera"; do
+  [[ -e $file ]] || { echo "$file has not been built" >&2; exit 2; }
+done
+
+"$machine/prepare.sh" "$drivers"
+"$here/machine/prepare.sh" "$work" "${packages[0]}"
+mkdir -p "${report%/*}"
+rm -f "$report"
+"$machine/boot.sh" "$drivers" "$seconds" exec "$here/machine/start.sh" "$work/system" \
+  env HUB_PACKAGE="/host${packages[0]}" REAL_DRIVERS_PROGRAMS="/host$root/build/bin" \
+  /usr/bin/python3 -m pytest -p no:cacheprovider --verbose -r fEsP --color=no --durations=5 \
+  --junit-xml=/mnt/report.xml "/host$here" "$@" || true
+cp "$drivers/results/report.xml" "$report" || true
+exec "$python" "$root/scripts/count_tests.py" "$report"
