@@ -1,5 +1,6 @@
 """Runs in the virtual machine of run.sh: the hub's package on a bare system."""
 
+import contextlib
 import os
 import socket
 import subprocess
@@ -67,15 +68,10 @@ class Service:
 
         def answers():
             try:
-                client = self.rpc()
-            except ConnectionRefusedError:
+                with contextlib.closing(self.rpc()) as client:
+                    return client.request("camera:version")["result"] == "2.9" and self.process() != process
+            except ConnectionError:  # there is none, or the old one has just ended
                 return False
-            try:
-                return client.request("camera:version")["result"] == "2.9" and self.process() != process
-            except ConnectionError:
-                return False
-            finally:
-                client.close()
 
         wait_until(answers, "another run of the hub answers")
         return time.monotonic() - since
