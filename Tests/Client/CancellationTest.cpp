@@ -32,7 +32,8 @@ TEST(CancellationTest, BeginsUncancelledAndStaysCancelled) {
 
 TEST(CancellationTest, CopiesBelongTogetherAndOthersDoNot) {
     const Cancellation first;
-    const Cancellation copy = first;
+    Cancellation copy;
+    copy = first;
     const Cancellation other;
     copy.cancel();
     EXPECT_TRUE(first.isCancelled());

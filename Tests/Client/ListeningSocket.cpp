@@ -73,7 +73,7 @@ void ListeningSocket::fill() {
     while (halfMadeConnections() == 0) {
         LoopbackAddress address(_host, _port);
         _fillers.push_back(socketFor(address, SOCK_NONBLOCK));
-        connect(_fillers.back(), address.get(), address.size);
+        (void)connect(_fillers.back(), address.get(), address.size);
     }
     _halfMadeByFill = halfMadeConnections();
 }
