@@ -3,6 +3,7 @@
 import fcntl
 import os
 import pty
+import select
 import signal
 import struct
 import subprocess
@@ -10,10 +11,13 @@ import termios
 
 from harness.console import read_within
 from harness.hub import EXECUTABLE
-from harness.wait import PATIENCE
+from harness.wait import PATIENCE, wait_until
 
 COMMAND = EXECUTABLE.with_name("camera-hub")
 ENVIRONMENT = {"PATH": os.environ["PATH"], "HOME": "/nonexistent", "TERM": "xterm-256color", "COLORTERM": "truecolor"}
+
+# Nothing that the command writes.
+LAST = b"<the last>"
 
 
 def run(network, *arguments, folder=None, text=True, **environment):
@@ -43,8 +47,7 @@ class StartedCommand:
                                    ["setpriv", "--pdeathsig", "KILL", str(COMMAND), *map(str, arguments)],
                                    cwd=folder, stdin=subprocess.DEVNULL, stdout=output, stderr=errors,
                                    env=ENVIRONMENT | environment)
-        if columns:
-            os.close(output)
+        self._end = output
         self.seen = b""
 
     def read_until(self, text):
@@ -56,15 +59,19 @@ class StartedCommand:
             self.seen += more
         return self.seen.decode()
 
+    def _has_ended(self):
+        if select.select([self._terminal], [], [], 0)[0]:
+            self.seen += os.read(self._terminal, 65536)
+        return self.process.poll() is not None
+
     def rest(self):
         """All that it writes at its terminal until its end."""
-        while True:
-            try:
-                more = read_within(self._terminal, 65536)
-            except OSError:  # the program, the last at the other end, has gone
-                break
-            self.seen += more
-        self.process.wait(PATIENCE)
+        wait_until(self._has_ended, "the end of the command")
+        # What has been written to a terminal reaches its other end a moment later: this as the last of it.
+        os.write(self._end, LAST)
+        while not self.seen.endswith(LAST):
+            self.seen += read_within(self._terminal, 65536)
+        self.seen = self.seen.removesuffix(LAST)
         return self.seen.decode().replace("\r\n", "\n")
 
     def interrupt(self, number=signal.SIGINT):
@@ -81,3 +88,4 @@ class StartedCommand:
                 stream.close()
         if self._terminal is not None:
             os.close(self._terminal)
+            os.close(self._end)

@@ -23,6 +23,7 @@ std::string filled(const std::string& text, int width, bool isRightAligned) {
 
 Table::Table(std::vector<Column> columns) : _columns(std::move(columns)) {
     std::vector<std::string> titles;
+    titles.reserve(_columns.size());
     for (const Column& column : _columns)
         titles.push_back(column.title);
     _rows.push_back(std::move(titles));

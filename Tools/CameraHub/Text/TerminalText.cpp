@@ -47,7 +47,7 @@ std::string shortened(std::string_view text, int columns) {
         width += widthOf(g_utf8_get_char(at));
         at = g_utf8_next_char(at);
     }
-    return std::string(text.data(), at) + "\u2026";
+    return std::string(text.substr(0, static_cast<std::size_t>(at - text.data()))) + "\u2026";
 }
 
 } // namespace CommandLine
