@@ -8,7 +8,7 @@ import time
 from pathlib import Path
 
 import pytest
-from conftest import run
+from conftest import UNIT, run
 from harness.wait import PATIENCE
 from PIL import Image
 
@@ -30,6 +30,12 @@ def test_the_service_runs_as_a_user_of_its_own_with_the_group_of_cameras(service
     assert ids["NoNewPrivs"] == ["1"]
 
 
+def test_little_of_the_system_is_open_to_it(service):
+    *_, last = run("systemd-analyze", "security", "--no-pager", UNIT).splitlines()
+    print(last)
+    assert float(last.partition(": ")[2].split()[0]) < 2.0
+
+
 def test_nothing_that_systemd_or_the_hub_has_to_complain_of_is_in_the_journal(service):
     assert run("journalctl", "--quiet", "--priority=warning", f"_PID={service.process()}") == ""
 
@@ -47,6 +53,26 @@ def test_a_camera_that_is_plugged_in_is_found_takes_stills_and_goes(service, cam
     camera.plug()
     service.wait_for_cameras(1)
     assert service.process() == process, "the hub has lived through all that"
+
+
+def test_a_camera_that_goes_while_it_is_held_leaves_a_service_that_answers(service, camera):
+    (found,) = service.wait_for_cameras(1)
+    client = service.rpc()
+    client.capture_in_time(found["uid"], exposureInUs=1000)
+    camera.unplug()
+    service.wait_until_ready().wait_for_cameras(0)
+    camera.plug()
+    (found,) = service.wait_for_cameras(1)
+    service.rpc().capture_in_time(found["uid"], exposureInUs=1000)
+
+
+def test_a_capture_of_less_than_two_minutes_is_no_hang(service, camera):
+    (found,) = service.wait_for_cameras(1)
+    client, process = service.rpc(), service.process()
+    client.capture_in_time(found["uid"], exposureInUs=1000)
+    client.socket.settimeout(WATCHDOG + PATIENCE)
+    client.capture(found["uid"], exposureInUs=100_000, exposureChangeDelayInMs=1000 * (WATCHDOG - 20))
+    assert service.process() == process
 
 
 def test_a_hub_that_a_request_ends_is_started_again_and_leaves_a_crash_record_with_stacks(service):
