@@ -26,10 +26,10 @@ endfunction()
 compress(${CMAKE_CURRENT_SOURCE_DIR}/debian/changelog changelog.Debian.gz)
 compress(${CMAKE_SOURCE_DIR}/CHANGELOG.md changelog.gz)
 
-# debian_package(component package SECTION section DESCRIPTION text [ARCHITECTURE all] [DEPENDS component...]): its
-# variables, change logs, copyright, and the reasons for what lintian is not to complain of.
+# debian_package(component package SECTION section DESCRIPTION text [ARCHITECTURE all] [OVERRIDES lines]
+#   [DEPENDS component...]): its variables, change logs, copyright, and the reasons for what lintian is not to complain of.
 macro(debian_package component package)
-  cmake_parse_arguments(DEB "" "SECTION;DESCRIPTION;ARCHITECTURE" "DEPENDS" ${ARGN})
+  cmake_parse_arguments(DEB "" "SECTION;DESCRIPTION;ARCHITECTURE;OVERRIDES" "DEPENDS" ${ARGN})
   get_cmake_property(components COMPONENTS)
   if(${component} IN_LIST components)
     list(APPEND CPACK_COMPONENTS_ALL ${component})
@@ -69,7 +69,11 @@ endforeach()
 
 debian_package(client-lib libcamera-hub-client2 SECTION libs DESCRIPTION "client library of the Camera Hub
 The Camera Hub makes the colour cameras of a computer available to other
-programs. With this library a program lists them and takes stills.")
+programs. With this library a program lists them and takes stills."
+OVERRIDES "# CPack writes these calls for every shared library. The trigger, which is there too, does what they do.
+libcamera-hub-client2: maintscript-calls-ldconfig *")
+
+set(CPACK_DEBIAN_CLIENT-LIB_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/triggers)
 
 debian_package(client-dev libcamera-hub-client-dev SECTION libdevel DEPENDS client-lib DESCRIPTION
 "client library of the Camera Hub, for development
