@@ -10,7 +10,7 @@ from pathlib import Path
 
 import pytest
 
-if not {"HUB_PACKAGE", "KERNEL_TREE", "REAL_DRIVERS_PROGRAMS"} <= set(os.environ):
+if not {"HUB_PACKAGES", "KERNEL_TREE", "REAL_DRIVERS_PROGRAMS"} <= set(os.environ):
     raise pytest.UsageError("These tests need the virtual machine of Tests/Service/run.sh.")
 
 TESTS = Path(__file__).resolve().parent.parent
@@ -23,7 +23,8 @@ from harness.hub import HTTP_PORT, RPC_PORT  # noqa: E402
 from harness.rpc import RpcClient  # noqa: E402
 from harness.wait import PATIENCE, wait_until  # noqa: E402
 
-PACKAGE = Path(os.environ["HUB_PACKAGE"])
+PACKAGES = Path(os.environ["HUB_PACKAGES"])
+(PACKAGE,) = PACKAGES.glob("camera-hub_*.deb")
 UNIT = "camera-hub.service"
 
 

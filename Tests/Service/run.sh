@@ -1,5 +1,5 @@
 #!/bin/bash
-# Installs the hub's package on a bare Debian 12 whose first process is systemd, in a virtual machine, and tries the
+# Installs the packages on a bare Debian 12 whose first process is systemd, in a virtual machine, and tries the
 # service there, with an emulated USB camera. The last line counts the tests; the exit code is 0 if none failed.
 # Usage: Tests/Service/run.sh [ARGUMENTS OF PYTEST]
 # Takes what scripts/package.sh has built, and the release build's UsbCamera. What is fetched is kept in build/service
@@ -13,7 +13,7 @@ work=$root/build/service
 drivers=$root/build/real-drivers
 report=$root/build/test-results/service.xml
 seconds=3600
-packages=("$root"/build-package/camera-hub_*.deb)
+packages=("$root"/build-package/*.deb)
 
 ((EUID == 0)) || { echo "Only root makes a system of its own." >&2; exit 2; }
 install_packages qemu-system-x86 busybox-static cpio kmod debootstrap
@@ -22,11 +22,11 @@ for file in "${packages[0]}" "$root/build/bin/UsbCamera"; do
 done
 
 "$machine/prepare.sh" "$drivers"
-"$here/machine/prepare.sh" "$work" "${packages[0]}"
+"$here/machine/prepare.sh" "$work" "${packages[@]}"
 mkdir -p "${report%/*}"
 rm -f "$report"
 "$machine/boot.sh" "$drivers" "$seconds" exec "$here/machine/start.sh" "$work/system" \
-  env HUB_PACKAGE="/host${packages[0]}" REAL_DRIVERS_PROGRAMS="/host$root/build/bin" \
+  env HUB_PACKAGES="/host$root/build-package" REAL_DRIVERS_PROGRAMS="/host$root/build/bin" \
   /usr/bin/python3 -m pytest -p no:cacheprovider --verbose -r fEsP --color=no --durations=5 \
   --junit-xml=/mnt/report.xml "/host$here" "$@" || true
 cp "$drivers/results/report.xml" "$report" || true

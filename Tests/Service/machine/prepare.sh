@@ -1,20 +1,31 @@
 #!/bin/bash
-# Makes a bare Debian 12 with what the hub's package depends on, but without the package.
-# Usage: prepare.sh FOLDER PACKAGE; leaves FOLDER/system.
+# Makes a bare Debian 12 with what the packages depend on, but without themselves.
+# Usage: prepare.sh FOLDER PACKAGE...; leaves FOLDER/system.
 set -euo pipefail
 folder=$1
-package=$2
+shift
 
 # systemd and what a machine has besides; what the tests run on.
 packages=systemd-sysv,udev,kmod,dbus,iproute2,adduser,python3,python3-pytest,python3-pil
 
 in_system() { chroot "$folder/system.new" env DEBIAN_FRONTEND=noninteractive "$@"; }
 
-[[ ! -d $folder/system ]] || exit 0
+# dependencies PACKAGE...: of all of them, but for each other.
+dependencies() {
+  local package own
+  own=$(for package in "$@"; do dpkg-deb --field "$package" Package; done | paste -sd '|')
+  for package in "$@"; do
+    dpkg-deb --field "$package" Depends | tr ',' '\n'
+  done | sed 's/^ *//' | grep -vE "^($own)( |$)" | sort -u | paste -sd ','
+}
+
+wanted=$(dependencies "$@")
+[[ ! -d $folder/system || $wanted != "$(cat "$folder/dependencies")" ]] || exit 0
 rm -rf --one-file-system "$folder/system.new"
 mkdir -p "$folder"
 echo "Making a bare Debian"
 debootstrap --variant=minbase --include="$packages" bookworm "$folder/system.new" >"$folder/debootstrap.log"
-in_system apt-get -qq satisfy --yes --no-install-recommends "$(dpkg-deb --field "$package" Depends)" \
-  >"$folder/dependencies.log"
+in_system apt-get -qq satisfy --yes --no-install-recommends "$wanted" >"$folder/dependencies.log"
+rm -rf --one-file-system "$folder/system"
 mv "$folder/system.new" "$folder/system"
+echo "$wanted" >"$folder/dependencies"
