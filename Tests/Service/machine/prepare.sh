@@ -26,6 +26,7 @@ mkdir -p "$folder"
 echo "Making a bare Debian"
 debootstrap --variant=minbase --include="$packages" bookworm "$folder/system.new" >"$folder/debootstrap.log"
 in_system apt-get -qq satisfy --yes --no-install-recommends "$wanted" >"$folder/dependencies.log"
+printf '%s\n' "127.0.0.1 localhost" "::1 localhost" >"$folder/system.new/etc/hosts" # as the installer does
 rm -rf --one-file-system "$folder/system"
 mv "$folder/system.new" "$folder/system"
 echo "$wanted" >"$folder/dependencies"
