@@ -40,7 +40,7 @@ TEST(FetchTest, ANumericHostOfIpv6StandsInBrackets) {
 
 TEST(FetchTest, ALargeImageComesWhole) {
     std::string png(FakeHub::png);
-    for (int i = 0; i < 3'000'000; ++i)
+    for (unsigned i = 0; i < 3'000'000; ++i)
         png += static_cast<char>(i * 7919 >> 4);
     EXPECT_TRUE(fetchAnswered(FakeHub::image(png)) == png);
 }

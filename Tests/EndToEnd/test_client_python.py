@@ -42,7 +42,7 @@ def hub(start_shared_hub):
         "deviceNodes": [{"id": "node", "properties": {"System.Devices.DeviceManufacturer": "Halden"}}],
         "cameras": cameras,
     }).wait_for_cameras(*cameras)
-    hub.rpc().capture("desk")  # keeps it open, so that no test has to wait for that
+    hub.rpc().capture("desk", exposureInUs=50000)  # keeps it open, so that no test has to wait for that
     return hub
 
 

@@ -81,7 +81,6 @@ void ContactSheet::drawCell(cairo_t* context, const Cell& cell, int left, int to
     const int drop = (cellHeight - cairo_image_surface_get_height(picture)) / 2;
     cairo_set_source_surface(context, picture, left + inset, top + drop);
     cairo_paint(context);
-    [[maybe_unused]] const LeakCheckPause pause;
     cairo_text_extents_t extents;
     cairo_text_extents(context, cell.caption.c_str(), &extents);
     cairo_set_source_rgb(context, 0.9, 0.9, 0.9);
@@ -98,6 +97,7 @@ std::vector<std::uint8_t> ContactSheet::png() const {
     const Context context(cairo_create(sheet.get()));
     cairo_set_source_rgb(context.get(), 0.13, 0.13, 0.13);
     cairo_paint(context.get());
+    [[maybe_unused]] const LeakCheckPause pause;
     cairo_select_font_face(context.get(), "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
     cairo_set_font_size(context.get(), fontSize);
     for (int i = 0; i < count; ++i)
