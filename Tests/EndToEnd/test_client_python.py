@@ -115,7 +115,7 @@ def test_the_failures_of_the_protocol_are_told_apart_and_the_connection_stays_us
 
 def test_another_clients_capture_displaces_the_image(hub, client):
     capture = client.capture("desk")
-    hub.rpc().capture("fixed")
+    hub.rpc().capture("fixed", exposureInUs=50000)
     with pytest.raises(ImageGone):
         client.fetch(capture)
 
@@ -199,7 +199,7 @@ def documented_hub(start_shared_hub):
     text = (ROOT / "Docs/simulated-cameras.md").read_text(encoding="utf-8")
     documented = json.loads(re.search(r"^```json\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)[1])
     hub = start_shared_hub(documented).wait_for_cameras("desk")
-    hub.rpc().capture("desk")
+    hub.rpc().capture("desk", exposureInUs=50000)
     return hub
 
 
