@@ -74,6 +74,7 @@ TerminalColours coloursOfTerminal() {
 }
 
 std::string drawInTerminal(const RgbPicture& picture, TerminalSize size, TerminalColours colours) {
+    chafa_set_n_threads(1); // a terminal has few characters, and the thread sanitizer cannot see the library's locks
     const Canvas canvas(chafa_canvas_new(configFor(picture, size, colours).get()));
     chafa_canvas_draw_all_pixels(canvas.get(), CHAFA_PIXEL_RGB8, picture.samples.data(), picture.width, picture.height,
                                  picture.width * 3);
