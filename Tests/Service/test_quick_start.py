@@ -16,8 +16,12 @@ MAKING = "scripts/package.sh"  # has been done
 
 @pytest.fixture
 def nothing_installed():
-    run("dpkg", "--purge", "camera-hub-client", "libcamera-hub-client-dev", "libcamera-hub-client2",
-        "python3-camera-hub", "camera-hub")
+    """Before the test, nor behind it: it changes the service's settings."""
+    purge = ["dpkg", "--purge", "camera-hub-client", "libcamera-hub-client-dev", "libcamera-hub-client2",
+             "python3-camera-hub", "camera-hub"]
+    run(*purge)
+    yield
+    run(*purge)
 
 
 @pytest.fixture
