@@ -61,6 +61,7 @@ def test_a_camera_that_goes_while_it_is_held_leaves_a_service_that_answers(servi
     client.capture_in_time(found["uid"], exposureInUs=1000)
     camera.unplug()
     service.wait_until_ready().wait_for_cameras(0)
+    client.close()  # which still held what is gone
     camera.plug()
     (found,) = service.wait_for_cameras(1)
     service.rpc().capture_in_time(found["uid"], exposureInUs=1000)
