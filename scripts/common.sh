@@ -39,8 +39,11 @@ clang_packages=(clang-19)
 bench_packages=(libspng-dev libisal-dev)
 bench_tools=(redis-server wrk valgrind)
 
-# What scripts/package.sh takes besides: the manual pages' compiler, what makes the packages, and what judges them.
+# What scripts/package.sh takes besides: what makes the packages, and what judges them.
 package_packages=(dpkg-dev fakeroot file lintian)
+
+# The virtual machine of Tests/RealDrivers and Tests/Service, its first program, and what packs them.
+machine_packages=(qemu-system-x86 busybox-static cpio kmod)
 
 # What keeps a machine busy while scripts/repeat.sh looks for tests that cannot bear that.
 stress_packages=(stress-ng)

@@ -10,9 +10,6 @@ source "$here/../../scripts/common.sh"
 build=$(cd "${1:-$root/build}" && pwd)
 shift $(($# > 0))
 
-# The virtual machine, its first program, and what packs them.
-machine_packages=(qemu-system-x86 busybox-static cpio kmod)
-
 work=$build/real-drivers
 report=$build/test-results/real-drivers.xml
 seconds=3600 # the machine's whole time: a run takes a tenth of it, and several times as long on a busy machine

@@ -16,7 +16,7 @@ seconds=3600
 packages=("$root"/build-package/*.deb)
 
 ((EUID == 0)) || { echo "Only root makes a system of its own." >&2; exit 2; }
-install_packages qemu-system-x86 busybox-static cpio kmod debootstrap
+install_packages "${machine_packages[@]}" debootstrap
 for file in "${packages[0]}" "$root/build/bin/UsbCamera"; do
   [[ -e $file ]] || { echo "$file has not been built" >&2; exit 2; }
 done
