@@ -30,5 +30,7 @@ SignsOfLife::SignsOfLife(const Listeners& listeners) {
 milliseconds SignsOfLife::intervalFor(std::chrono::microseconds limit) {
     constexpr milliseconds atLeast(1);
     constexpr milliseconds atMost = std::chrono::hours(24); // far below what a timer can have
-    return std::clamp(std::chrono::duration_cast<milliseconds>(limit / 2), atLeast, atMost);
+    // Not half of the limit, as is usual: a capture that begins just before a sign was due may then take only half of
+    // it.
+    return std::clamp(std::chrono::duration_cast<milliseconds>(limit / 20), atLeast, atMost);
 }
