@@ -3,14 +3,13 @@
 import json
 import re
 import signal
-import socket
-import threading
 
 import pytest
 from harness.command import fails_with, run
 from harness.hub import RPC_PORT
+from harness.no_hub import giving_one_reply
 from harness.scenario import scenario
-from harness.wait import PATIENCE, wait_until
+from harness.wait import wait_until
 
 
 @pytest.fixture(scope="module")
@@ -71,19 +70,8 @@ def test_another_host_is_asked(hub):
     (b'{"code":-32700,"jsonrpc":"2.0","message":"Parse Error"}\n\r\n\0', 8, "Parse Error"),
 ])
 def test_what_is_no_reply_of_a_hub_is_told(network, reply, code, text):
-    def answer(listener):
-        connection, _ = listener.accept()
-        with connection:
-            while (received := connection.recv(65536)) and not received.endswith(b"\0"):
-                pass
-            connection.sendall(reply)
-
-    with network.run(socket.create_server, ("", RPC_PORT)) as listener:
-        listener.settimeout(PATIENCE)
-        thread = threading.Thread(target=answer, args=(listener,))
-        thread.start()
+    with giving_one_reply(network, reply):
         result = run(network, "--host", "127.0.0.1", "version")
-        thread.join()
     assert (result.returncode, result.stdout) == (code, "")
     assert text in result.stderr and result.stderr.count("\n") == 1
 

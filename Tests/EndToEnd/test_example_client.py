@@ -1,13 +1,12 @@
 """Examples/capture.py and the commands of the README."""
 
 import re
-import socket
 import subprocess
 import sys
-import threading
 
 import pytest
-from harness.hub import RPC_PORT, ROOT
+from harness.hub import ROOT
+from harness.no_hub import giving_one_reply
 from harness.scenario import EXPOSURE, camera_group, scenario
 from harness.wait import PATIENCE
 
@@ -94,16 +93,5 @@ def test_a_refused_connection_has_a_text(network):
     ],
 )
 def test_replies_that_a_hub_gives_no_correct_client_have_a_text(network, reply, text):
-    def answer(listener):
-        connection, _ = listener.accept()
-        with connection:
-            while (received := connection.recv(65536)) and not received.endswith(b"\0"):
-                pass
-            connection.sendall(reply)
-
-    with network.run(socket.create_server, ("", RPC_PORT)) as listener:
-        listener.settimeout(PATIENCE)
-        thread = threading.Thread(target=answer, args=(listener,))
-        thread.start()
+    with giving_one_reply(network, reply):
         fails_with(text, run(network, "--host", "127.0.0.1"))
-        thread.join()
