@@ -52,10 +52,10 @@ MAY_INCLUDE = {
     # Programs of others are built with it: it stands alone.
     "Client": [],
     # The command line is one of those programs.
-    "Tools/CameraHub/Text": ["Client/CameraHubClient"],
-    "Tools/CameraHub/Picture": ["Tools/CameraHub/Text"],
-    "Tools/CameraHub/Terminal": ["Client/CameraHubClient", "Tools/CameraHub/Picture", "Tools/CameraHub/Text"],
-    "Tools/CameraHub": ["Client/CameraHubClient"],
+    "Tools/Text": ["Client/CameraHubClient"],
+    "Tools/CameraHub/Picture": ["Tools/Text"],
+    "Tools/CameraHub/Terminal": ["Client/CameraHubClient", "Tools/CameraHub/Picture", "Tools/Text"],
+    "Tools/CameraHub": ["Client/CameraHubClient", "Tools/Text"],
     "Tests": ["Client", "Framework", "Platform", "Services", "Tools"],
     "Benchmarks": ["Framework/CXX/System", "Platform", "Tests/Platform/Imaging"],
 }

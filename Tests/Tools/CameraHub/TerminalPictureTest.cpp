@@ -1,7 +1,7 @@
 #include "Tools/CameraHub/Picture/TerminalPicture.h"
 
 #include "Tests/Tools/CameraHub/Pictures.h"
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <gmock/gmock.h>
 

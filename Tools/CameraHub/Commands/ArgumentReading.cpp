@@ -1,7 +1,7 @@
 #include "Tools/CameraHub/Commands/ArgumentReading.h"
 
-#include "Tools/CameraHub/Text/DurationText.h"
-#include "Tools/CameraHub/Text/ExposureText.h"
+#include "Tools/Text/DurationText.h"
+#include "Tools/Text/ExposureText.h"
 
 namespace CommandLine {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "Tools/CameraHub/Commands/ArgumentReading.h"
 #include "Tools/CameraHub/Terminal/ExitCode.h"
-#include "Tools/CameraHub/Text/DurationText.h"
+#include "Tools/Text/DurationText.h"
 
 #include <algorithm>
 #include <sstream>

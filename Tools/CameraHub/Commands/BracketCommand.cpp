@@ -4,8 +4,8 @@
 #include "Tools/CameraHub/Picture/ContactSheet.h"
 #include "Tools/CameraHub/Terminal/ExitCode.h"
 #include "Tools/CameraHub/Terminal/OutputFile.h"
-#include "Tools/CameraHub/Text/ExposureText.h"
-#include "Tools/CameraHub/Text/StillFileName.h"
+#include "Tools/Text/ExposureText.h"
+#include "Tools/Text/StillFileName.h"
 
 #include <algorithm>
 #include <array>

@@ -6,7 +6,7 @@
 #include "Tools/CameraHub/Terminal/ExitCode.h"
 #include "Tools/CameraHub/Terminal/OutputFile.h"
 #include "Tools/CameraHub/Terminal/Terminal.h"
-#include "Tools/CameraHub/Text/StillFileName.h"
+#include "Tools/Text/StillFileName.h"
 
 #include <unistd.h>
 

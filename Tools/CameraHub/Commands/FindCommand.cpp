@@ -3,8 +3,8 @@
 #include "Tools/CameraHub/Commands/HubSearch.h"
 #include "Tools/CameraHub/Terminal/ExitCode.h"
 #include "Tools/CameraHub/Terminal/Terminal.h"
-#include "Tools/CameraHub/Text/Table.h"
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/Table.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <unistd.h>
 

@@ -1,7 +1,7 @@
 #include "Tools/CameraHub/Commands/HubCommands.h"
 
 #include "Tools/CameraHub/Terminal/ExitCode.h"
-#include "Tools/CameraHub/Text/DurationText.h"
+#include "Tools/Text/DurationText.h"
 
 namespace CommandLine {
 namespace {

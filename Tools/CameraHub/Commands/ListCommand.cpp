@@ -1,9 +1,9 @@
 #include "Tools/CameraHub/Commands/ListCommand.h"
 
 #include "Tools/CameraHub/Terminal/Terminal.h"
-#include "Tools/CameraHub/Text/ExposureText.h"
-#include "Tools/CameraHub/Text/Table.h"
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/ExposureText.h"
+#include "Tools/Text/Table.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <unistd.h>
 

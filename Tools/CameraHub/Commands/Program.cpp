@@ -3,8 +3,8 @@
 #include "Tools/CameraHub/Commands/Arguments.h"
 #include "Tools/CameraHub/Picture/RgbPicture.h"
 #include "Tools/CameraHub/Terminal/ExitCode.h"
-#include "Tools/CameraHub/Text/CameraChoice.h"
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/CameraChoice.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <csignal>
 #include <cstdio>

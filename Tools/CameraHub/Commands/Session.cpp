@@ -1,7 +1,7 @@
 #include "Tools/CameraHub/Commands/Session.h"
 
 #include "Tools/CameraHub/Terminal/ExitCode.h"
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <json/writer.h>
 

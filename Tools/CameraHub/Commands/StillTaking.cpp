@@ -2,8 +2,8 @@
 
 #include "Tools/CameraHub/Picture/Histogram.h"
 #include "Tools/CameraHub/Terminal/ExitCode.h"
-#include "Tools/CameraHub/Text/CameraChoice.h"
-#include "Tools/CameraHub/Text/ExposureText.h"
+#include "Tools/Text/CameraChoice.h"
+#include "Tools/Text/ExposureText.h"
 
 #include <cstdlib>
 

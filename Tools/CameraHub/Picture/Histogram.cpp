@@ -1,6 +1,6 @@
 #include "Tools/CameraHub/Picture/Histogram.h"
 
-#include "Tools/CameraHub/Text/Quantity.h"
+#include "Tools/Text/Quantity.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "Tools/CameraHub/Terminal/Progress.h"
 
 #include "Tools/CameraHub/Terminal/Terminal.h"
-#include "Tools/CameraHub/Text/DurationText.h"
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/DurationText.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
-#include "Tools/CameraHub/Text/DurationText.h"
+#include "Tools/Text/DurationText.h"
 
-#include "Tools/CameraHub/Text/Quantity.h"
+#include "Tools/Text/Quantity.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "Tools/CameraHub/Text/CameraChoice.h"
+#include "Tools/Text/CameraChoice.h"
 
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <gtest/gtest.h>
 

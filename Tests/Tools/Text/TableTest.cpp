@@ -1,6 +1,6 @@
-#include "Tools/CameraHub/Text/Table.h"
+#include "Tools/Text/Table.h"
 
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Tools/CameraHub/Text/Quantity.h"
+#include "Tools/Text/Quantity.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "Tools/CameraHub/Text/ExposureText.h"
+#include "Tools/Text/ExposureText.h"
 
 #include <gmock/gmock.h>
 

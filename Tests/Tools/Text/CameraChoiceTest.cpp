@@ -1,4 +1,4 @@
-#include "Tools/CameraHub/Text/CameraChoice.h"
+#include "Tools/Text/CameraChoice.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "Tools/CameraHub/Text/StillFileName.h"
+#include "Tools/Text/StillFileName.h"
 
 #include <gtest/gtest.h>
 

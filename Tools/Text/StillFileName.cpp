@@ -1,7 +1,7 @@
-#include "Tools/CameraHub/Text/StillFileName.h"
+#include "Tools/Text/StillFileName.h"
 
-#include "Tools/CameraHub/Text/CameraChoice.h"
-#include "Tools/CameraHub/Text/TerminalText.h"
+#include "Tools/Text/CameraChoice.h"
+#include "Tools/Text/TerminalText.h"
 
 #include <array>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "Tools/CameraHub/Text/DurationText.h"
+#include "Tools/Text/DurationText.h"
 
 #include <gmock/gmock.h>
 

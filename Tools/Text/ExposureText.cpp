@@ -1,6 +1,6 @@
-#include "Tools/CameraHub/Text/ExposureText.h"
+#include "Tools/Text/ExposureText.h"
 
-#include "Tools/CameraHub/Text/Quantity.h"
+#include "Tools/Text/Quantity.h"
 
 #include <CameraHubClient/CaptureRequest.h>
 
