@@ -56,6 +56,18 @@ MAY_INCLUDE = {
     "Tools/CameraHub/Picture": ["Tools/Text"],
     "Tools/CameraHub/Terminal": ["Client/CameraHubClient", "Tools/CameraHub/Picture", "Tools/Text"],
     "Tools/CameraHub": ["Client/CameraHubClient", "Tools/Text"],
+    # The program that speaks HTTP to people is another.
+    "Services/CameraHubWeb/Http": [],
+    "Services/CameraHubWeb/Stills": ["Platform/Imaging", INTERFACE],
+    "Services/CameraHubWeb/Hub": ["Client/CameraHubClient"],
+    "Services/CameraHubWeb/Api": [
+        "Client/CameraHubClient",
+        "Services/CameraHubWeb/Http",
+        "Services/CameraHubWeb/Hub",
+        "Services/CameraHubWeb/Stills",
+        "Tools/Text",
+    ],
+    "Services/CameraHubWeb": ["Client/CameraHubClient", "Framework/CXX/System", "Tools/Text"],
     "Tests": ["Client", "Framework", "Platform", "Services", "Tools"],
     "Benchmarks": ["Framework/CXX/System", "Platform", "Tests/Platform/Imaging"],
 }

@@ -13,6 +13,7 @@ build_packages=(
   libpng-dev zlib1g-dev libturbojpeg0-dev libjpeg-dev libyuv-dev libcairo2-dev libutfcpp-dev fonts-dejavu-core
   libhwy-dev libdeflate-dev
   libcli11-dev libchafa-dev libavahi-client-dev scdoc
+  libboost1.81-dev libssl-dev
   libudev-dev libsystemd-dev libdw-dev libelf-dev uuid-dev
   libgtest-dev libgmock-dev
   python3
