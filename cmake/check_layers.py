@@ -67,6 +67,7 @@ MAY_INCLUDE = {
         "Services/CameraHubWeb/Stills",
         "Tools/Text",
     ],
+    "Services/CameraHubWeb/Page": [],
     "Services/CameraHubWeb": ["Client/CameraHubClient", "Framework/CXX/System", "Tools/Text"],
     "Tests": ["Client", "Framework", "Platform", "Services", "Tools"],
     "Benchmarks": ["Framework/CXX/System", "Platform", "Tests/Platform/Imaging"],
