@@ -36,7 +36,8 @@ public:
     /// The head's body is not sent, but what the stream gives.
     virtual void stream(HttpResponse head, std::shared_ptr<BodyStream> body) = 0;
 
-    /// Has it called once, on any thread, if the client goes before it was answered; at once if it has gone already.
+    /// Has it called once, on any thread, if the client goes before it was answered, or the server ends; at once if
+    /// that has happened already. A client that only says that it sends no more counts as one that has gone.
     virtual void whenGone(std::function<void()> gone) = 0;
 };
 

@@ -21,7 +21,8 @@ struct HttpRequest {
     /// The parts of the path between its slashes, percent-decoded and in UTF-8: {"api", "cameras"}; none for "/". A
     /// part may have slashes in it that were sent as %2F, and be empty.
     std::vector<std::string> segments;
-    /// Percent-decoded, in UTF-8. A name that comes twice, or what cannot be decoded, was refused.
+    /// Percent-decoded, a plus being a space, in UTF-8. A name that comes twice, or what cannot be decoded, was
+    /// refused.
     std::map<std::string, std::string, std::less<>> query;
     /// By their names in small letters; a header that came several times has its values joined by ", ".
     std::map<std::string, std::string, std::less<>> headers;

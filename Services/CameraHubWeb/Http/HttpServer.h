@@ -1,38 +1,16 @@
 #pragma once
 
 #include "Services/CameraHubWeb/Http/HttpExchange.h"
+#include "Services/CameraHubWeb/Http/ServerLimits.h"
+#include "Services/CameraHubWeb/Http/TlsFiles.h"
 
-#include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 
 namespace CameraHubWeb {
 
-/// What a client may take up.
-struct ServerLimits {
-    std::size_t headBytes = 16U * 1024;
-    std::size_t targetBytes = 4U * 1024;
-    std::size_t bodyBytes = 64U * 1024;
-    int connections = 1024;
-    /// Of one address; those of this machine are not counted.
-    int connectionsOfAddress = 256;
-    /// For a head and a body to come completely, from their first byte; and for a TLS handshake.
-    std::chrono::milliseconds requestTime = std::chrono::seconds(10);
-    /// For a client to take anything of what it is sent.
-    std::chrono::milliseconds writeTime = std::chrono::seconds(30);
-    /// Between two requests of a connection, and before the first.
-    std::chrono::milliseconds idleTime = std::chrono::seconds(60);
-};
-
-/// PEM files.
-struct TlsFiles {
-    std::string certificate;
-    std::string key;
-};
-
-/// Serves HTTP/1.1, on threads of its own.
+/// Serves HTTP/1.1, on a thread of its own.
 class HttpServer {
 public:
     struct Settings {

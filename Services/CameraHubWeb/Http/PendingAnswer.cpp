@@ -1,0 +1,105 @@
+#include "Services/CameraHubWeb/Http/PendingAnswer.h"
+
+#include "Services/CameraHubWeb/Http/Problems.h"
+
+#include <utility>
+
+namespace CameraHubWeb {
+namespace {
+
+class PendingExchange : public HttpExchange {
+public:
+    PendingExchange(HttpRequest request, std::shared_ptr<PendingAnswer> answer)
+        : _request(std::move(request)), _answer(std::move(answer)) {}
+
+    /// Counts only where there was no answer.
+    ~PendingExchange() override { _answer->give({problemResponse(Problems::unexpected()), nullptr}); }
+
+    const HttpRequest& request() const override { return _request; }
+
+    void send(HttpResponse response) override { _answer->give({std::move(response), nullptr}); }
+
+    void stream(HttpResponse head, std::shared_ptr<BodyStream> body) override {
+        _answer->give({std::move(head), std::move(body)});
+    }
+
+    void whenGone(std::function<void()> gone) override { _answer->whenGone(std::move(gone)); }
+
+private:
+    const HttpRequest _request;
+    const std::shared_ptr<PendingAnswer> _answer;
+};
+
+} // namespace
+
+std::shared_ptr<HttpExchange> makeExchange(HttpRequest request, std::shared_ptr<PendingAnswer> answer) {
+    return std::make_shared<PendingExchange>(std::move(request), std::move(answer));
+}
+
+void PendingAnswer::give(Answer answer) {
+    std::function<void()> dropped; // beyond the lock: it may hold anything
+    bool counts = false;
+    {
+        const std::lock_guard lock(_mutex);
+        counts = !_isAnswered && !_isGone;
+        if (counts) {
+            _isAnswered = true;
+            dropped = std::exchange(_gone, nullptr);
+            _answer = std::move(answer);
+        }
+    }
+    if (counts)
+        _wake();
+    else if (answer.stream)
+        answer.stream->ended();
+}
+
+std::optional<Answer> PendingAnswer::take() {
+    const std::lock_guard lock(_mutex);
+    return std::exchange(_answer, std::nullopt);
+}
+
+void PendingAnswer::whenGone(std::function<void()> gone) {
+    {
+        const std::lock_guard lock(_mutex);
+        if (_isAnswered)
+            return;
+        if (!_isGone) {
+            _gone.swap(gone); // what was there before goes beyond the lock
+            return;
+        }
+    }
+    gone();
+}
+
+void PendingAnswer::abandon() {
+    std::function<void()> gone;
+    std::optional<Answer> unsent;
+    {
+        const std::lock_guard lock(_mutex);
+        if (_isGone)
+            return;
+        _isGone = true;
+        gone = std::exchange(_gone, nullptr);
+        unsent = std::exchange(_answer, std::nullopt);
+    }
+    if (gone)
+        gone();
+    if (unsent && unsent->stream)
+        unsent->stream->ended();
+}
+
+void PendingPiece::give(SharedBytes piece) {
+    {
+        const std::lock_guard lock(_mutex);
+        _piece = std::move(piece);
+    }
+    _wake();
+}
+
+std::optional<SharedBytes> PendingPiece::take() {
+    const std::lock_guard lock(_mutex);
+    return std::exchange(_piece, std::nullopt);
+}
+
+} // namespace CameraHubWeb
