@@ -11,7 +11,7 @@ using boost::system::error_code;
 namespace CameraHubWeb {
 namespace {
 
-constexpr std::size_t inputBytes = 16U * 1024;
+constexpr std::size_t inputBytes = 16 * 1024;
 
 /// Takes the first bytes away, and buffers that are empty.
 void consume(std::vector<asio::const_buffer>& buffers, std::size_t count) {

@@ -72,9 +72,12 @@ Problem headTooLarge(std::size_t limit) {
                     "Send fewer or shorter headers; in a browser, delete the cookies of this site.");
 }
 
-Problem unsupportedMediaType() {
-    return make("unsupported-media-type", 415, "The body is of the wrong kind",
-                "The request's body is not said to be JSON.", "Send it with Content-Type: application/json.");
+Problem unsupportedMediaType(const std::string& wanted) {
+    Problem problem =
+        make("unsupported-media-type", 415, "The body is of the wrong kind",
+             "The request's body is not said to be of the kind that is taken here.", "Send it with Content-Type: ");
+    problem.advice += wanted + ".";
+    return problem;
 }
 
 Problem misdirected() {

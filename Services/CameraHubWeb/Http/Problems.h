@@ -29,8 +29,8 @@ Problem bodyTooLarge(std::size_t limit);
 Problem targetTooLarge(std::size_t limit);
 /// 431
 Problem headTooLarge(std::size_t limit);
-/// 415
-Problem unsupportedMediaType();
+/// 415; `wanted` is the media type that is taken.
+Problem unsupportedMediaType(const std::string& wanted = "application/json");
 /// 421
 Problem misdirected();
 /// 429; `retryAfter` in seconds.

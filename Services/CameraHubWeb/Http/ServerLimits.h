@@ -7,9 +7,9 @@ namespace CameraHubWeb {
 
 /// What a client may take up.
 struct ServerLimits {
-    std::size_t headBytes = 16U * 1024;
-    std::size_t targetBytes = 4U * 1024;
-    std::size_t bodyBytes = 64U * 1024;
+    std::size_t headBytes = 16 * 1024;
+    std::size_t targetBytes = 4 * 1024;
+    std::size_t bodyBytes = 64 * 1024;
     int connections = 1024;
     /// Of one address; those of this machine are not counted.
     int connectionsOfAddress = 256;
