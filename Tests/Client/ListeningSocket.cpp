@@ -48,6 +48,9 @@ int socketFor(LoopbackAddress& address, int flags) {
 ListeningSocket::ListeningSocket(const std::string& host, int backlog, std::uint16_t port) : _host(host) {
     LoopbackAddress address(host, port);
     _descriptor = socketFor(address, 0);
+    const int yes = 1; // connections that have just ended do not block a port
+    if (port != 0)
+        setsockopt(_descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     if (bind(_descriptor, address.get(), address.size) != 0 || listen(_descriptor, backlog) != 0 ||
         getsockname(_descriptor, address.get(), &address.size) != 0)
         ADD_FAILURE() << "cannot listen at " << host << ": " << std::strerror(errno);
