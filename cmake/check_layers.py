@@ -68,7 +68,7 @@ MAY_INCLUDE = {
         "Tools/Text",
     ],
     "Services/CameraHubWeb/Page": [],
-    "Services/CameraHubWeb": ["Client/CameraHubClient", "Framework/CXX/System", "Tools/Text"],
+    "Services/CameraHubWeb": ["Client/CameraHubClient", COMMON, "Framework/CXX/System", "Tools/Text"],
     "Tests": ["Client", "Framework", "Platform", "Services", "Tools"],
     "Benchmarks": ["Framework/CXX/System", "Platform", "Tests/Platform/Imaging"],
 }
