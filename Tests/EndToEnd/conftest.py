@@ -13,6 +13,7 @@ from harness.command import StartedCommand
 from harness.hub import EXECUTABLE, Hub
 from harness.network import Network, allow_networks
 from harness.python_client import Peers
+from harness.web import Web
 
 
 def pytest_configure(config):
@@ -58,6 +59,30 @@ def start_command():
     yield start
     for command in commands:
         command.stop()
+
+
+def _web_starter(tmp_path_factory):
+    programs = []
+
+    def start_web(network, *arguments, **keywords):
+        programs.append(Web(tmp_path_factory.mktemp("web"), network, *arguments, **keywords))
+        return programs[-1]
+
+    yield start_web
+    for program in programs:
+        program.stop()
+
+
+@pytest.fixture
+def start_web(tmp_path_factory):
+    """A function that starts the program for browsers in a network; its arguments are those of Web."""
+    yield from _web_starter(tmp_path_factory)
+
+
+@pytest.fixture(scope="module")
+def start_shared_web(tmp_path_factory):
+    """The same for a program that the tests of a module share."""
+    yield from _web_starter(tmp_path_factory)
 
 
 @pytest.fixture
