@@ -6,6 +6,7 @@ import shutil
 import subprocess
 
 import pytest
+from harness.guides import guide_commands
 from harness.hub import EXECUTABLE, PRESET, ROOT
 from harness.scenario import scenario
 from harness.wait import PATIENCE
@@ -33,9 +34,7 @@ def documented(pattern):
 
 def install(build, prefix):
     """With the commands of the guide."""
-    commands = documented(r"^    (cmake --install [^\n]*)$")
-    assert len(commands) == 2
-    for command in commands:
+    for command in guide_commands("Docs/client-libraries.md", "cmake --install "):
         words = {"build": build, "PREFIX": prefix}
         run(*(words.get(word, word) for word in command.split()))
     return prefix
@@ -80,7 +79,7 @@ def build_with_cmake(prefix, folder):
 
 def build_with_pkg_config(library_folder, source, folder, option=""):
     """With the command of the guide."""
-    (command,) = documented(r"^    (c\+\+ [^\n]*)$")
+    (command,) = guide_commands("Docs/client-libraries.md", "c++ ")
     shutil.copy(source, folder / "main.cpp")
     environment = os.environ | {"PKG_CONFIG_PATH": str(library_folder / "pkgconfig")}
     run("bash", "-e", "-c", command.replace("pkg-config", f"pkg-config {option}"), cwd=folder, env=environment)

@@ -15,6 +15,7 @@ import camera_hub
 import numpy
 import pytest
 from camera_hub import Camera, CaptureRefused, ImageGone, MethodFailed, Percent
+from harness.guides import guide_commands
 from harness.hub import ROOT, LogEntry, SERVICE_LOGGER
 from harness.journal import begins
 from harness.python_client import OTHER_ID, client_of
@@ -67,6 +68,13 @@ def test_the_version_is_the_hubs(client):
 def test_the_module_has_the_version_of_the_project():
     project = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
     assert re.search(r"^project\(CameraHub VERSION (\S+) ", project, re.MULTILINE)[1] == camera_hub.__version__
+
+
+def test_the_reference_is_shown_by_the_command_of_the_guide():
+    (command,) = guide_commands("Docs/client-libraries.md", "python3 -m pydoc")
+    environment = os.environ | {"PYTHONPATH": str(MODULE.parent), "PAGER": "cat"}
+    shown = subprocess.run(command.split(), env=environment, capture_output=True, text=True, check=True).stdout
+    assert all(f"class {name}(" in shown for name in ("Hub", "Camera", "CaptureRefused"))
 
 
 def test_a_still_is_the_image_of_its_capture_with_the_exposure_in_force(hub, client):

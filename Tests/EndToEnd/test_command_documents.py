@@ -11,6 +11,7 @@ import subprocess
 import pytest
 from harness.command import COMMAND, ENVIRONMENT, run
 from harness.console import read_within
+from harness.guides import guide_commands
 from harness.hub import ROOT
 from harness.scenario import EXPOSURE, scenario
 from harness.wait import PATIENCE
@@ -85,8 +86,9 @@ def test_the_manual_becomes_a_page():
 
 
 def test_what_is_installed_runs_and_has_its_manual_and_completions(tmp_path):
-    subprocess.run(["cmake", "--install", COMMAND.parent.parent, "--component", "client", "--prefix", tmp_path],
-                   capture_output=True, check=True)
+    (command,) = guide_commands("Docs/command-line.md", "cmake --install build ")
+    command = command.replace(" build ", f" {COMMAND.parent.parent} ")
+    subprocess.run([*command.split(), "--prefix", tmp_path], capture_output=True, check=True)
     files = {path.relative_to(tmp_path).as_posix() for path in tmp_path.rglob("*") if path.is_file()}
     assert files == {"bin/camera-hub", "share/man/man1/camera-hub.1.gz", "share/bash-completion/completions/camera-hub",
                      "share/zsh/vendor-completions/_camera-hub"}
@@ -170,7 +172,7 @@ def hub(start_shared_hub):
 
 
 def documented_commands():
-    lines = re.findall(r"^    (camera-hub .*)$", DOCUMENT.read_text(encoding="utf-8"), re.MULTILINE)
+    lines = guide_commands("Docs/command-line.md", "camera-hub ") + guide_commands("README.md", "camera-hub ")
     examples = re.findall(r"^  (camera-hub .*)$", help_of().partition("Examples:")[2], re.MULTILINE)
     manual = re.findall(r"^\t(camera-hub .*)$", MANUAL.read_text(encoding="utf-8"), re.MULTILINE)
     return sorted({*lines, *examples, *manual})

@@ -1,10 +1,11 @@
 """Examples/capture.py and the commands of the README."""
 
-import re
+import shlex
 import subprocess
 import sys
 
 import pytest
+from harness.guides import guide_commands
 from harness.hub import ROOT
 from harness.no_hub import giving_one_reply
 from harness.scenario import EXPOSURE, camera_group, scenario
@@ -47,15 +48,14 @@ def test_it_is_short_and_needs_the_standard_library_only():
 
 
 def test_the_commands_of_the_readme_list_the_cameras_and_save_a_picture(hub, tmp_path):
-    readme = (ROOT / "README.md").read_text(encoding="utf-8")
-    listing, still = re.findall(r"^    python3 Examples/capture.py (.*)$", readme, re.MULTILINE)
-    result = run(hub.network, *listing.split(), folder=tmp_path)
+    listing, still = guide_commands("README.md", "python3 Examples/capture.py")
+    result = run(hub.network, *shlex.split(listing)[2:], folder=tmp_path)
     assert (result.returncode, result.stderr) == (0, "")
     header, *rows = [line.split() for line in result.stdout.splitlines()]
     assert len(header) == 7 and [row[0] for row in rows] == ["desk", "empty", "fixed", "lost"]
     assert rows[0] == ["desk", "Halden", "1920", "1080", "122", "1000000"]
 
-    result = run(hub.network, *still.split(), folder=tmp_path)
+    result = run(hub.network, *shlex.split(still)[2:], folder=tmp_path)
     assert (result.returncode, result.stdout, result.stderr) == (0, "exposure: 15625 us\n", "")
     assert (tmp_path / "picture.png").read_bytes().startswith(b"\x89PNG")
 

@@ -1,9 +1,11 @@
 """camera-hub-expose, on a system below a folder."""
 
+import shlex
 import subprocess
 from xml.etree import ElementTree
 
 import pytest
+from harness.guides import guide_commands
 from harness.hub import HTTP_PORT, ROOT, RPC_PORT
 
 COMMAND = ROOT / "Packaging/camera-hub-expose"
@@ -65,6 +67,14 @@ def test_what_is_said_last_counts(tmp_path):
     told(tmp_path, "all")
     told(tmp_path, "10.0.0.0/8")
     assert allowed(tmp_path) == "IPAddressAllow=10.0.0.0/8"
+
+
+def test_the_commands_of_the_guide_close_and_open_as_they_say(tmp_path):
+    local, networks, everybody = [shlex.split(line)[1:]
+                                  for line in guide_commands("Docs/service.md", "camera-hub-expose")]
+    assert told(tmp_path, *networks).startswith("192.168.7.0/24 fd00:7::/64: these and this machine")
+    assert told(tmp_path, *everybody) == told(tmp_path) == ALL
+    assert told(tmp_path, *local) == told(tmp_path) == LOCAL
 
 
 def test_closing_leaves_nothing_behind(tmp_path):

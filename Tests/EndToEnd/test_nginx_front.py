@@ -6,6 +6,7 @@ import socket
 import threading
 
 import pytest
+from harness.guides import guide_commands
 from harness.hub import HTTP_PORT, ROOT
 from harness.network import Network
 from harness.nginx import Nginx
@@ -14,7 +15,6 @@ from harness.scenario import scenario
 from harness.wait import PATIENCE, wait_until
 
 CONFIGURATION = (ROOT / "Examples/nginx-images.conf").read_text(encoding="utf-8")
-GUIDE = (ROOT / "Docs/fleet.md").read_text(encoding="utf-8")
 
 
 @pytest.fixture(scope="module")
@@ -37,8 +37,7 @@ def start_nginx(tmp_path_factory):
     started = []
 
     def start(network, configuration=CONFIGURATION):
-        (command,) = re.findall(r"^    (openssl req (?:.*\\\n)*.*)$", GUIDE, re.MULTILINE)
-        command = command.replace("\\\n", "")
+        (command,) = guide_commands("Docs/fleet.md", "openssl req ")
         started.append(Nginx(tmp_path_factory.mktemp("nginx"), network, configuration, command))
         return started[-1]
 

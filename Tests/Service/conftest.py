@@ -91,6 +91,37 @@ def install(package):
     run("dpkg", "--install", package)
 
 
+def follow(command, folder, answer=""):
+    """Does in a folder what a guide says, and answers what it asks; tells what it said. The user is root already."""
+    environment = os.environ | {"DEBIAN_FRONTEND": "noninteractive", "TERM": "xterm", "COLUMNS": "80"}
+    result = subprocess.run(["bash", "-c", command.replace("sudo ", "")], cwd=folder, env=environment, input=answer,
+                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    print(f"$ {command}\n{result.stdout}")
+    assert result.returncode == 0, command
+    return result.stdout
+
+
+@pytest.fixture
+def tree():
+    """The sources with what has been built of them, at the place where that was done."""
+    here = TESTS.parent
+    there = Path("/") / here.relative_to("/host")
+    if not there.exists():
+        there.parent.mkdir(parents=True, exist_ok=True)
+        there.symlink_to(here)
+    return there
+
+
+@pytest.fixture
+def nothing_installed():
+    """Before the test, nor behind it, whose settings go with it."""
+    purge = ["dpkg", "--purge", *sorted(run("dpkg-deb", "--field", package, "Package").strip()
+                                        for package in PACKAGES.glob("*.deb"))]
+    run(*purge)
+    yield
+    run(*purge)
+
+
 @pytest.fixture
 def service():
     """The package as it is after its installation, and with it the service."""

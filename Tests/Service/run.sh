@@ -2,8 +2,8 @@
 # Installs the packages on a bare Debian 12 whose first process is systemd, in a virtual machine, and tries the
 # service there, with an emulated USB camera. The last line counts the tests; the exit code is 0 if none failed.
 # Usage: Tests/Service/run.sh [ARGUMENTS OF PYTEST]
-# Takes what scripts/package.sh has built, and the release build's UsbCamera. What is fetched is kept in build/service
-# and build/real-drivers.
+# Makes the packages, and takes the release build's hub and UsbCamera. What is fetched is kept in build/service and
+# build/real-drivers.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source "$here/../../scripts/common.sh"
@@ -13,13 +13,14 @@ work=$root/build/service
 drivers=$root/build/real-drivers
 report=$root/build/test-results/service.xml
 seconds=3600
-packages=("$root"/build-package/*.deb)
 
 ((EUID == 0)) || { echo "Only root makes a system of its own." >&2; exit 2; }
 install_packages "${machine_packages[@]}" debootstrap
-for file in "${packages[0]}" "$root/build/bin/UsbCamera"; do
-  [[ -e $file ]] || { echo "$file has not been built" >&2; exit 2; }
+for program in LarkspurWindowsCameraHub UsbCamera; do
+  [[ -e $root/build/bin/$program ]] || { echo "$program has not been built" >&2; exit 2; }
 done
+"$python" "$here/make_packages.py"
+packages=("$root"/build-package/*.deb)
 
 "$machine/prepare.sh" "$drivers"
 "$here/machine/prepare.sh" "$work" "${packages[@]}"

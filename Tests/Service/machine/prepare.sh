@@ -5,8 +5,8 @@ set -euo pipefail
 folder=$1
 shift
 
-# systemd and what a machine has besides; what the tests run on.
-packages=systemd-sysv,udev,kmod,dbus,iproute2,adduser,python3,python3-pytest,python3-pil
+# systemd and what a machine has besides; what the guides use; what the tests run on.
+packages=systemd-sysv,udev,kmod,dbus,iproute2,adduser,cmake,nginx-light,openssl,python3,python3-pytest,python3-pil
 
 in_system() { chroot "$folder/system.new" env DEBIAN_FRONTEND=noninteractive "$@"; }
 
@@ -20,7 +20,8 @@ dependencies() {
 }
 
 wanted=$(dependencies "$@")
-[[ ! -d $folder/system || $wanted != "$(cat "$folder/dependencies")" ]] || exit 0
+made_of=$packages,$wanted
+[[ ! -d $folder/system || $made_of != "$(cat "$folder/made-of")" ]] || exit 0
 rm -rf --one-file-system "$folder/system.new"
 mkdir -p "$folder"
 echo "Making a bare Debian"
@@ -29,4 +30,4 @@ in_system apt-get -qq satisfy --yes --no-install-recommends "$wanted" >"$folder/
 printf '%s\n' "127.0.0.1 localhost" "::1 localhost" >"$folder/system.new/etc/hosts" # as the installer does
 rm -rf --one-file-system "$folder/system"
 mv "$folder/system.new" "$folder/system"
-echo "$wanted" >"$folder/dependencies"
+echo "$made_of" >"$folder/made-of"
