@@ -52,6 +52,25 @@ macro(debian_package component package)
   endif()
 endmacro()
 
+# debian_service(component package): the scripts of a package that has a unit and settings of its name. What a package has
+# of its own stands in debian/PACKAGE: lines for postinst and postrm, and what is told after the installation.
+macro(debian_service component package)
+  get_cmake_property(components COMPONENTS)
+  if(${component} IN_LIST components)
+    set(DEB_PACKAGE ${package})
+    string(TOUPPER ${component} name)
+    foreach(part configure purge notice)
+      string(TOUPPER DEB_${part} variable)
+      file(READ ${CMAKE_CURRENT_SOURCE_DIR}/debian/${package}/${part} ${variable})
+      string(STRIP "${${variable}}" ${variable})
+    endforeach()
+    foreach(file postinst prerm postrm conffiles)
+      configure_file(debian/${file}.in control/${package}/${file} @ONLY)
+      list(APPEND CPACK_DEBIAN_${name}_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/control/${package}/${file})
+    endforeach()
+  endif()
+endmacro()
+
 debian_package(hub camera-hub SECTION video DESCRIPTION "cameras of this computer for other programs
 The Camera Hub makes the colour cameras of a computer available to other
 programs, on the same machine or across the network. A client lists the
@@ -62,10 +81,19 @@ This package runs it as a service. Until camera-hub-expose says otherwise,
 only this machine reaches it.")
 set(CPACK_DEBIAN_HUB_PACKAGE_DEPENDS adduser)
 set(CPACK_DEBIAN_HUB_PACKAGE_RECOMMENDS udev)
-set(CPACK_DEBIAN_HUB_PACKAGE_SUGGESTS "avahi-daemon, camera-hub-client")
-foreach(file postinst prerm postrm conffiles)
-  list(APPEND CPACK_DEBIAN_HUB_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/${file})
-endforeach()
+set(CPACK_DEBIAN_HUB_PACKAGE_SUGGESTS "avahi-daemon, camera-hub-client, camera-hub-web")
+debian_service(hub camera-hub)
+
+debian_package(web camera-hub-web SECTION video DESCRIPTION "cameras of the Camera Hub for browsers and HTTP
+The Camera Hub makes the colour cameras of a computer available to other
+programs. This is one of them: a page to look through the cameras and to
+take stills, and the same for all that speaks HTTP: pictures and streams at
+plain addresses, an interface in JSON, values for Prometheus.
+.
+This package runs it as a service. Until its administrator says otherwise,
+only this machine reaches it.")
+set(CPACK_DEBIAN_WEB_PACKAGE_RECOMMENDS camera-hub)
+debian_service(web camera-hub-web)
 
 debian_package(client-lib libcamera-hub-client2 SECTION libs DESCRIPTION "client library of the Camera Hub
 The Camera Hub makes the colour cameras of a computer available to other

@@ -1,16 +1,13 @@
 """The manual, the completions and the documents of camera-hub say what the program says of itself."""
 
 import json
-import os
-import pty
 import re
-import shutil
 import signal
 import subprocess
 
 import pytest
 from harness.command import COMMAND, ENVIRONMENT, run
-from harness.console import read_within
+from harness.completion import Zsh, completed_by_bash
 from harness.guides import guide_commands
 from harness.hub import ROOT
 from harness.scenario import EXPOSURE, scenario
@@ -96,65 +93,26 @@ def test_what_is_installed_runs_and_has_its_manual_and_completions(tmp_path):
                           check=True).stdout == "camera-hub 2.9\n"
 
 
-def completed_by_bash(*words):
-    script = f'. {BASH}; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _camera_hub; printf "%s\\n" "${{COMPREPLY[@]}}"'
-    result = subprocess.run(["bash", "--norc", "-c", script, "bash", "camera-hub", *words], capture_output=True,
-                            text=True, check=True)
-    assert result.stderr == ""
-    return set(result.stdout.split())
+def completed(*words):
+    return completed_by_bash(BASH, "camera-hub", *words)
 
 
 def test_bash_completes_commands_and_options():
-    assert completed_by_bash("") == set(COMMANDS)
-    assert completed_by_bash("-") == EVERYWHERE
+    assert completed("") == set(COMMANDS)
+    assert completed("-") == EVERYWHERE
     for command in COMMANDS:
-        assert completed_by_bash(command, "-") == options_in_help(command) | EVERYWHERE
-    assert completed_by_bash("capture", "--ex") == {"--exposure"}
-    assert completed_by_bash("capture", "--exposure", "") == set()
+        assert completed(command, "-") == options_in_help(command) | EVERYWHERE
+    assert completed("capture", "--ex") == {"--exposure"}
+    assert completed("capture", "--exposure", "") == set()
 
 
 def test_bash_completes_files(tmp_path):
     (tmp_path / "still.png").touch()
-    assert completed_by_bash("capture", "-o", f"{tmp_path}/st") == {f"{tmp_path}/still.png"}
-
-
-class Zsh:
-    """One that a person types at, whose completions are those of this tree."""
-
-    def __init__(self, folder):
-        shutil.copy(ZSH, folder)
-        self._terminal, end = pty.openpty()
-        self._process = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", "zsh", "-f", "-i"], stdin=end, stdout=end,
-                                         stderr=end, env=ENVIRONMENT | {"TERM": "dumb", "COLUMNS": "200"}, cwd=folder)
-        os.close(end)
-        self._type(f"PS1='ready> '; LISTMAX=0; fpath=({folder} $fpath)\n")
-        self._type(f"autoload -Uz compinit; compinit -u -d {folder}/dump\n")
-        self._read_until_done()
-
-    def _type(self, text):
-        os.write(self._terminal, text.encode())
-
-    def _read_until_done(self):
-        """All that it writes until it has done what was typed before, and reads keys again."""
-        self._type("echo all''done\n")  # not written so, but only done gives the word
-        seen = ""
-        while "ready> " not in seen.partition("alldone")[2]:
-            seen += read_within(self._terminal, 65536).decode(errors="replace")
-        return seen
-
-    def completions(self, line):
-        """What it lists below the line, when that is typed."""
-        self._type(f"{line}\x04\x15")  # ^D lists what is possible, ^U empties the line
-        return self._read_until_done()
-
-    def close(self):
-        self._process.kill()
-        self._process.wait()
-        os.close(self._terminal)
+    assert completed("capture", "-o", f"{tmp_path}/st") == {f"{tmp_path}/still.png"}
 
 
 def test_zsh_completes_commands_and_options(tmp_path):
-    zsh = Zsh(tmp_path)
+    zsh = Zsh(tmp_path, ZSH)
     try:
         listed = zsh.completions("camera-hub ")
         assert all(re.search(rf"\b{command} +-- ", listed) for command in COMMANDS), listed
