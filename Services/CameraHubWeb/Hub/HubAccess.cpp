@@ -86,7 +86,7 @@ private:
     Teller _hubTeller;
     Teller _queueTeller;
     WorkQueue _queue{_settings.queueLength, [this] { _queueTeller.wake(); }};
-    HubLook _look{_settings, _cancellation, {[this] { _hubTeller.wake(); }, [this] { return _queue.isAtWork(); }}};
+    HubLook _look{_settings, _cancellation, {[this] { _hubTeller.wake(); }, [this] { return _queue.lastWork(); }}};
     StillTaking _taking{_settings, _cancellation, _look, [this](TakeStep step) { _queue.setStep(step); }};
     std::thread _worker;
 };

@@ -119,6 +119,7 @@ void HubLook::run() {
 
 /// Whether the hub is there.
 bool HubLook::look(std::optional<CameraHub::CameraHubClient>& client) {
+    const Time begun = Clock::now();
     try {
         lookAnew(client);
         return true;
@@ -126,7 +127,7 @@ bool HubLook::look(std::optional<CameraHub::CameraHubClient>& client) {
         client.reset();
     } catch (const CameraHub::TimedOut& error) {
         client.reset();
-        if (!_listener.isAtWork())
+        if (_listener.lastWork() < begun) // else it has waited for the still
             setGone(TakeFailureKind::HubTimeout, error.what());
     } catch (const CameraHub::Refusal& error) {
         client.reset();

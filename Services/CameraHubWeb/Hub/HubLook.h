@@ -17,8 +17,8 @@ public:
     struct Listener {
         /// The state is another one; called without a lock.
         std::function<void()> changed;
-        /// Whether a still is being taken: the hub then answers nobody.
-        std::function<bool()> isAtWork;
+        /// When a still was being taken the last time: the hub then answers nobody else.
+        std::function<std::chrono::steady_clock::time_point()> lastWork;
     };
 
     HubLook(const HubSettings& settings, const CameraHub::Cancellation& cancellation, Listener listener);

@@ -84,13 +84,14 @@ void WorkQueue::finish() {
     {
         const std::lock_guard lock(_mutex);
         _atWork.reset();
+        _lastWork = std::chrono::steady_clock::now();
     }
     _changed();
 }
 
-bool WorkQueue::isAtWork() const {
+std::chrono::steady_clock::time_point WorkQueue::lastWork() const {
     const std::lock_guard lock(_mutex);
-    return _atWork.has_value();
+    return _atWork ? std::chrono::steady_clock::now() : _lastWork;
 }
 
 void WorkQueue::end() {

@@ -31,7 +31,8 @@ public:
     void setStep(TakeStep step);
     /// Nothing is at work any more.
     void finish();
-    bool isAtWork() const;
+    /// When something was at work the last time: now, if something is.
+    std::chrono::steady_clock::time_point lastWork() const;
 
     /// Nothing more is taken, and nothing waited for.
     void end();
@@ -48,6 +49,7 @@ private:
     std::condition_variable _hasMore;
     TurnQueue _waiting;
     std::optional<QueueEntry> _atWork;
+    std::chrono::steady_clock::time_point _lastWork = std::chrono::steady_clock::time_point::min();
     std::uint64_t _lastNumber = 0;
     bool _hasEnded = false;
 };

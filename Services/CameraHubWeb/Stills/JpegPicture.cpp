@@ -2,6 +2,7 @@
 
 #include "Platform/Imaging/PngReader.h"
 #include "Platform/Interface/HresultError.h"
+#include "Services/CameraHubWeb/Stills/PlainPng.h"
 
 #include <libyuv/convert.h>
 #include <libyuv/scale.h>
@@ -80,15 +81,24 @@ void check(int result, const char* operation) {
         throw BrokenPicture(std::string(operation) + " has failed");
 }
 
-/// The pixels are gone with this: they take more memory than all that follows.
-ColourPlanes planesOf(PngReader& reader) {
-    ColourPlanes picture(sizeOf(reader));
-    const RgbImage pixels = reader.readPixels();
+/// From rows of R, G, B.
+void convert(const std::uint8_t* pixels, std::size_t stride, ColourPlanes& picture) {
     const auto [y, u, v] = picture.planes();
     const auto [strideY, strideU, strideV] = picture.strides();
     const auto [width, height] = picture.size();
-    check(libyuv::RAWToJ420(pixels.pixels.data(), 3 * width, y, strideY, u, strideU, v, strideV, width, height),
+    check(libyuv::RAWToJ420(pixels, static_cast<int>(stride), y, strideY, u, strideU, v, strideV, width, height),
           "the conversion of colours");
+}
+
+/// The pixels are gone with this: they take more memory than all that follows.
+ColourPlanes planesOf(std::span<const std::uint8_t> png, PngReader& reader) {
+    ColourPlanes picture(sizeOf(reader));
+    if (const auto plain = readPlainPng(png)) {
+        convert(plain->pixels(), plain->stride(), picture);
+    } else {
+        const RgbImage pixels = reader.readPixels();
+        convert(pixels.pixels.data(), std::size_t{3} * pixels.width, picture);
+    }
     return picture;
 }
 
@@ -134,8 +144,8 @@ PictureSize sizeFor(PictureSize picture, int width) {
 PictureSize pngSize(std::span<const std::uint8_t> png) { return withReader(png, sizeOf); }
 
 std::vector<std::uint8_t> encodeJpeg(std::span<const std::uint8_t> png, std::optional<int> width, int quality) {
-    return withReader(png, [width, quality](PngReader& reader) {
-        ColourPlanes picture = planesOf(reader);
+    return withReader(png, [png, width, quality](PngReader& reader) {
+        ColourPlanes picture = planesOf(png, reader);
         if (width && *width < picture.size().width)
             picture = scaled(picture, sizeFor(picture.size(), *width));
         return encode(picture, quality);
