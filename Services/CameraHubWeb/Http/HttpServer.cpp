@@ -30,7 +30,7 @@ constexpr int refusedAtATime = 64;
 constexpr std::chrono::milliseconds acceptPause(100);
 
 asio::ip::address clientAddress(const tcp::socket& socket) {
-    const asio::ip::address address = socket.remote_endpoint().address();
+    asio::ip::address address = socket.remote_endpoint().address();
     if (address.is_v6() && address.to_v6().is_v4_mapped())
         return asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6());
     return address;
@@ -80,7 +80,7 @@ public:
     ~Implementation() {
         asio::post(_context, [this] {
             error_code ignored;
-            _acceptor.close(ignored);
+            static_cast<void>(_acceptor.close(ignored));
             for (const auto& connection : _connections)
                 connection->end();
         });

@@ -37,21 +37,32 @@ std::shared_ptr<HttpExchange> makeExchange(HttpRequest request, std::shared_ptr<
 }
 
 void PendingAnswer::give(Answer answer) {
-    std::function<void()> dropped; // beyond the lock: it may hold anything
-    bool counts = false;
+    if (!begin()) {
+        if (answer.stream)
+            answer.stream->ended();
+        return;
+    }
+    std::shared_ptr<BodyStream> unwanted;
     {
         const std::lock_guard lock(_mutex);
-        counts = !_isAnswered && !_isGone;
-        if (counts) {
-            _isAnswered = true;
-            dropped = std::exchange(_gone, nullptr);
+        if (_isGone)
+            unwanted = std::move(answer.stream);
+        else
             _answer = std::move(answer);
-        }
     }
-    if (counts)
-        _wake();
-    else if (answer.stream)
-        answer.stream->ended();
+    if (unwanted)
+        unwanted->ended();
+    _wake();
+}
+
+bool PendingAnswer::begin() {
+    std::function<void()> dropped; // beyond the lock: it may hold anything
+    const std::lock_guard lock(_mutex);
+    if (_isAnswered || _isGone)
+        return false;
+    _isAnswered = true;
+    dropped.swap(_gone);
+    return true;
 }
 
 std::optional<Answer> PendingAnswer::take() {

@@ -34,6 +34,9 @@ public:
     void abandon();
 
 private:
+    /// Whether an answer counts; from then on no other one does.
+    bool begin();
+
     const std::function<void()> _wake;
     std::mutex _mutex;
     std::optional<Answer> _answer;

@@ -26,11 +26,12 @@ ssl::context makeTlsContext(const TlsFiles& files) {
 
     boost::system::error_code error;
     // An encrypted key is an error: nobody is there to type its password.
-    context.set_password_callback([](std::size_t, ssl::context::password_purpose) { return std::string(); }, error);
+    static_cast<void>(context.set_password_callback(
+        [](std::size_t, ssl::context::password_purpose) { return std::string(); }, error));
     check(error, "key", files.key);
-    context.use_certificate_chain_file(files.certificate, error);
+    static_cast<void>(context.use_certificate_chain_file(files.certificate, error));
     check(error, "certificate", files.certificate);
-    context.use_private_key_file(files.key, ssl::context::pem, error);
+    static_cast<void>(context.use_private_key_file(files.key, ssl::context::pem, error));
     check(error, "key", files.key);
     if (SSL_CTX_check_private_key(native) != 1)
         throw std::runtime_error("The key in " + files.key + " is not the one of the certificate in " +

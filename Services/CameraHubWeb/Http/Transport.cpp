@@ -13,12 +13,12 @@ namespace {
 
 void shutDownSending(tcp::socket& socket) {
     error_code ignored;
-    socket.shutdown(tcp::socket::shutdown_send, ignored);
+    static_cast<void>(socket.shutdown(tcp::socket::shutdown_send, ignored));
 }
 
 void closeSocket(tcp::socket& socket) {
     error_code ignored;
-    socket.close(ignored);
+    static_cast<void>(socket.close(ignored));
 }
 
 class PlainTransport : public Transport {

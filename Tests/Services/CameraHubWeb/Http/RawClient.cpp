@@ -111,17 +111,23 @@ bool RawClient::receiveMore() {
 std::string RawClient::take(std::size_t count) {
     while (_received.size() < count)
         if (!receiveMore())
-            throw std::runtime_error("the connection ended within an answer: " + _received);
+            throw std::runtime_error("the connection ended within an answer: " + _received.substr(0, 500));
     std::string taken = _received.substr(0, count);
     _received.erase(0, count);
     return taken;
 }
 
 std::string RawClient::receiveUntil(std::string_view marker) {
-    while (_received.find(marker) == std::string::npos)
+    std::size_t searched = 0; // up to where it does not begin
+    for (;;) {
+        const auto found = _received.find(marker, searched);
+        if (found != std::string::npos)
+            return take(found + marker.size());
+        searched = _received.size() - std::min(_received.size(), marker.size() - 1);
         if (!receiveMore())
-            throw std::runtime_error("the connection ended before \"" + std::string(marker) + "\": " + _received);
-    return take(_received.find(marker) + marker.size());
+            throw std::runtime_error("the connection ended before \"" + std::string(marker) +
+                                     "\": " + _received.substr(0, 500));
+    }
 }
 
 std::string RawClient::receiveAll() {
