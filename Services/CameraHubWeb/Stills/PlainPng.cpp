@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <string_view>
 #include <vector>
@@ -134,11 +135,11 @@ bool undoFilter(int filter, std::span<std::uint8_t> row, const std::uint8_t* abo
     }
 }
 
-bool undoFilters(const PlainPixels& pixels) {
+bool undoFilters(PlainPixels& pixels) {
     const std::vector<std::uint8_t> blackRow(pixels.stride() - 1);
     const std::uint8_t* above = blackRow.data();
     for (std::uint32_t y = 0; y < pixels.height; ++y) {
-        std::uint8_t* const row = pixels.rows.get() + y * pixels.stride();
+        std::uint8_t* const row = pixels.rows.data() + y * pixels.stride();
         if (!undoFilter(row[0], {row + 1, pixels.stride() - 1}, above))
             return false;
         above = row + 1;
@@ -160,13 +161,13 @@ std::optional<PlainPixels> readPlainPng(std::span<const std::uint8_t> png) {
     const auto packed = size ? packedPixels(rest) : std::nullopt;
     if (!packed)
         return std::nullopt;
-    PlainPixels pixels{size->width, size->height, nullptr};
+    PlainPixels pixels{size->width, size->height, {}};
     const std::size_t count = pixels.stride() * pixels.height;
     constexpr std::size_t mostPacked = 1032; // bytes that deflate can pack into one
     if (count > mostPacked * packed->size())
-        return std::nullopt;                                             // known without room for the picture
-    pixels.rows = std::make_unique_for_overwrite<std::uint8_t[]>(count); // NOLINT(modernize-avoid-c-arrays)
-    if (!unpack(*packed, {pixels.rows.get(), count}) || !undoFilters(pixels))
+        return std::nullopt; // known without room for the picture
+    pixels.rows.resize(count);
+    if (!unpack(*packed, pixels.rows) || !undoFilters(pixels))
         return std::nullopt;
     return pixels;
 }

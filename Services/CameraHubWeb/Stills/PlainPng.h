@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace CameraHubWeb {
 
@@ -13,11 +13,11 @@ struct PlainPixels {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     /// R, G, B, one byte each, and a byte without meaning before each row.
-    std::unique_ptr<std::uint8_t[]> rows; // NOLINT(modernize-avoid-c-arrays)
+    std::vector<std::uint8_t> rows;
 
     std::size_t stride() const { return std::size_t{3} * width + 1; }
     /// R of the first pixel.
-    const std::uint8_t* pixels() const { return rows.get() + 1; }
+    const std::uint8_t* pixels() const { return rows.data() + 1; }
 };
 
 /// In half the time that a reader of all kinds takes: a file of 8-bit RGB, not interlaced, with nothing but pixels in
