@@ -25,7 +25,7 @@ export class Controls {
   }
 
   async take() {
-    if (byId('take').disabled || this.#store.job) return;
+    if (byId('take').getAttribute('aria-disabled') === 'true') return;
     const { taking, exposure, bracket, timelapse } = this.#parts;
     const asked = { exposure: exposure.asked, settle: exposure.settle };
     try {
@@ -65,7 +65,8 @@ export class Controls {
     }[this.#kind];
     const labels = { still: 'Take a still', bracket: bracket.label, timelapse: timelapse.label };
     byId('take').textContent = labels[this.#kind];
-    byId('take').disabled = !this.#store.isReady || !isPossible;
-    byId('take').hidden = this.#store.job !== null;
+    // Not "disabled", which would take the focus away.
+    const isFree = this.#store.isReady && isPossible && this.#store.job === null;
+    byId('take').setAttribute('aria-disabled', String(!isFree));
   }
 }

@@ -109,8 +109,8 @@ export class Exposure extends EventTarget {
     const camera = this.#store.chosen;
     const still = camera && this.#store.stills.find(({ uid }) => uid === camera.uid);
     const force = byId('in-force');
-    if (!still) force.textContent = 'no still yet';
-    else if (still.exposureText === null) force.textContent = 'the camera could not tell';
-    else force.textContent = `${still.exposureText}, asked ${askedText(still, camera)}`;
+    if (!still) force.textContent = 'none yet';
+    else if (still.exposureText === null) force.textContent = `in force is not known, ${askedText(still, camera)} asked`;
+    else force.textContent = `${still.exposureText} in force, ${askedText(still, camera)} asked`;
   }
 }

@@ -25,8 +25,8 @@ function updateFrame(store, item, still) {
   const place = store.marked.findIndex(({ id }) => id === still.id);
   view.setAttribute('aria-current', String(store.mode === 'still' && store.shown?.id === still.id));
   mark.setAttribute('aria-pressed', String(place >= 0));
-  mark.setAttribute('aria-label', `Compare ${nameOf(still)}`);
   mark.textContent = place < 0 ? '' : 'AB'[place];
+  mark.setAttribute('aria-label', `${mark.textContent} Compare ${nameOf(still)}`.trim());
 }
 
 export function showStill(store, still) {

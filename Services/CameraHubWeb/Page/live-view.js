@@ -48,10 +48,15 @@ export class LiveView {
     }
     if (document.hidden || !isReady) {
       this.#stop();
-      const why = document.hidden ? 'Paused' : 'Paused: the camera is away';
-      byId('live-state').textContent = why;
+      byId('live-state').textContent = this.#whyPaused;
       byId('live-state').hidden = false;
     } else if (!this.#image.hasAttribute('src')) this.#start(chosenUid);
+  }
+
+  get #whyPaused() {
+    if (document.hidden) return 'Paused while the page is not seen';
+    if (!this.#store.server) return 'Paused: the server is lost';
+    return this.#store.hub?.reachable ? 'Paused: the camera has gone' : 'Paused: the hub is away';
   }
 
   #start(uid) {

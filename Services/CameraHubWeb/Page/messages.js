@@ -11,8 +11,7 @@ function bannerText(store) {
 function hubText(store) {
   if (store.server === null || (store.server && store.hub === null)) return 'Connecting';
   if (!store.server) return 'Server lost';
-  const place = store.hubHost ? ` at ${store.hubHost}` : '';
-  return store.hub.reachable ? `Hub ${store.hub.version}${place}` : `Hub${place} is away`;
+  return store.hub.reachable ? `Hub ${store.hub.version}` : 'Hub away';
 }
 
 /** Says whether hub and server are there. */
@@ -24,6 +23,7 @@ export function showConnection(store) {
     banner.hidden = text === '';
     const hub = byId('hub');
     hub.textContent = hubText(store);
+    hub.title = store.hubHost ? `The hub is that of ${store.hubHost}` : '';
     hub.dataset.state = text === '' ? (store.hub ? 'good' : 'unknown') : 'bad';
   };
   store.on('server hub hubHost', update);

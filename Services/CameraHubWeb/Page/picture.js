@@ -1,12 +1,12 @@
 import { Problem, fetchBlob } from './api.js';
 
-function draw(bitmap) {
+function imageOf(bitmap) {
   const canvas = document.createElement('canvas');
   canvas.width = bitmap.width;
   canvas.height = bitmap.height;
   const context = canvas.getContext('2d', { willReadFrequently: true });
   context.drawImage(bitmap, 0, 0);
-  return { canvas, pixels: context.getImageData(0, 0, bitmap.width, bitmap.height).data };
+  return context.getImageData(0, 0, bitmap.width, bitmap.height);
 }
 
 async function decode(still) {
@@ -14,9 +14,9 @@ async function decode(still) {
   try {
     const bitmap = await createImageBitmap(blob, { colorSpaceConversion: 'none', premultiplyAlpha: 'none' });
     const { width, height } = bitmap;
-    const picture = { still, blob, width, height, ...draw(bitmap) };
+    const image = imageOf(bitmap);
     bitmap.close();
-    return picture;
+    return { still, blob, width, height, image, pixels: image.data };
   } catch {
     throw new Problem({
       title: 'The picture cannot be shown',
@@ -31,7 +31,7 @@ const most = 3;
 const latest = new Map();
 
 /**
- * The picture of a still: {still, blob, width, height, canvas, pixels}, the pixels as R, G, B, A. Throws as
+ * The picture of a still: {still, blob, width, height, image, pixels}, the pixels as R, G, B, A. Throws as
  * api.request does.
  */
 export function loadPicture(still) {

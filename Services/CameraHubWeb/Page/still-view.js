@@ -9,7 +9,7 @@ const big = 10;
 function paint(canvas, picture) {
   canvas.width = picture.width;
   canvas.height = picture.height;
-  canvas.getContext('2d').drawImage(picture.canvas, 0, 0);
+  canvas.getContext('2d').putImageData(picture.image, 0, 0);
 }
 
 /** A picture, or two of them on both sides of a divider, to be zoomed and moved, and read pixel by pixel. */

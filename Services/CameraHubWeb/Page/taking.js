@@ -34,7 +34,6 @@ export class Taking {
   async run(kind, uid, work) {
     if (this.#store.job) return;
     const abort = new AbortController();
-    const hadFocus = document.activeElement === byId('take');
     clearError();
     this.#begin();
     this.#store.set('job', { kind, uid, abort });
@@ -45,11 +44,10 @@ export class Taking {
         take: (asked) => this.#take(uid, asked, abort.signal),
       });
     } finally {
+      const hasFocus = document.activeElement === byId('cancel');
       this.#end();
       this.#store.set('job', null);
-      if (hadFocus && (document.activeElement === document.body || document.activeElement === byId('cancel'))) {
-        byId('take').focus();
-      }
+      if (hasFocus) byId('take').focus();
     }
   }
 
