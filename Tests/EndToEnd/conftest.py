@@ -9,6 +9,7 @@ import pytest
 HERE = Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), str(HERE.parents[1] / "Client/Python")]
 
+from harness.browser import WIDE, Browser, Page
 from harness.command import StartedCommand
 from harness.hub import EXECUTABLE, Hub
 from harness.network import Network, allow_networks
@@ -83,6 +84,29 @@ def start_web(tmp_path_factory):
 def start_shared_web(tmp_path_factory):
     """The same for a program that the tests of a module share."""
     yield from _web_starter(tmp_path_factory)
+
+
+@pytest.fixture(scope="module")
+def browser(hub, tmp_path_factory):
+    """In the network of the module's hub."""
+    browser = Browser(tmp_path_factory.mktemp("browser"), hub.network)
+    yield browser
+    browser.close()
+
+
+@pytest.fixture
+def open_page(browser):
+    """A function that opens a page of a program for browsers; further arguments are those of Browser.set_screen."""
+    pages = []
+
+    def open_page(web, path="/", size=WIDE, **screen):
+        browser.set_screen(size, **screen)
+        pages.append(Page(browser, f"{web.scheme}://{web.host}:{web.port}", path))
+        return pages[-1]
+
+    yield open_page
+    for page in pages:
+        page.close()
 
 
 @pytest.fixture

@@ -31,29 +31,52 @@ function parseEvent(block) {
   return event;
 }
 
+/** Ends with the server's part of the connection, and with the signal. */
+async function followOnce(abort, { take, connected }) {
+  let timer;
+  const alive = () => {
+    clearTimeout(timer);
+    timer = setTimeout(() => abort.abort(), silence);
+  };
+  try {
+    alive();
+    const response = await request('/api/events', { signal: abort.signal, cache: 'no-store' });
+    connected(true);
+    await readEvents(response.body, take, alive);
+  } catch {
+    // Whatever it was: the server is lost.
+  } finally {
+    clearTimeout(timer);
+  }
+}
+
+async function whenSeen() {
+  while (document.hidden) {
+    await new Promise((resolve) => { document.addEventListener('visibilitychange', resolve, { once: true }); });
+  }
+}
+
 /**
  * Follows /api/events for as long as the page is there. `take` gets the name and the value of each event, `connected`
  * true whenever the server has been reached and false once it is lost, which silence is too: of a network that was cut,
  * nothing else tells.
+ * A page that is not seen lets go of it, since browsers have few connections to a server, for all pages together and
+ * for those that were left too; the first events and the list of stills make up for what it has missed.
  */
-export async function followEvents({ take, connected }) {
+export async function followEvents(listener) {
   for (;;) {
+    await whenSeen();
     const abort = new AbortController();
-    let timer;
-    const alive = () => {
-      clearTimeout(timer);
-      timer = setTimeout(() => abort.abort(), silence);
+    let isLeft = false;
+    const leave = () => {
+      isLeft = true;
+      abort.abort();
     };
-    try {
-      alive();
-      const response = await request('/api/events', { signal: abort.signal, cache: 'no-store' });
-      connected(true);
-      await readEvents(response.body, take, alive);
-    } catch {
-      // Told as lost below, whatever it was.
-    }
-    clearTimeout(timer);
-    connected(false);
+    document.addEventListener('visibilitychange', leave, { once: true });
+    await followOnce(abort, listener);
+    document.removeEventListener('visibilitychange', leave);
+    if (isLeft) continue;
+    listener.connected(false);
     await new Promise((resolve) => { setTimeout(resolve, pause); });
   }
 }

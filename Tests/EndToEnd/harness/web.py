@@ -5,8 +5,10 @@ import json
 import os
 import re
 import signal
+import socket
 import subprocess
 from pathlib import Path
+from urllib.parse import quote
 
 from harness.hub import EXECUTABLE, PRESET, SANITIZER_REPORT
 from harness.wait import PATIENCE, wait_until
@@ -15,6 +17,11 @@ from harness.web_connection import WebConnection
 WEB_EXECUTABLE = Path(os.environ.get("WEB_EXECUTABLE", EXECUTABLE.with_name("camera-hub-web"))).absolute()
 LINE = re.compile(r"camera-hub-web: (https?)://(.+):([0-9]+)/\n")
 ENVIRONMENT = {name: value for name, value in os.environ.items() if not name.startswith("CAMERA_HUB_")}
+
+
+def part(uid):
+    """A camera's uid as one part of a path."""
+    return quote(uid, safe="")
 
 
 def run_web(network, *arguments):
@@ -52,9 +59,9 @@ class Web:
     def stderr(self):
         return self.stderr_file.read_text(encoding="utf-8", errors="replace")
 
-    def connect(self, encrypted=True):
+    def connect(self, encrypted=True, source="127.0.0.1"):
         """A connection that ends with the program, if it is not closed before."""
-        plain = self.network.connect(self.port)
+        plain = self.network.run(socket.create_connection, ("127.0.0.1", self.port), PATIENCE, (source, 0))
         if self.tls and encrypted:
             plain = self.tls.wrap_socket(plain, server_hostname="localhost")
         self._connections.append(WebConnection(plain))
@@ -81,6 +88,15 @@ class Web:
         """`value` as JSON."""
         return self.request("POST", target, {"Content-Type": "application/json"} | (headers or {}),
                             json.dumps(value).encode())
+
+    def take(self, uid, **body):
+        """What is told of a still that was taken."""
+        answer = self.post(f"/api/cameras/{part(uid)}/stills", body)
+        assert answer.status == 201, answer
+        return answer.json()
+
+    def queue(self):
+        return self.get("/api/queue").json()["queue"]
 
     def wait_for_cameras(self, *uids):
         """Until it lists exactly these."""
