@@ -139,7 +139,8 @@ class Page:
             raise AssertionError(f"{error}, on a page that says: {self.text('body')}") from None
 
     def wait_for_text(self, selector, part):
-        return self.wait_for(lambda page: part in page.text(selector) and page.text(selector), f"{part!r} in {selector}")
+        return self.wait_for(lambda page: (text := page.text(selector)) and part in text and text,
+                             f"{part!r} in {selector}")
 
     def is_ready(self):
         return self.attribute("#take", "aria-disabled") == "false"
