@@ -22,10 +22,11 @@ build_packages=(
 # What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, numpy for pictures
 # as arrays, umockdev for a /sys of their own, the sources of locales, systemd to judge the unit, which need not run,
 # nginx to stand in front of the hub with a certificate of openssl's making, Avahi and its message bus to find hubs by,
-# zsh for its completion.
+# zsh for its completion, a browser with its driver to look at the page with, curl for the command that the page gives.
 test_packages=(
   python3-pytest python3-pytest-xdist python3-pil python3-numpy
   umockdev libumockdev-dev locales systemd nginx-light openssl avahi-daemon dbus zsh
+  chromium chromium-driver python3-selenium curl
 )
 
 # What scripts/check.sh takes besides: all but clang-tidy look at the sources alone. mypy reads numpy's types.
@@ -105,6 +106,19 @@ build() {
   fi
 }
 
+# What judges whether everybody can use the page.
+axe_version=4.14.1
+
+# install_axe FOLDER: into that build where it is missing, with the npm that is there or else Debian's.
+install_axe() {
+  local package=$1/node_modules/axe-core/package.json
+  if ! grep -qsF "\"version\": \"$axe_version\"" "$package"; then
+    command -v npm >/dev/null || install_packages npm
+    echo "Installing axe-core"
+    npm install --prefix "$1" --no-save --no-audit --no-fund --loglevel=error "axe-core@$axe_version" >/dev/null
+  fi
+}
+
 # What unit_tests and end_to_end_tests run under.
 launcher=()
 
@@ -117,6 +131,7 @@ unit_tests() {
 # root: at least in a namespace.
 end_to_end_tests() {
   local isolation=()
+  install_axe "$(build_folder "$1")"
   ((EUID == 0)) || isolation=(unshare --user --map-root-user --net)
   HUB_EXECUTABLE=$(build_folder "$1")/bin/LarkspurWindowsCameraHub HUB_PRESET=$1 \
     "${launcher[@]}" "${isolation[@]}" "$python" -m pytest -p no:cacheprovider --quiet -r fEs \

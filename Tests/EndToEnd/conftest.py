@@ -95,11 +95,14 @@ def browser(hub, tmp_path_factory):
 
 
 @pytest.fixture
-def open_page(browser):
-    """A function that opens a page of a program for browsers; further arguments are those of Browser.set_screen."""
+def open_page(browser, start_web):  # after which it ends
+    """A function that opens a page of a program for browsers in the place of the one before; further arguments are
+    those of Browser.set_screen."""
     pages = []
 
     def open_page(web, path="/", size=WIDE, **screen):
+        while pages:
+            pages.pop().close()
         browser.set_screen(size, **screen)
         pages.append(Page(browser, f"{web.scheme}://{web.host}:{web.port}", path))
         return pages[-1]

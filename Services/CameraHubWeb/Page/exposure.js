@@ -111,6 +111,7 @@ export class Exposure extends EventTarget {
     const force = byId('in-force');
     if (!still) force.textContent = 'none yet';
     else if (still.exposureText === null) force.textContent = `in force is not known, ${askedText(still, camera)} asked`;
+    else if (still.exposureUs === still.asked.exposureUs) force.textContent = `${still.exposureText}, as asked`;
     else force.textContent = `${still.exposureText} in force, ${askedText(still, camera)} asked`;
   }
 }
