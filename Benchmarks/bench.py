@@ -24,6 +24,7 @@ from machine import description
 from programs import NotBuilt, table_of
 from serving import crowds, images, messages
 from timeline import timeline
+from web import web
 
 Table = Callable[[Path], Iterator[Measurement]]
 
@@ -34,6 +35,7 @@ TABLES: dict[str, tuple[str, Table]] = {
     "crowds": ("Many connections and large images", crowds),
     "captures": ("Captures of a dense picture", captures),
     "process": ("The process", process),
+    "web": ("The program for browsers", web),
     "png": ("Pixels to PNG", table_of("PngBenchmark")),
     "frames": ("Frames to pixels", table_of("FrameBenchmark")),
 }

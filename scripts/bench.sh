@@ -7,7 +7,7 @@
 # measures itself run in a network of their own, from temporary folders, and end with it.
 # Usage: scripts/bench.sh [--timeline] [--table NAME]... [--hub EXECUTABLE]...
 #   --timeline        instead of the tables, where the time of one still goes
-#   --table NAME      that table alone: images, messages, crowds, captures, process, png, frames
+#   --table NAME      that table alone: images, messages, crowds, captures, process, web, png, frames
 #   --hub EXECUTABLE  another build of the hub than this tree's; each one in its turn
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -16,6 +16,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 install_packages "${build_packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${bench_tools[@]}"
 build release LarkspurWindowsCameraHub
+build release CameraHubWeb
 build release AllBenchmarks
 
 exec "$python" "$root/Benchmarks/bench.py" "$@"
