@@ -6,16 +6,13 @@
 #include "Services/CameraHubWeb/Api/WebApi.h"
 #include "Services/CameraHubWeb/Arguments.h"
 #include "Services/CameraHubWeb/Http/Door.h"
+#include "Services/CameraHubWeb/Http/HostNames.h"
 #include "Services/CameraHubWeb/Http/HttpServer.h"
 #include "Services/CameraHubWeb/Http/Router.h"
 #include "Services/CameraHubWeb/Page/PageFiles.h"
 #include "Services/CameraHubWeb/PageRoutes.h"
 #include "Services/CameraHubWeb/TokenFile.h"
 
-#include <unistd.h>
-
-#include <array>
-#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -58,20 +55,10 @@ std::string addressText(const Arguments& arguments, std::uint16_t port) {
 
 std::string textOf(const PageFile& file) { return {file.content.begin(), file.content.end()}; }
 
-/// What clients may know this program by.
-std::vector<std::string> hostNames(const Arguments& arguments) {
-    std::vector<std::string> names = arguments.names;
-    std::array<char, HOST_NAME_MAX + 1> name{};
-    if (gethostname(name.data(), name.size() - 1) == 0 && name.front() != '\0') {
-        names.emplace_back(name.data());
-        names.push_back(std::string(name.data()) + ".local");
-    }
-    return names;
-}
-
 Door::Settings doorSettings(const Arguments& arguments) {
     Door::Settings settings;
-    settings.hosts = hostNames(arguments);
+    settings.hosts = machineNames();
+    settings.hosts.insert(settings.hosts.end(), arguments.names.begin(), arguments.names.end());
     if (!arguments.tokenFile.empty())
         settings.token = readToken(arguments.tokenFile);
     if (const PageFile* const page = findPageFile("login.html"))
