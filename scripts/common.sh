@@ -20,13 +20,14 @@ build_packages=(
 )
 
 # What the tests take besides: pytest and its parallel runner, Pillow to make and to read pictures, numpy for pictures
-# as arrays, umockdev for a /sys of their own, the sources of locales, systemd to judge the unit, which need not run,
-# nginx to stand in front of the hub with a certificate of openssl's making, Avahi and its message bus to find hubs by,
-# zsh for its completion, a browser with its driver to look at the page with, curl for the command that the page gives.
+# as arrays, jq and curl as clients, YAML and JSON schemas for documents that programs read, umockdev for a /sys of their
+# own, the sources of locales, systemd to judge the units, which need not run, nginx to stand in front with a certificate
+# of openssl's making, Avahi and its message bus to find hubs by, zsh for its completion, a browser with its driver to
+# look at the page with.
 test_packages=(
-  python3-pytest python3-pytest-xdist python3-pil python3-numpy
+  python3-pytest python3-pytest-xdist python3-pil python3-numpy python3-yaml python3-jsonschema
   umockdev libumockdev-dev locales systemd nginx-light openssl avahi-daemon dbus zsh
-  chromium chromium-driver python3-selenium curl
+  chromium chromium-driver python3-selenium curl jq
 )
 
 # What scripts/check.sh takes besides: all but clang-tidy look at the sources alone. mypy reads numpy's types.

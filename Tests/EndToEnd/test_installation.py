@@ -15,19 +15,25 @@ BUILD = EXECUTABLE.parent.parent
 
 @pytest.fixture(scope="module")
 def installed(tmp_path_factory):
-    """The root of a system on which the hub has been installed below /usr/local."""
+    """The root of a system on which the hub and its page have been installed below /usr/local."""
     root = tmp_path_factory.mktemp("system")
-    command = ["cmake", "--install", str(BUILD), "--component", "hub", "--prefix", "/usr/local"]
     environment = os.environ | {"DESTDIR": str(root)}
-    subprocess.run(command, env=environment, capture_output=True, check=True)
+    for component in ("hub", "web"):
+        command = ["cmake", "--install", str(BUILD), "--component", component, "--prefix", "/usr/local"]
+        subprocess.run(command, env=environment, capture_output=True, check=True)
     return root / "usr/local"
 
 
+@pytest.fixture(params=["camera-hub", "camera-hub-web"])
+def service(request):
+    return request.param
+
+
 @pytest.fixture
-def unit(installed, tmp_path):
+def unit(service, installed, tmp_path):
     """The service's unit, of a program that is there."""
-    text = (installed / "lib/systemd/system/camera-hub.service").read_text(encoding="utf-8")
-    file = tmp_path / "camera-hub.service"
+    text = (installed / f"lib/systemd/system/{service}.service").read_text(encoding="utf-8")
+    file = tmp_path / f"{service}.service"
     file.write_text(re.sub("^ExecStart=.*$", "ExecStart=/bin/true", text, flags=re.MULTILINE), encoding="utf-8")
     return file
 
@@ -47,12 +53,15 @@ def test_an_installed_hub_answers_and_finds_its_crash_helper(installed, start_hu
     assert ", which crashed:" in record, record
 
 
-def test_the_unit_starts_what_is_installed_with_the_settings_that_are(installed):
-    text = (installed / "lib/systemd/system/camera-hub.service").read_text(encoding="utf-8")
-    (program,) = re.findall("^ExecStart=/usr/local/(.*)$", text, re.MULTILINE)
+def test_the_unit_starts_what_is_installed_with_the_settings_that_are(installed, service):
+    text = (installed / f"lib/systemd/system/{service}.service").read_text(encoding="utf-8")
+    (program,) = re.findall(r"^ExecStart=/usr/local/(\S*)", text, re.MULTILINE)
     (settings,) = re.findall("^EnvironmentFile=-/usr/local/(.*)$", text, re.MULTILINE)
     assert shutil.which(installed / program)
     assert (installed / settings).is_file()
+
+
+def test_the_command_that_tells_who_reaches_the_hub_is_installed(installed):
     assert shutil.which(installed / "sbin/camera-hub-expose")
 
 

@@ -16,16 +16,19 @@ if not {"HUB_PACKAGES", "KERNEL_TREE", "REAL_DRIVERS_PROGRAMS"} <= set(os.enviro
 TESTS = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(TESTS / "RealDrivers"), str(TESTS / "EndToEnd")]
 
+import neighbour  # noqa: E402
 from guest import modules  # noqa: E402
 from guest.usb_camera import UsbCamera  # noqa: E402
 from harness.http import HttpConnection  # noqa: E402
 from harness.hub import HTTP_PORT, RPC_PORT  # noqa: E402
 from harness.rpc import RpcClient  # noqa: E402
 from harness.wait import PATIENCE, wait_until  # noqa: E402
+from harness.web_connection import WebConnection  # noqa: E402
 
 PACKAGES = Path(os.environ["HUB_PACKAGES"])
 (PACKAGE,) = PACKAGES.glob("camera-hub_*.deb")
 UNIT = "camera-hub.service"
+PAGE_PORT = 8080
 
 
 def run(*command):
@@ -39,19 +42,26 @@ def connect(port):
     return socket.create_connection(("127.0.0.1", port), PATIENCE)
 
 
-class Service:
-    """The installed hub, as whoever uses this machine meets it."""
+def wait_for_port(port):
+    """A connection to it, once somebody listens."""
 
-    data = Path("/var/lib/camera-hub/Halden Imaging Group/Larkspur Windows Camera Hub 2.9")
+    def connected():
+        try:
+            return connect(port)
+        except ConnectionRefusedError:
+            return None
 
-    def rpc(self):
-        return RpcClient(connect(RPC_PORT))
+    return wait_until(connected, f"port {port} is open")
 
-    def http(self):
-        return HttpConnection(connect(HTTP_PORT))
+
+class Unit:
+    """A service of this machine."""
+
+    def __init__(self, unit):
+        self.unit = unit
 
     def property(self, name):
-        return run("systemctl", "show", "--value", f"--property={name}", UNIT).strip()
+        return run("systemctl", "show", "--value", f"--property={name}", self.unit).strip()
 
     def process(self):
         """The process of the run that answers, or 0."""
@@ -63,6 +73,61 @@ class Service:
     def wait_until_ready(self):
         wait_until(self.is_active, "the service is ready")
         return self
+
+    def status(self):
+        """What the kernel tells of its process."""
+        text = Path(f"/proc/{self.process()}/status").read_text(encoding="ascii")
+        return {line.split(":")[0]: line.split()[1:] for line in text.splitlines()}
+
+    def warnings(self):
+        """Of systemd and the program, in the journal."""
+        return run("journalctl", "--quiet", "--priority=warning", f"_PID={self.process()}")
+
+    def openness(self):
+        """What systemd gives it of 10."""
+        *_, last = run("systemd-analyze", "security", "--no-pager", self.unit).splitlines()
+        print(last)
+        return float(last.partition(": ")[2].split()[0])
+
+
+class Page(Unit):
+    """The installed page."""
+
+    def __init__(self):
+        super().__init__("camera-hub-web.service")
+
+    def connect(self, port=PAGE_PORT):
+        return WebConnection(connect(port))
+
+    def get(self, target, headers=None):
+        """Its answer, on a connection of its own."""
+        with contextlib.closing(self.connect()) as connection:
+            return connection.request("GET", target, headers)
+
+    def wait_for_cameras(self, count):
+        """Their uids."""
+
+        def uids():
+            answer = self.get("/api/cameras")
+            found = [camera["uid"] for camera in answer.json()["cameras"]] if answer.status == 200 else []
+            return len(found) == count and [found]
+
+        return wait_until(uids, f"{count} cameras")[0]
+
+
+class Service(Unit):
+    """The installed hub, as whoever uses this machine meets it."""
+
+    data = Path("/var/lib/camera-hub/Halden Imaging Group/Larkspur Windows Camera Hub 2.9")
+
+    def __init__(self):
+        super().__init__(UNIT)
+
+    def rpc(self):
+        return RpcClient(connect(RPC_PORT))
+
+    def http(self):
+        return HttpConnection(connect(HTTP_PORT))
 
     def time_until_another_answers(self, process, since):
         """Seconds from the moment to the first answer of another run than that of the process."""
@@ -128,6 +193,24 @@ def service():
     if not Path("/usr/sbin/camera-hub-expose").exists():
         install(PACKAGE)
     return Service().wait_until_ready()
+
+
+@pytest.fixture
+def page(service):
+    """The same of the page, beside the hub."""
+    if not Path("/usr/bin/camera-hub-web").exists():
+        for name in ("libcamera-hub-client2", "camera-hub-web"):
+            (package,) = PACKAGES.glob(f"{name}_*.deb")
+            install(package)
+    return Page().wait_until_ready()
+
+
+@pytest.fixture(scope="module")
+def cable():
+    """To the neighbour."""
+    neighbour.plug()
+    yield
+    neighbour.unplug()
 
 
 @pytest.fixture(scope="session")

@@ -16,6 +16,7 @@ def main():
         *guide_commands("README.md", "scripts/package.sh"),
         *guide_commands("Docs/quick-start.md", "scripts/package.sh"),
         *guide_commands("Docs/service.md", "scripts/package.sh"),
+        *guide_commands("Docs/web.md", "scripts/package.sh"),
     }
     for command in sorted(commands):
         subprocess.run(command.split(), cwd=ROOT, check=True)

@@ -1,27 +1,13 @@
-"""Who reaches the ports, tried from a neighbour: a network of its own behind a cable."""
+"""Who reaches the ports, tried from a neighbour."""
 
 import socket
-import subprocess
 
+import neighbour
 import pytest
 from conftest import run
-from guest import modules
 from harness.hub import HTTP_PORT, RPC_PORT
 
-NEIGHBOUR, HERE = "192.168.7.2", "192.168.7.1"
-CONNECT = "import socket, sys; socket.create_connection((sys.argv[1], int(sys.argv[2])), 3)"
-
-
-@pytest.fixture(scope="module", autouse=True)
-def cable():
-    modules.load("veth")
-    run("ip", "netns", "add", "neighbour")
-    run("ip", "link", "add", "cable", "type", "veth", "peer", "name", "far-end", "netns", "neighbour")
-    for command, address, end in ([], HERE, "cable"), (["ip", "netns", "exec", "neighbour"], NEIGHBOUR, "far-end"):
-        run(*command, "ip", "address", "add", f"{address}/24", "dev", end)
-        run(*command, "ip", "link", "set", end, "up")
-    yield
-    run("ip", "netns", "delete", "neighbour")
+pytestmark = pytest.mark.usefixtures("cable")
 
 
 @pytest.fixture(autouse=True)
@@ -30,13 +16,8 @@ def closed_at_the_end(service):
     run("camera-hub-expose", "local")
 
 
-def neighbour_reaches(port):
-    command = ["ip", "netns", "exec", "neighbour", "python3", "-c", CONNECT, HERE, str(port)]
-    return subprocess.run(command, capture_output=True, check=False).returncode == 0
-
-
 def reached_ports():
-    return [port for port in (RPC_PORT, HTTP_PORT) if neighbour_reaches(port)]
+    return [port for port in (RPC_PORT, HTTP_PORT) if neighbour.reaches(port)]
 
 
 def test_only_this_machine_reaches_a_hub_that_has_been_installed(service):
@@ -45,7 +26,7 @@ def test_only_this_machine_reaches_a_hub_that_has_been_installed(service):
     assert reached_ports() == []
 
 
-@pytest.mark.parametrize("word", ["all", "192.168.7.0/24", NEIGHBOUR])
+@pytest.mark.parametrize("word", ["all", "192.168.7.0/24", neighbour.ADDRESS])
 def test_who_is_let_in_reaches_it_and_so_does_this_machine(service, word):
     shown = run("camera-hub-expose", word)
     assert shown.startswith(word)

@@ -8,7 +8,7 @@ import time
 from pathlib import Path
 
 import pytest
-from conftest import UNIT, run
+from conftest import run
 from harness.wait import PATIENCE
 from PIL import Image
 
@@ -20,8 +20,7 @@ def tell(what, seconds):
 
 
 def test_the_service_runs_as_a_user_of_its_own_with_the_group_of_cameras(service):
-    status = Path(f"/proc/{service.process()}/status").read_text(encoding="ascii")
-    ids = {line.split(":")[0]: line.split()[1:] for line in status.splitlines()}
+    ids = service.status()
     user = pwd.getpwnam("camera-hub")
     assert set(ids["Uid"]) == {str(user.pw_uid)}
     assert set(ids["Gid"]) == {str(user.pw_gid)}
@@ -31,13 +30,11 @@ def test_the_service_runs_as_a_user_of_its_own_with_the_group_of_cameras(service
 
 
 def test_little_of_the_system_is_open_to_it(service):
-    *_, last = run("systemd-analyze", "security", "--no-pager", UNIT).splitlines()
-    print(last)
-    assert float(last.partition(": ")[2].split()[0]) < 2.0
+    assert service.openness() < 2.0
 
 
 def test_nothing_that_systemd_or_the_hub_has_to_complain_of_is_in_the_journal(service):
-    assert run("journalctl", "--quiet", "--priority=warning", f"_PID={service.process()}") == ""
+    assert service.warnings() == ""
 
 
 def test_a_camera_that_is_plugged_in_is_found_takes_stills_and_goes(service, camera):

@@ -2,15 +2,13 @@
 
 import io
 import re
-import socket
 import ssl
 from pathlib import Path
 
 import pytest
-from conftest import PACKAGES, Service, follow, run
+from conftest import PACKAGES, Service, follow, run, wait_for_port
 from harness.guides import guide_commands
 from harness.http import HttpConnection
-from harness.wait import PATIENCE, wait_until
 from PIL import Image
 
 DROP_IN = Path("/etc/systemd/system/camera-hub.service.d")
@@ -147,15 +145,8 @@ def test_nginx_serves_images_after_what_the_guide_says(service, camera, tree, ng
     (found,) = service.wait_for_cameras(1)
     client = service.rpc()
     resid = client.capture_in_time(found["uid"], exposureInUs=1000)["resid"]
-
-    def connect():  # the reload has been asked for, and follows
-        try:
-            return socket.create_connection(("127.0.0.1", 443), PATIENCE)
-        except ConnectionRefusedError:
-            return None
-
     tls = ssl.create_default_context(cafile="/etc/ssl/certs/camera-hub.pem")
-    plain = wait_until(connect, "nginx listens")
+    plain = wait_for_port(443)  # the reload has been asked for, and follows
     connection = HttpConnection(tls.wrap_socket(plain, server_hostname="hub1.example"))
     picture = Image.open(io.BytesIO(connection.get(f"/res/{resid}").body))
     connection.close()

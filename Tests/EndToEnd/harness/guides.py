@@ -6,7 +6,7 @@ import re
 from harness.hub import ROOT
 
 GUIDES = ("README.md", "Docs/quick-start.md", "Docs/service.md", "Docs/fleet.md", "Docs/command-line.md",
-          "Docs/client-libraries.md")
+          "Docs/client-libraries.md", "Docs/web.md")
 
 # What begins a command within a sentence or a table, if something stands behind it.
 PROGRAM = (r"(?:sudo|camera-hub(?:-[a-z]+)?|cmake|curl|journalctl|nginx|python3|scripts/[a-z]+\.sh|systemctl|"

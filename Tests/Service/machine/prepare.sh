@@ -6,7 +6,8 @@ folder=$1
 shift
 
 # systemd and what a machine has besides; what the guides use; what the tests run on.
-packages=systemd-sysv,udev,kmod,dbus,iproute2,adduser,cmake,nginx-light,openssl,python3,python3-pytest,python3-pil
+packages=systemd-sysv,udev,kmod,dbus,iproute2,adduser,cmake,curl,nginx-light,openssl,python3,python3-pytest
+packages+=,python3-pil
 
 in_system() { chroot "$folder/system.new" env DEBIAN_FRONTEND=noninteractive "$@"; }
 
