@@ -54,7 +54,7 @@ def connect(network, process):
 
 
 def test_it_runs_a_hub_until_ctrl_c(start, network, tmp_path):
-    process = start(guide_commands("README.md", "scripts/run.sh")[0])
+    process = start(guide_commands("README.md", "scripts/run.sh")[0])  # without arguments
     client = connect(network, process)
     (camera,) = wait_until(client.discover, "the simulated camera")
     assert camera["uid"] == "simulated-camera"
@@ -89,7 +89,7 @@ def test_with_web_it_runs_hub_and_page_tells_the_address_and_ends_the_page_first
 
 
 def test_the_hub_serves_until_the_page_has_ended(start, network):
-    process = start(guide_commands("Docs/web.md", "scripts/run.sh --web")[0])
+    process = start(guide_commands("README.md", "scripts/run.sh --web")[0])
     wait_until(lambda: process.stdout.readline().startswith("camera-hub-web: "), "the address")
     client = connect(network, process)
     _, page, *_ = children_of(process)
