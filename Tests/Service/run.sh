@@ -12,7 +12,7 @@ machine=$root/Tests/RealDrivers/machine
 work=$root/build/service
 drivers=$root/build/real-drivers
 report=$root/build/test-results/service.xml
-seconds=3600
+seconds=7200
 
 ((EUID == 0)) || { echo "Only root makes a system of its own." >&2; exit 2; }
 install_packages "${machine_packages[@]}" debootstrap
