@@ -1,6 +1,7 @@
 #include "Services/CameraHubWeb/Api/LiveSource.h"
 
 #include "Services/CameraHubWeb/Stills/JpegPicture.h"
+#include "Services/CameraHubWeb/Stills/StillStore.h"
 
 #include <algorithm>
 #include <string>
@@ -16,8 +17,9 @@ using std::chrono::steady_clock;
 constexpr std::chrono::seconds pause(1);
 
 /// With the boundary behind it: browsers show a picture when they have read that.
-SharedBytes part(const TakenStill& still, const std::vector<std::uint8_t>& jpeg) {
-    std::string head = "Content-Type: image/jpeg\r\nContent-Length: " + std::to_string(jpeg.size()) + "\r\n";
+SharedBytes part(const TakenStill& still, const std::string& id, const std::vector<std::uint8_t>& jpeg) {
+    std::string head = "Content-Type: image/jpeg\r\nContent-Length: " + std::to_string(jpeg.size()) +
+                       "\r\nCamera-Hub-Still: " + id + "\r\n";
     if (const auto exposure = still.still.capture.exposure)
         head += "Camera-Hub-Exposure: " + std::to_string(exposure->count()) + "us\r\n";
     head += "\r\n";
@@ -131,9 +133,10 @@ void LiveSource::taken(TakeResult result) {
     if (taken) {
         _tools.metrics.countStill(Metrics::Purpose::Stream, *taken);
         const auto still = std::make_shared<const TakenStill>(std::move(*taken));
+        const std::string id = newStillId();
         for (Group& group : groups)
             _tools.workers.post(
-                [self = shared_from_this(), still, group = std::move(group)] { self->encode(*still, group); });
+                [self = shared_from_this(), still, id, group = std::move(group)] { self->encode(*still, id, group); });
     } else {
         _tools.metrics.countFailure(std::get<TakeFailure>(result).kind);
     }
@@ -156,11 +159,11 @@ std::vector<LiveSource::Group> LiveSource::groupsDue(Time began) {
     return groups;
 }
 
-void LiveSource::encode(const TakenStill& still, const Group& group) {
+void LiveSource::encode(const TakenStill& still, const std::string& id, const Group& group) {
     const auto began = steady_clock::now();
     SharedBytes bytes;
     try {
-        bytes = part(still, encodeJpeg(still.still.png, group.options.width, group.options.quality));
+        bytes = part(still, id, encodeJpeg(still.still.png, group.options.width, group.options.quality));
     } catch (const std::exception&) { // a broken picture, or no memory for it: those who wait get the next one
         for (const Asking& asking : group.asking)
             next(asking.viewer, asking.ready);

@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -69,7 +70,7 @@ private:
     void begin();
     void taken(TakeResult result);
     std::vector<Group> groupsDue(Time began);
-    void encode(const TakenStill& still, const Group& group);
+    void encode(const TakenStill& still, const std::string& id, const Group& group);
 
     const LiveTools _tools;
     const CameraHub::CaptureRequest _capture;

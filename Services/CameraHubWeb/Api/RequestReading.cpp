@@ -69,6 +69,8 @@ Json::Value parseObject(const std::string& body) {
     builder["collectComments"] = false; // it takes the square of their number
     const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     Json::Value value;
+    if (body.find('\0') != std::string::npos) // the reader takes it for the end
+        refuse("The body is a JSON object, such as {\"exposure\": \"20ms\"}.");
     try {
         if (!reader->parse(body.data(), body.data() + body.size(), &value, nullptr) || !value.isObject())
             refuse("The body is a JSON object, such as {\"exposure\": \"20ms\"}.");

@@ -2,6 +2,7 @@
 
 #include "Services/CameraHubWeb/Api/FileAnswer.h"
 #include "Services/CameraHubWeb/Api/Json.h"
+#include "Services/CameraHubWeb/Api/PictureNames.h"
 #include "Services/CameraHubWeb/Api/RequestReading.h"
 #include "Services/CameraHubWeb/Http/Problems.h"
 #include "Services/CameraHubWeb/Stills/JpegPicture.h"
@@ -31,21 +32,6 @@ template <typename Answer> void answer(HttpExchange& exchange, Answer answer) {
 }
 
 unsigned workerCount() { return std::clamp(std::thread::hardware_concurrency(), 2U, 8U); }
-
-/// "0123...ef.png": the id and the ending.
-struct PictureName {
-    std::string_view id;
-    std::string_view ending;
-};
-
-PictureName splitName(std::string_view name) {
-    const auto point = std::min(name.rfind('.'), name.size());
-    return {name.substr(0, point), name.substr(point)};
-}
-
-std::string withEnding(const std::string& fileName, const char* ending) {
-    return fileName.substr(0, fileName.rfind('.')) + ending;
-}
 
 std::string tagOf(const KeptStill& still, const PictureOptions& options) {
     return still.id + "-w" + std::to_string(options.width.value_or(0)) + "-q" + std::to_string(options.quality);
@@ -253,18 +239,24 @@ void WebApi::events(HttpExchange& exchange) {
 }
 
 void WebApi::health(HttpExchange& exchange) const {
-    const HubState state = _hub.state();
-    if (!state.isReachable)
-        return exchange.send(problemResponse(Problems::hubAway(state.detail)));
-    Json::Value json(Json::objectValue);
-    json["hub"] = "reachable";
-    exchange.send(jsonResponse(200, json));
+    answer(exchange, [&] {
+        checkParameters(exchange.request(), {});
+        const HubState state = _hub.state();
+        if (!state.isReachable)
+            throw Refused(Problems::hubAway(state.detail));
+        Json::Value json(Json::objectValue);
+        json["hub"] = "reachable";
+        exchange.send(jsonResponse(200, json));
+    });
 }
 
 void WebApi::metrics(HttpExchange& exchange) const {
-    HttpResponse response = textResponse(200, "text/plain; version=0.0.4; charset=utf-8", _metrics.report(now()));
-    response.headers.emplace_back("Cache-Control", "no-store");
-    exchange.send(std::move(response));
+    answer(exchange, [&] {
+        checkParameters(exchange.request(), {});
+        HttpResponse response = textResponse(200, "text/plain; version=0.0.4; charset=utf-8", _metrics.report(now()));
+        response.headers.emplace_back("Cache-Control", "no-store");
+        exchange.send(std::move(response));
+    });
 }
 
 MetricsNow WebApi::now() const {
