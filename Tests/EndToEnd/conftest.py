@@ -74,14 +74,15 @@ def _web_starter(tmp_path_factory):
         program.stop()
 
 
+# It ends before the hub, with whose network's thread it would go down.
 @pytest.fixture
-def start_web(tmp_path_factory):
+def start_web(tmp_path_factory, start_hub):
     """A function that starts the program for browsers in a network; its arguments are those of Web."""
     yield from _web_starter(tmp_path_factory)
 
 
 @pytest.fixture(scope="module")
-def start_shared_web(tmp_path_factory):
+def start_shared_web(tmp_path_factory, start_shared_hub):
     """The same for a program that the tests of a module share."""
     yield from _web_starter(tmp_path_factory)
 

@@ -10,7 +10,8 @@ from jsonschema import Draft202012Validator
 OBJECTS = {
     "document": "openapi! info! servers! tags! security! paths! components!",
     "info": "title! version! description! license!",
-    "operation": "operationId! tags! summary! description parameters requestBody responses! security x-events",
+    "operation": ("operationId! tags! summary! description parameters requestBody responses! security x-events "
+                  "x-head-refused"),
     "parameter": "name! in! description schema! required example examples allowEmptyValue",
     "header": "description required schema! example",
     "response": "description! headers content",
@@ -148,7 +149,7 @@ def test_every_problem_names_its_kinds_and_its_status():
             assert not validator(value["schema"]).is_valid(example | {"status": 599})
 
 
-@pytest.mark.parametrize("status", ["400", "401", "403", "408", "413", "414", "421", "429", "431", "500"])
+@pytest.mark.parametrize("status", ["400", "401", "403", "408", "413", "414", "421", "429", "431", "500", "503"])
 def test_what_may_happen_to_any_request_is_told_of_all(status):
     for operation in OPERATIONS:
         assert status in operation.value["responses"], operation.identity

@@ -86,7 +86,15 @@ def operation(identity):
 
 
 def methods_of(path):
-    return {each.method for each in OPERATIONS if each.path == path}
+    """Those that are described, and HEAD where GET is and it is not told to be refused."""
+    described = {each.method for each in OPERATIONS if each.path == path}
+    is_head_taken = "GET" in described and not DOCUMENT["paths"][path]["get"].get("x-head-refused")
+    return described | ({"HEAD"} if is_head_taken else set())
+
+
+def is_file(path):
+    """One of the files of the page, or the document: their queries are not looked at."""
+    return path in ("/api/openapi.yaml", "/favicon.ico", "/", "/page/{name}")
 
 
 def typed(schema, text):

@@ -10,7 +10,7 @@ import subprocess
 from pathlib import Path
 from urllib.parse import quote
 
-from harness.hub import EXECUTABLE, PRESET, SANITIZER_REPORT
+from harness.hub import EXECUTABLE, SANITIZER_REPORT
 from harness.wait import PATIENCE, wait_until
 from harness.web_connection import WebConnection
 
@@ -59,26 +59,29 @@ class Web:
     def stderr(self):
         return self.stderr_file.read_text(encoding="utf-8", errors="replace")
 
-    def connect(self, encrypted=True, source="127.0.0.1"):
+    def connect(self, encrypted=True, source="127.0.0.1", target="127.0.0.1"):
         """A connection that ends with the program, if it is not closed before."""
-        plain = self.network.run(socket.create_connection, ("127.0.0.1", self.port), PATIENCE, (source, 0))
+        plain = self.network.run(socket.create_connection, (target, self.port), PATIENCE, (source, 0))
         if self.tls and encrypted:
             plain = self.tls.wrap_socket(plain, server_hostname="localhost")
         self._connections.append(WebConnection(plain))
         return self._connections[-1]
 
     @contextlib.contextmanager
-    def connection(self):
-        connection = self.connect()
+    def connection(self, **keywords):
+        connection = self.connect(**keywords)
         try:
             yield connection
         finally:
-            connection.close()
-            self._connections.remove(connection)
+            self.forget(connection)
 
-    def request(self, method, target, headers=None, body=None):
+    def forget(self, connection):
+        connection.close()
+        self._connections.remove(connection)
+
+    def request(self, method, target, headers=None, body=None, source="127.0.0.1"):
         """Its answer, on a connection of its own."""
-        with self.connection() as connection:
+        with self.connection(source=source) as connection:
             return connection.request(method, target, headers, body)
 
     def get(self, target, headers=None):
@@ -115,6 +118,10 @@ class Web:
         status = Path(f"/proc/{self.process.pid}/status").read_text(encoding="ascii")
         return int(re.search(r"^VmRSS:\s+([0-9]+) kB$", status, re.MULTILINE)[1]) * 1024
 
+    def descriptors(self):
+        """How many it has open."""
+        return len(list(Path(f"/proc/{self.process.pid}/fd").iterdir()))
+
     def end(self, number=signal.SIGTERM):
         """The code that it ends with."""
         self.process.send_signal(number)
@@ -130,5 +137,5 @@ class Web:
             self.process.wait()
             raise
         assert not SANITIZER_REPORT.search(self.stderr()), self.stderr()
-        assert (code, self.stderr()) == (0, ""), PRESET
+        assert (code, self.stderr()) == (0, ""), f"{code}: {self.stderr()}"
         assert LINE.fullmatch(self.stdout_file.read_text(encoding="utf-8"))

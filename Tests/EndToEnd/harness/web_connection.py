@@ -1,7 +1,10 @@
 """A client of the program for browsers that shows every byte, and takes nothing that is not HTTP/1.1 to the letter."""
 
+import contextlib
 import json
 import re
+import select
+import socket
 from dataclasses import dataclass
 
 STATUS_LINE = re.compile(r"HTTP/1\.1 ([1-5][0-9][0-9]) ([ -~]*)")
@@ -90,8 +93,10 @@ class WebConnection:
     def receive(self, method="GET"):
         """One answer that has an end."""
         head = self.receive_head()
-        if head.status == 100:
-            return self.receive(method)
+        return self.receive(method) if head.status == 100 else self.receive_after(head, method)
+
+    def receive_after(self, head, method="GET"):
+        """The answer whose head came before."""
         if method == "HEAD" or head.status in WITHOUT_A_BODY:
             return head
         return Answer(head.status, head.headers, self._receive_body(head))
@@ -121,6 +126,9 @@ class WebConnection:
             data, self._received = self._received, b""
             yield data
 
+    def has_bytes_within(self, seconds):
+        return bool(self._received) or bool(select.select([self.socket], [], [], seconds)[0])
+
     def rest(self):
         """What comes until the connection is closed at the other end."""
         try:
@@ -130,6 +138,11 @@ class WebConnection:
             pass
         data, self._received = self._received, b""
         return data
+
+    def finish(self):
+        """Nothing more will be sent."""
+        with contextlib.suppress(OSError):
+            self.socket.shutdown(socket.SHUT_WR)
 
     def close(self):
         self.socket.close()
