@@ -126,3 +126,20 @@ def test_a_server_that_ends_is_told_and_its_return_too(page, hub, web, start_web
     page.wait_for(lambda page: not page.is_seen("#banner"), "the banner goes")
     page.wait_until_ready().take()
     assert page.js("return window.isTheSamePage")
+
+
+def test_pages_in_many_tabs_leave_connections_for_one_another(page):
+    driver, first = page.driver, page.driver.current_window_handle
+    try:
+        for _ in range(8):  # a browser has six for a server
+            driver.switch_to.new_window("tab")
+            driver.get(page.address)
+            page.wait_until_ready()
+        page.take()
+    finally:
+        for tab in driver.window_handles:
+            if tab != first:
+                driver.switch_to.window(tab)
+                driver.close()
+        driver.switch_to.window(first)
+    page.take()

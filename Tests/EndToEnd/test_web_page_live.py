@@ -112,8 +112,8 @@ def test_its_rate_can_be_chosen(page, hub, rate):
 
 def test_it_follows_the_exposure_and_the_rate(page, hub):
     start(page)
-    page.set_value("#stop", 3)
-    page.wait_for(lambda page: "exposure=976us" in address(page) and is_live(page), "the new exposure")
+    page.set_value("#stop", 5)
+    page.wait_for(lambda page: "exposure=3906us" in address(page) and is_live(page), "the new exposure")
     page.set_value("#fps", "5")
     page.wait_for(lambda page: "fps=5&" in address(page) and is_live(page), "the new rate")
     page.click("#as-percent")

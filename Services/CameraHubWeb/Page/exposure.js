@@ -9,6 +9,11 @@ function nearestStop(stops, us) {
   return stops.reduce((best, stop, index) => (distance(stop) < distance(stops[best]) ? index : best), 0);
 }
 
+/** Stops are no whole microseconds: the server rounds them, and the hub may cut them off. */
+function isAsAsked({ asked, exposureUs }) {
+  return Math.abs(exposureUs - asked.exposureUs) <= 1;
+}
+
 /** The exposure and the settle time to take stills with. Each camera keeps its own exposure. */
 export class Exposure extends EventTarget {
   #store;
@@ -111,7 +116,7 @@ export class Exposure extends EventTarget {
     const force = byId('in-force');
     if (!still) force.textContent = 'none yet';
     else if (still.exposureText === null) force.textContent = `in force is not known, ${askedText(still, camera)} asked`;
-    else if (still.exposureUs === still.asked.exposureUs) force.textContent = `${still.exposureText}, as asked`;
+    else if (isAsAsked(still)) force.textContent = `${still.exposureText}, as asked`;
     else force.textContent = `${still.exposureText} in force, ${askedText(still, camera)} asked`;
   }
 }
