@@ -24,10 +24,6 @@ build_packages=(
 # own, the sources of locales, systemd to judge the units, which need not run, nginx to stand in front with a certificate
 # of openssl's making, Avahi and its message bus to find hubs by, zsh for its completion, a browser with its driver to
 # look at the page with.
-# as arrays, YAML and JSON schemas for the document of the HTTP interface, umockdev for a /sys of their own, the sources
-# of locales, systemd to judge the unit, which need not run, nginx to stand in front of the hub with a certificate of
-# openssl's making, Avahi and its message bus to find hubs by, zsh for its completion, a browser with its driver to look
-# at the page with, curl for the command that the page gives.
 test_packages=(
   python3-pytest python3-pytest-xdist python3-pil python3-numpy python3-yaml python3-jsonschema
   umockdev libumockdev-dev locales systemd nginx-light openssl avahi-daemon dbus zsh
