@@ -5,7 +5,9 @@
 #include <arpa/inet.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <iostream>
 #include <sstream>
@@ -52,6 +54,14 @@ void readListen(const std::string& text, Arguments& arguments) {
     arguments.address = address;
 }
 
+/// What is wrong with it; empty if nothing is.
+std::string checkHost(const std::string& text) {
+    const auto mayStand = [](unsigned char c) {
+        return (c < 0x80 && std::isalnum(c)) || std::string_view(".-_:%").find(char(c)) != std::string_view::npos;
+    };
+    return !text.empty() && std::ranges::all_of(text, mayStand) ? "" : "\"" + text + "\" is no name of a host";
+}
+
 void addDuration(CLI::App& app, const std::string& name, const char* help, std::chrono::milliseconds& duration) {
     const auto read = [name, &duration](const CLI::results_t& texts) {
         const auto parsed = CommandLine::parseDuration(texts.back());
@@ -69,7 +79,9 @@ void addOptions(CLI::App& app, Arguments& arguments, TlsFiles& tls) {
         return true;
     };
     app.add_option("--listen", CLI::callback_t(listen), listenHelp)->option_text("WHERE");
-    app.add_option("--hub", arguments.hub.host, "The machine of the hub (default: localhost)")->option_text("HOST");
+    app.add_option("--hub", arguments.hub.host, "The machine of the hub (default: localhost)")
+        ->option_text("HOST")
+        ->check(checkHost);
     app.add_option("--hub-port", arguments.hub.messagePort, "The hub's port for messages (default: 3141)")
         ->option_text("PORT")
         ->check(CLI::Range(1, 65535));
@@ -83,7 +95,11 @@ void addOptions(CLI::App& app, Arguments& arguments, TlsFiles& tls) {
     key->needs(certificate);
     app.add_option("--token-file", arguments.tokenFile, tokenHelp)->option_text("FILE");
     app.add_flag("--no-token", arguments.isOpen, noTokenHelp);
-    app.add_option("--allow-host", arguments.names, nameHelp)->option_text("NAME")->expected(1)->take_all();
+    app.add_option("--allow-host", arguments.names, nameHelp)
+        ->option_text("NAME")
+        ->expected(1)
+        ->take_all()
+        ->check(checkHost);
     app.add_option("--keep", arguments.keptStills, keepHelp)->option_text("N")->check(CLI::Range(1, 10000));
     app.add_option("--keep-memory", arguments.keptMemory, memoryHelp)->option_text("MIB")->check(CLI::Range(1, 65536));
     addDuration(app, "--idle", idleHelp, arguments.idleTime);

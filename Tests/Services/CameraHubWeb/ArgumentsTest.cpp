@@ -80,6 +80,14 @@ TEST(ArgumentsTest, NamesAreGivenOneByOne) {
                 ElementsAre("lab.example", "cameras"));
 }
 
+TEST(ArgumentsTest, WhatIsNoNameOfAHostIsRefused) {
+    for (const char* const name : {"", "a b", "http://lab", "ger\xc3\xa4t", "lab\t"}) {
+        EXPECT_THAT(refusal({"--hub", name}), HasSubstr("is no name of a host")) << name;
+        EXPECT_THAT(refusal({"--allow-host", name}), HasSubstr("is no name of a host")) << name;
+    }
+    EXPECT_EQ(parse({"--hub", "fe80::1%eth0"})->hub.host, "fe80::1%eth0");
+}
+
 TEST(ArgumentsTest, AValueOutsideOfItsRangeIsRefused) {
     for (const char* const option : {"--keep", "--keep-memory", "--max-connections", "--hub-port", "--hub-image-port"})
         for (const char* const value : {"0", "-1", "x", "", "100001"})

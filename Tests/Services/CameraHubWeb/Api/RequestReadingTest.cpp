@@ -113,6 +113,12 @@ TEST(RequestReadingTest, ABodyThatIsNoObjectIsRefused) {
             << body.substr(0, 40);
 }
 
+TEST(RequestReadingTest, ABodyThatGoesOnBehindANulIsRefused) {
+    for (const std::string& end : {std::string(1, '\0'), std::string("\0{}", 3)})
+        EXPECT_THAT(refusal([&] { readStillOrder(post(R"({"exposure": "20ms"})" + end), "desk"); }),
+                    StartsWith("invalid-request: The body is a JSON object"));
+}
+
 TEST(RequestReadingTest, AMemberOfAnotherTypeIsRefusedByItsName) {
     for (const char* const value : {"20", "null", "true", "[\"20ms\"]", "{}"}) {
         EXPECT_EQ(refusal([&] { readStillOrder(post(std::string(R"({"exposure": )") + value + "}"), "desk"); }),
