@@ -93,6 +93,11 @@ def test_a_still_that_anybody_takes_is_told_to_all_as_it_was_to_who_took_it(hub,
         assert one.wait_for("still") == other.wait_for("still") == web.get("/api/stills").json()["stills"][0]
 
 
+def test_a_sign_of_life_comes_while_nothing_happens(hub, start_web):
+    with closing(Events(start_web(hub.network).wait_for_cameras("cam"))) as events:
+        events.through(b"\n: alive\n\n")
+
+
 def test_stills_of_streams_are_not_told(hub, start_web):
     web = start_web(hub.network)
     with closing(Events(web)) as events:

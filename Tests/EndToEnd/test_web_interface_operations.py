@@ -1,5 +1,7 @@
 """The document of the HTTP interface held against the program: all of it is there, and nothing else."""
 
+import re
+
 import pytest
 from harness.openapi import (DOCUMENT, FILE, OPERATIONS, check_answer, check_response, is_file, methods_of,
                              resolved)
@@ -131,6 +133,17 @@ def test_a_parameter_that_is_not_described_is_refused_but_of_files(web, targets,
         if method != "HEAD":
             check_response(resolved(DOCUMENT["components"]["responses"]["InvalidRequest"]), answer)
             assert "unheard-of" in answer.json()["detail"]
+
+
+def test_the_files_of_the_page_are_not_sent_again_to_who_has_them(web):
+    names = re.findall('(?:href|src)="(/page/[^"]+)"', web.get("/").body.decode())
+    assert len(names) >= 3
+    for identity, target in [("getPage", "/"), ("getIcon", "/favicon.ico"), ("getDocument", "/api/openapi.yaml"),
+                             *(("getPageFile", name) for name in names)]:
+        tag = check_answer(identity, web.get(target)).header("ETag")
+        again = check_answer(identity, web.get(target, {"If-None-Match": tag}))
+        assert (again.status, again.header("ETag")) == (304, tag)
+        assert web.get(target, {"If-None-Match": '"other"'}).status == 200
 
 
 def test_the_document_is_given_as_it_was_written(web):

@@ -2,6 +2,7 @@
 
 import io
 import re
+from datetime import datetime, timezone
 
 import pytest
 from harness.openapi import check_answer
@@ -19,6 +20,11 @@ def hub(start_shared_hub):
 @pytest.fixture(scope="module")
 def web(hub, start_shared_web):
     return start_shared_web(hub.network)
+
+
+def now():
+    """As the times of stills are written: they sort."""
+    return datetime.now(timezone.utc).isoformat(timespec="milliseconds").replace("+00:00", "Z")
 
 
 def take(web, body, uid="cam"):
@@ -45,7 +51,9 @@ def test_the_exposure_is_the_nearest_that_the_camera_has(web, body, asked, expos
 
 
 def test_what_is_told_of_a_still_is_so(web):
+    before = now()
     still = take(web, {"exposure": "20ms"}).json()
+    assert before <= still["takenAt"] <= now()
     assert re.fullmatch("[0-9a-f]{32}", still["id"])
     assert (still["uid"], still["camera"], still["width"], still["height"]) == ("cam", "cam", 64, 48)
     assert (still["png"], still["jpeg"]) == (f"/api/stills/{still['id']}.png", f"/api/stills/{still['id']}.jpg")
