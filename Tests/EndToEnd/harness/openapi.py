@@ -5,6 +5,7 @@ from dataclasses import dataclass
 
 import yaml
 from harness.hub import ROOT
+from harness.web_connection import JSON
 from jsonschema import Draft202012Validator, RefResolver
 
 FILE = ROOT / "Services/CameraHubWeb/openapi.yaml"
@@ -126,7 +127,7 @@ def check_response(response, answer, has_body=True):
         assert answer.body == b""
     elif has_body:
         assert answer.media_type in content, answer.headers
-        if answer.media_type.endswith("json"):
+        if answer.media_type in JSON:
             check(content[answer.media_type].get("schema", {}), answer.json())
 
 

@@ -10,6 +10,7 @@ from dataclasses import dataclass
 STATUS_LINE = re.compile(r"HTTP/1\.1 ([1-5][0-9][0-9]) ([ -~]*)")
 HEADER = re.compile(r"([!#$%&'*+.^_`|~0-9A-Za-z-]+): ?([\t -~]*)")
 WITHOUT_A_BODY = (204, 304)
+JSON = ("application/json", "application/problem+json")
 
 
 @dataclass(frozen=True)
@@ -29,7 +30,7 @@ class Answer:
         return (self.header("Content-Type") or "").partition(";")[0]
 
     def json(self):
-        assert self.media_type in ("application/json", "application/problem+json"), self
+        assert self.media_type in JSON, self
         return json.loads(self.body.decode("utf-8", "strict"))
 
     @property
