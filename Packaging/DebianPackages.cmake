@@ -84,7 +84,7 @@ set(CPACK_DEBIAN_HUB_PACKAGE_RECOMMENDS udev)
 set(CPACK_DEBIAN_HUB_PACKAGE_SUGGESTS "avahi-daemon, camera-hub-client, camera-hub-web")
 debian_service(hub camera-hub)
 
-debian_package(web camera-hub-web SECTION video DESCRIPTION "cameras of the Camera Hub for browsers and HTTP
+debian_package(web camera-hub-web SECTION video DEPENDS client-lib DESCRIPTION "cameras of the Camera Hub for browsers and HTTP
 The Camera Hub makes the colour cameras of a computer available to other
 programs. This is one of them: a page to look through the cameras and to
 take stills, and the same for all that speaks HTTP: pictures and streams at
