@@ -4,7 +4,7 @@ import shlex
 from pathlib import Path
 
 import pytest
-from conftest import PACKAGES, Service, follow
+from conftest import PACKAGES, Service, follow, run
 from harness.guides import guide_commands
 from PIL import Image
 
@@ -31,9 +31,10 @@ def test_the_quick_start_leads_to_pictures(nothing_installed, folder):
 
 
 def test_the_readme_leads_to_a_picture(nothing_installed, folder):
-    SETTINGS.write_text("CAMERA_HUB_PLATFORM=simulated\n", encoding="ascii")  # in the place of a camera
     (installing,) = guide_commands("README.md", "sudo apt-get install")
     follow(installing, folder)
+    SETTINGS.write_text("CAMERA_HUB_PLATFORM=simulated\n", encoding="ascii")  # in the place of a camera
+    run("systemctl", "restart", "camera-hub")
     Service().wait_until_ready().wait_for_cameras(1)
     (taking,) = guide_commands("README.md", "camera-hub capture")
     follow(taking, folder)
