@@ -16,7 +16,6 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 install_packages "${build_packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${bench_tools[@]}"
 build release LarkspurWindowsCameraHub
-build release CameraHubWeb
 build release AllBenchmarks
 
 exec "$python" "$root/Benchmarks/bench.py" "$@"

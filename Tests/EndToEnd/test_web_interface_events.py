@@ -127,10 +127,11 @@ def test_the_queue_has_the_one_at_work_first_and_the_places_of_the_others(slow_h
     web = start_web(slow_hub.network)
     assert check_answer("showQueue", web.get("/api/queue")).json() == {"queue": []}
     with asking(web, *(("127.0.0.1", ticket) for ticket in ("a", "b", "c"))) as connections:
-        queue = wait_for_queue(web, lambda queue: len(queue) == 3, "all are in the queue")
+        queue = wait_for_queue(web, lambda queue: len(queue) == 3 and queue[0]["state"] == "opening",
+                               "all are in the queue, and the first has begun")
         assert [(entry["ticket"], entry["place"], entry["uid"]) for entry in queue] == [
             ("a", 0, "cam"), ("b", 1, "cam"), ("c", 2, "cam")]
-        assert queue[0]["state"] == "opening" and {entry["state"] for entry in queue[1:]} == {"waiting"}
+        assert {entry["state"] for entry in queue[1:]} == {"waiting"}
         assert queue[0]["forMs"] >= queue[1]["forMs"] >= queue[2]["forMs"]
         for connection in connections:
             assert check_answer("takeStill", connection.receive()).status == 201

@@ -33,6 +33,8 @@ def show_start(page):
 
 
 def show_waiting(page):
+    page.set_value("#stop", 9)
+    page.take()  # only a change of the exposure takes the time to settle
     page.set_value("#settle", 5000)
     page.set_value("#stop", 3)
     page.click("#take")

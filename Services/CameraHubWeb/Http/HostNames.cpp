@@ -71,7 +71,9 @@ bool isOriginOfHost(std::string_view origin, std::string_view host) {
     if (end == std::string_view::npos)
         return false;
     const std::string_view scheme = origin.substr(0, end);
-    const std::string_view usualPort = scheme == "https" ? ":443" : scheme == "http" ? ":80" : "";
+    if (scheme != "https" && scheme != "http")
+        return false;
+    const std::string_view usualPort = scheme == "https" ? ":443" : ":80";
     return withoutSuffix(inSmallLetters(origin.substr(end + 3)), usualPort) ==
            withoutSuffix(inSmallLetters(host), usualPort);
 }

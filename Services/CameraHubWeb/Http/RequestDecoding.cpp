@@ -1,30 +1,13 @@
 #include "Services/CameraHubWeb/Http/RequestDecoding.h"
 
+#include <utf8.h>
+
 #include <algorithm>
 #include <charconv>
-#include <cstdint>
 #include <stdexcept>
 
 namespace CameraHubWeb {
 namespace {
-
-/// How many bytes follow this first one; -1 where none is first.
-int followers(std::uint8_t first) {
-    if (first < 0x80)
-        return 0;
-    if (first >= 0xc2 && first <= 0xdf)
-        return 1;
-    if (first >= 0xe0 && first <= 0xef)
-        return 2;
-    return first >= 0xf0 && first <= 0xf4 ? 3 : -1;
-}
-
-/// Whether a second byte is one that makes the shortest form of a character that there is.
-bool maySecondFollow(std::uint8_t first, std::uint8_t second) {
-    const std::uint8_t least = first == 0xe0 ? 0xa0 : first == 0xf0 ? 0x90 : 0x80;
-    const std::uint8_t most = first == 0xed ? 0x9f : first == 0xf4 ? 0x8f : 0xbf;
-    return second >= least && second <= most;
-}
 
 char decodedByte(std::string_view digits) {
     unsigned value = 0;
@@ -70,22 +53,7 @@ template <typename Use> void split(std::string_view text, char separator, const 
 
 } // namespace
 
-bool isUtf8(std::string_view text) {
-    std::size_t i = 0;
-    while (i < text.size()) {
-        const auto first = static_cast<std::uint8_t>(text[i]);
-        const int count = followers(first);
-        if (count < 0 || text.size() - i <= static_cast<std::size_t>(count))
-            return false;
-        if (count > 0 && !maySecondFollow(first, static_cast<std::uint8_t>(text[i + 1])))
-            return false;
-        for (int k = 2; k <= count; ++k)
-            if ((static_cast<std::uint8_t>(text[i + static_cast<std::size_t>(k)]) & 0xc0U) != 0x80U)
-                return false;
-        i += 1 + static_cast<std::size_t>(count);
-    }
-    return true;
-}
+bool isUtf8(std::string_view text) { return utf8::is_valid(text.begin(), text.end()); }
 
 std::map<std::string, std::string, std::less<>> decodeForm(std::string_view text) {
     std::map<std::string, std::string, std::less<>> form;

@@ -123,6 +123,7 @@ TEST_F(DoorTest, APostOfAnotherOriginIsForbidden) {
     EXPECT_EQ(post("http://evil.example", "localhost:8080"), 403);
     EXPECT_EQ(post("https://desk:80", "desk"), 403);
     EXPECT_EQ(post("null", "localhost:8080"), 403);
+    EXPECT_EQ(post("ftp://localhost:8080", "localhost:8080"), 403);
     EXPECT_EQ(statusOf({{"origin", "http://evil.example"}}, "DELETE"), 403);
     EXPECT_EQ(statusOf({{"origin", "http://evil.example"}}, "GET"), 200);
 }
