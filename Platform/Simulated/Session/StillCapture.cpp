@@ -59,7 +59,7 @@ private:
 
     const std::shared_ptr<CaptureCore> _core;
     const JournalCall _call;
-    const RandomAccessStream _stream;
+    RandomAccessStream _stream; // until the picture is in it
     const std::shared_ptr<SimulatedCamera> _camera;
     const std::shared_ptr<const CameraDefinition> _definition;
     const std::uint64_t _timesUnplugged;
@@ -95,8 +95,10 @@ void Still::writePicture() {
         throw Shared::closedError(Simulated::operation, Halden::toUtf8(_camera->deviceId()));
     if (_error)
         throw winrt::hresult_error(*_error);
+    // Let go of before the call ends: who waits for that takes the next still at once, and has its memory.
+    const RandomAccessStream stream = std::move(_stream);
     try {
-        _stream->WriteOwned(std::move(_png));
+        stream->WriteOwned(std::move(_png));
     } catch (const std::bad_alloc&) {
         throw noMemory();
     }

@@ -68,17 +68,19 @@ std::optional<std::vector<std::uint8_t>> fileOf(const StillFrame& frame,
     }
 }
 
-/// Ends stills of one frame, one at least, with the same file for all; false if it is damaged.
-bool endStills(const std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path,
+/// Ends stills of one frame, one at least, with the same file for all; false if it is damaged. A request lets go of its
+/// stream before it ends: who waits for that takes the next still at once, and has its memory.
+bool endStills(std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path,
                const std::shared_ptr<Shared::WorkerPool>& pool) {
     try {
         auto file = fileOf(frame, pool);
         if (!file)
             return false;
         const std::span all(requests);
-        for (const StillRequest& request : all.first(all.size() - 1))
-            request.operation.endWith([&] { request.stream->Write(*file); });
-        all.back().operation.endWith([&] { all.back().stream->WriteOwned(std::move(*file)); });
+        for (StillRequest& request : all.first(all.size() - 1))
+            request.operation.endWith([&] { std::exchange(request.stream, nullptr)->Write(*file); });
+        StillRequest& last = all.back();
+        last.operation.endWith([&] { std::exchange(last.stream, nullptr)->WriteOwned(std::move(*file)); });
     } catch (const std::bad_alloc&) {
         for (const StillRequest& request : requests)
             request.operation.fail(deviceError("still", path, ENOMEM));
@@ -93,7 +95,7 @@ CameraSession::Surroundings CameraWorker::State::surroundings() {
     return {calls, limits,
             [this](std::vector<StillRequest> requests, StillFrame frame) {
                 pool->postWhenFree([state = shared_from_this(), requests = std::move(requests),
-                                    frame = std::move(frame)] { makeStill(state, requests, frame); });
+                                    frame = std::move(frame)]() mutable { makeStill(state, requests, frame); });
             },
             [this](const StillRequest& request, const winrt::hresult_error& error) {
                 pool->postWhenFree([owner = pool, request, error] { request.operation.fail(error); });
@@ -101,7 +103,7 @@ CameraSession::Surroundings CameraWorker::State::surroundings() {
 }
 
 /// Runs on the pool: neither decoding nor encoding holds the stream up.
-void CameraWorker::makeStill(const std::shared_ptr<State>& state, const std::vector<StillRequest>& requests,
+void CameraWorker::makeStill(const std::shared_ptr<State>& state, std::vector<StillRequest>& requests,
                              const StillFrame& frame) {
     const bool done = endStills(requests, frame, state->source.node.devicePath, state->pool);
     for (const StillRequest& request : requests)

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <future>
+#include <memory>
 #include <utility>
 
 using namespace Platform;
@@ -55,6 +57,17 @@ TEST_P(PlatformContract, AStillHasTheSizeOfTheFormatInForce) {
         blockingWait(takeStill(capture, stream));
         EXPECT_EQ(pngSize(stream), std::pair(format.Width, format.Height));
     }
+}
+
+TEST_P(PlatformContract, AStillThatHasEndedHoldsItsStreamNoLonger) {
+    const MediaCapture capture = open();
+    const auto stream = newStream();
+    const auto holders = std::make_shared<std::promise<long>>();
+    takeStill(capture, stream).Completed([holders, &stream](const auto&, AsyncStatus) {
+        holders->set_value(stream.use_count());
+    });
+    EXPECT_EQ(holders->get_future().get(), 1);
+    EXPECT_TRUE(isPng(stream));
 }
 
 TEST_P(PlatformContract, AStillIsWrittenAtThePositionOfTheStream) {
