@@ -2,10 +2,7 @@
 
 #include "Tools/Text/CameraChoice.h"
 #include "Tools/Text/TerminalText.h"
-
-#include <array>
-#include <cstdio>
-#include <ctime>
+#include "Tools/Text/TimeText.h"
 
 namespace CommandLine {
 namespace {
@@ -33,16 +30,7 @@ std::string plainName(const std::string& name) {
 } // namespace
 
 std::string stillFileName(const CameraHub::Camera& camera, std::chrono::system_clock::time_point time) {
-    const auto whole = std::chrono::floor<std::chrono::milliseconds>(time);
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(whole);
-    const std::time_t clock = std::chrono::system_clock::to_time_t(seconds);
-    std::tm utc{};
-    gmtime_r(&clock, &utc);
-    std::array<char, 32> date{};
-    std::strftime(date.data(), date.size(), "%Y-%m-%dT%H-%M-%S", &utc);
-    std::array<char, 8> fraction{};
-    (void)std::snprintf(fraction.data(), fraction.size(), ".%03dZ", static_cast<int>((whole - seconds).count()));
-    return plainName(cameraName(camera)) + "_" + date.data() + fraction.data();
+    return plainName(cameraName(camera)) + "_" + utcText(time, "%Y-%m-%dT%H-%M-%S");
 }
 
 } // namespace CommandLine

@@ -3,13 +3,11 @@
 #include "Tools/Text/CameraChoice.h"
 #include "Tools/Text/ExposureText.h"
 #include "Tools/Text/TerminalText.h"
+#include "Tools/Text/TimeText.h"
 
 #include <json/writer.h>
 
-#include <array>
 #include <cmath>
-#include <cstdio>
-#include <ctime>
 
 namespace CameraHubWeb {
 namespace {
@@ -100,7 +98,7 @@ Json::Value stillAsJson(const KeptStill& still) {
     json["id"] = still.id;
     json["uid"] = still.uid;
     json["camera"] = forPeople(still.camera);
-    json["takenAt"] = timeText(still.takenAt);
+    json["takenAt"] = CommandLine::utcText(still.takenAt, "%Y-%m-%dT%H:%M:%S");
     json["width"] = still.width;
     json["height"] = still.height;
     json["bytes"] = static_cast<Json::UInt64>(still.png->size());
@@ -132,19 +130,6 @@ Json::Value queueAsJson(const std::vector<QueueEntry>& queue) {
         json.append(item);
     }
     return json;
-}
-
-std::string timeText(std::chrono::system_clock::time_point time) {
-    const auto whole = std::chrono::floor<std::chrono::milliseconds>(time);
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(whole);
-    const std::time_t clock = std::chrono::system_clock::to_time_t(seconds);
-    std::tm utc{};
-    gmtime_r(&clock, &utc);
-    std::array<char, 32> date{};
-    std::strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &utc);
-    std::array<char, 8> fraction{};
-    (void)std::snprintf(fraction.data(), fraction.size(), ".%03dZ", static_cast<int>((whole - seconds).count()));
-    return std::string(date.data()) + fraction.data();
 }
 
 std::string jsonText(const Json::Value& value) {

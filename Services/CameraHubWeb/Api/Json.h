@@ -23,9 +23,6 @@ Json::Value queueAsJson(const std::vector<QueueEntry>& queue);
 /// exposure is fixed.
 std::vector<std::chrono::microseconds> wholeStops(const CameraHub::Camera& camera);
 
-/// RFC 3339, in UTC and to the millisecond: "2026-11-22T12:53:22.123Z".
-std::string timeText(std::chrono::system_clock::time_point time);
-
 /// On one line, in well-formed UTF-8: what is not becomes U+FFFD.
 std::string jsonText(const Json::Value& value);
 

@@ -122,12 +122,17 @@ void WebApi::addStateRoutes(Router& router) {
     router.add("GET", {"healthz"}, [this](const Exchange& exchange, const auto&) { health(*exchange); });
 }
 
+HubState WebApi::stateOfHub() const {
+    HubState state = _hub.state();
+    if (!state.isReachable)
+        throw Refused(Problems::hubAway(state.detail));
+    return state;
+}
+
 void WebApi::cameras(HttpExchange& exchange) const {
     answer(exchange, [&] {
         checkParameters(exchange.request(), {});
-        const HubState state = _hub.state();
-        if (!state.isReachable)
-            throw Refused(Problems::hubAway(state.detail));
+        const HubState state = stateOfHub();
         Json::Value json(Json::objectValue);
         json["hub"]["host"] = _settings.hub.address.host;
         json["hub"]["version"] = state.version;
@@ -180,9 +185,7 @@ void WebApi::stream(HttpExchange& exchange, const std::string& uid) {
         const auto capture = readCaptureQuery(request, uid);
         const PictureOptions options = readPictureQuery(request);
         const double framesPerSecond = readFramesPerSecond(request);
-        const HubState state = _hub.state();
-        if (!state.isReachable)
-            throw Refused(Problems::hubAway(state.detail));
+        const HubState state = stateOfHub();
         if (std::ranges::find(state.cameras, uid, &CameraHub::Camera::uid) == state.cameras.end())
             throw Refused(Problems::noSuchCamera());
         HttpResponse head;
@@ -241,9 +244,7 @@ void WebApi::events(HttpExchange& exchange) {
 void WebApi::health(HttpExchange& exchange) const {
     answer(exchange, [&] {
         checkParameters(exchange.request(), {});
-        const HubState state = _hub.state();
-        if (!state.isReachable)
-            throw Refused(Problems::hubAway(state.detail));
+        stateOfHub();
         Json::Value json(Json::objectValue);
         json["hub"] = "reachable";
         exchange.send(jsonResponse(200, json));

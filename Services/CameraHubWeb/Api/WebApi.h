@@ -39,6 +39,9 @@ private:
     void addStillRoutes(Router& router);
     void addStateRoutes(Router& router);
 
+    /// Throws Refused where the hub does not answer.
+    HubState stateOfHub() const;
+
     void cameras(HttpExchange& exchange) const;
     void takeStill(const std::shared_ptr<HttpExchange>& exchange, const std::string& uid);
     void stillByUrl(const std::shared_ptr<HttpExchange>& exchange, const std::string& uid, bool isJpeg);

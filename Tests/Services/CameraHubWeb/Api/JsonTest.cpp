@@ -61,11 +61,6 @@ TEST(JsonTest, AnExposureThatIsNotKnownIsNull) {
     EXPECT_EQ(jsonText(stillAsJson(still)["asked"]), R"({"percent":40})");
 }
 
-TEST(JsonTest, TimesAreInUtcToTheMillisecond) {
-    EXPECT_EQ(timeText(std::chrono::system_clock::time_point(std::chrono::milliseconds(1'795'265'602'123))),
-              "2026-11-21T12:53:22.123Z");
-}
-
 TEST(JsonTest, AnEntryOfTheQueueTellsWhatIsBeingDone) {
     const auto now = std::chrono::steady_clock::now();
     const Json::Value queue =
