@@ -13,6 +13,7 @@
 #include "Services/CameraHubWeb/PageRoutes.h"
 #include "Services/CameraHubWeb/TokenFile.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -25,6 +26,9 @@ namespace CameraHubWeb {
 namespace {
 
 enum ExitCode { Done = 0, NotStarted = 1, Usage = 2 };
+
+/// It answers at once where it is there, and is not busy with a still.
+constexpr std::chrono::seconds forTheHubAtTheStart(2);
 
 constexpr std::size_t bytesOfMebibyte = std::size_t(1024) * 1024;
 
@@ -84,6 +88,7 @@ void serve(const Arguments& arguments, const sigset_t& endSignals) {
     addPageRoutes(router);
     api.addRoutes(router);
     Door door(std::move(access), [&router](std::shared_ptr<HttpExchange> exchange) { router.handle(exchange); });
+    api.waitForHub(forTheHubAtTheStart);
     const HttpServer server(serverSettings(arguments),
                             [&door](std::shared_ptr<HttpExchange> exchange) { door.handle(exchange); });
     (void)std::printf("camera-hub-web: %s\n", addressText(arguments, server.port()).c_str());

@@ -13,4 +13,8 @@ std::string withEnding(const std::string& fileName, const char* ending) {
     return fileName.substr(0, fileName.rfind('.')) + ending;
 }
 
+std::string tagOf(const KeptStill& still, const PictureOptions& options) {
+    return still.id + "-w" + std::to_string(options.width.value_or(0)) + "-q" + std::to_string(options.quality);
+}
+
 } // namespace CameraHubWeb

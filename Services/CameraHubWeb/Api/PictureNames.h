@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Services/CameraHubWeb/Api/RequestReading.h"
+#include "Services/CameraHubWeb/Stills/StillStore.h"
+
 #include <string>
 #include <string_view>
 
@@ -17,5 +20,8 @@ PictureName splitName(std::string_view name);
 
 /// The name with another ending, which has its point.
 std::string withEnding(const std::string& fileName, const char* ending);
+
+/// What tells a still's JPEG file of these options from all others: its entity tag.
+std::string tagOf(const KeptStill& still, const PictureOptions& options);
 
 } // namespace CameraHubWeb

@@ -31,12 +31,6 @@ template <typename Answer> void answer(HttpExchange& exchange, Answer answer) {
     }
 }
 
-unsigned workerCount() { return std::clamp(std::thread::hardware_concurrency(), 2U, 8U); }
-
-std::string tagOf(const KeptStill& still, const PictureOptions& options) {
-    return still.id + "-w" + std::to_string(options.width.value_or(0)) + "-q" + std::to_string(options.quality);
-}
-
 SharedBytes jpegOf(const KeptStill& still, const PictureOptions& options, Metrics& metrics) {
     const auto began = std::chrono::steady_clock::now();
     auto bytes =
@@ -65,8 +59,9 @@ HttpResponse freshPicture(const StillDesk::Taken& taken, SharedBytes bytes, bool
 } // namespace
 
 WebApi::WebApi(Settings settings)
-    : _settings(std::move(settings)), _stills(_settings.keptStills, _settings.keptBytes), _workers(workerCount()),
-      _desk(_hub, _stills, _feed, _metrics), _streams(_hub, _schedule, _workers, _metrics),
+    : _settings(std::move(settings)), _stills(_settings.keptStills, _settings.keptBytes),
+      _workers(std::clamp(std::thread::hardware_concurrency(), 2U, 8U)), _desk(_hub, _stills, _feed, _metrics),
+      _streams(_hub, _schedule, _workers, _metrics),
       _hub(_settings.hub, {[this](const HubState& state) { hubChanged(state); },
                            [this](const std::vector<QueueEntry>& queue) {
                                Json::Value json(Json::objectValue);
@@ -80,6 +75,11 @@ void WebApi::addRoutes(Router& router) {
     addCameraRoutes(router);
     addStillRoutes(router);
     addStateRoutes(router);
+}
+
+void WebApi::waitForHub(std::chrono::milliseconds most) {
+    std::unique_lock lock(_mutex);
+    _hubAnswers.wait_for(lock, most, [this] { return _hasHubAnswered; });
 }
 
 void WebApi::addCameraRoutes(Router& router) {
@@ -282,6 +282,11 @@ void WebApi::hubChanged(const HubState& state) {
     Json::Value cameras(Json::objectValue);
     cameras["cameras"] = camerasAsJson(state.cameras);
     _feed.set(EventFeed::Subject::Cameras, jsonText(cameras));
+    if (state.isReachable) {
+        const std::lock_guard lock(_mutex);
+        _hasHubAnswered = true;
+        _hubAnswers.notify_all();
+    }
 }
 
 void WebApi::aliveEverySoOften() {

@@ -11,8 +11,11 @@
 #include "Services/CameraHubWeb/Hub/HubAccess.h"
 #include "Services/CameraHubWeb/Stills/StillStore.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace CameraHubWeb {
@@ -33,6 +36,9 @@ public:
     WebApi& operator=(const WebApi&) = delete;
 
     void addRoutes(Router& router);
+
+    /// Waits for the hub's first answer, for at most that long: else who comes at the start is told that it is away.
+    void waitForHub(std::chrono::milliseconds most);
 
 private:
     void addCameraRoutes(Router& router);
@@ -57,6 +63,9 @@ private:
     MetricsNow now() const;
 
     const Settings _settings;
+    std::mutex _mutex;
+    std::condition_variable _hubAnswers;
+    bool _hasHubAnswered = false;
     Metrics _metrics;
     EventFeed _feed;
     StillStore _stills;
