@@ -102,7 +102,7 @@ def row(figure: Figure) -> tuple[str, ...]:
     own = with_unit(statistics.median(each.figure for each in figure.rounds))
     references = [each.reference for each in figure.rounds if each.reference is not None]
     if references:
-        ratio = ("+" if figure.compare is operator.sub else "") + short(middle)
+        ratio = ("+" if figure.compare is operator.sub and middle >= 0 else "") + short(middle)
         cells = (f"{figure.reference} {with_unit(statistics.median(references))}", own, ratio)
     else:
         cells = (f"{figure.reference} = 1", "", own) if figure.reference else ("", own, "")
