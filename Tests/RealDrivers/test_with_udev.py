@@ -2,6 +2,7 @@
 name: the daemon stays."""
 
 import os
+import shutil
 import subprocess
 from pathlib import Path
 
@@ -13,8 +14,12 @@ from harness.wait import wait_until
 
 @pytest.fixture(scope="module", autouse=True)
 def udev_files():
-    """The guest's files are its own, and may have a udev of the machine's: links are replaced too."""
-    subprocess.run(["cp", "--archive", f"{os.environ['UDEV_TREE']}/.", "/"], check=True)
+    """The guest's files are its own."""
+    tree = Path(os.environ["UDEV_TREE"])
+    for path in tree.rglob("*"):
+        if path.is_symlink():  # where the machine has udev, too, it is there, and would not be replaced
+            Path("/", path.relative_to(tree)).unlink(missing_ok=True)
+    shutil.copytree(tree, "/", symlinks=True, dirs_exist_ok=True)
 
 
 @pytest.fixture
