@@ -34,7 +34,9 @@ def documented(pattern):
 
 def install(build, prefix):
     """With the commands of the guide."""
-    for command in guide_commands("Docs/client-libraries.md", "cmake --install "):
+    commands = guide_commands("Docs/client-libraries.md", "cmake --install ")
+    assert len(commands) == 2
+    for command in commands:
         words = {"build": build, "PREFIX": prefix}
         run(*(words.get(word, word) for word in command.split()))
     return prefix

@@ -68,14 +68,16 @@ std::optional<std::vector<std::uint8_t>> fileOf(const StillFrame& frame,
     }
 }
 
-/// Ends stills of one frame, one at least, with the same file for all; false if it is damaged. A request lets go of its
-/// stream before it ends: who waits for that takes the next still at once, and has its memory.
-bool endStills(std::vector<StillRequest>& requests, const StillFrame& frame, const std::string& path,
+/// Ends stills of one frame, one at least, with the same file for all; false if it is damaged. The frame, and each
+/// request's stream, is let go of before the request ends: who waits for that takes the next still at once, and has
+/// their memory.
+bool endStills(std::vector<StillRequest>& requests, StillFrame& frame, const std::string& path,
                const std::shared_ptr<Shared::WorkerPool>& pool) {
     try {
         auto file = fileOf(frame, pool);
         if (!file)
             return false;
+        frame.bytes = {};
         const std::span all(requests);
         for (StillRequest& request : all.first(all.size() - 1))
             request.operation.endWith([&] { std::exchange(request.stream, nullptr)->Write(*file); });
@@ -104,7 +106,7 @@ CameraSession::Surroundings CameraWorker::State::surroundings() {
 
 /// Runs on the pool: neither decoding nor encoding holds the stream up.
 void CameraWorker::makeStill(const std::shared_ptr<State>& state, std::vector<StillRequest>& requests,
-                             const StillFrame& frame) {
+                             StillFrame& frame) {
     const bool done = endStills(requests, frame, state->source.node.devicePath, state->pool);
     for (const StillRequest& request : requests)
         state->post({[request, done](CameraSession& session) {

@@ -52,8 +52,7 @@ private:
     void post(Task task);
     void waitFor(CompletionFlag& flag, std::string_view operation);
     std::chrono::milliseconds timeToWait() const;
-    static void makeStill(const std::shared_ptr<State>& state, std::vector<StillRequest>& requests,
-                          const StillFrame& frame);
+    static void makeStill(const std::shared_ptr<State>& state, std::vector<StillRequest>& requests, StillFrame& frame);
 
     const std::shared_ptr<State> _state;
     std::thread _thread;

@@ -4,6 +4,8 @@
 #include "Services/CameraHubWeb/Stills/StillStore.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <exception>
 #include <string>
 #include <utility>
 #include <variant>
@@ -132,15 +134,31 @@ void LiveSource::taken(TakeResult result) {
     }
     if (taken) {
         _tools.metrics.countStill(Metrics::Purpose::Stream, *taken);
-        const auto still = std::make_shared<const TakenStill>(std::move(*taken));
-        const std::string id = newStillId();
-        for (Group& group : groups)
-            _tools.workers.post(
-                [self = shared_from_this(), still, id, group = std::move(group)] { self->encode(*still, id, group); });
+        encodeBeside(std::move(*taken), groups);
     } else {
         _tools.metrics.countFailure(std::get<TakeFailure>(result).kind);
     }
     look();
+}
+
+void LiveSource::encodeBeside(TakenStill taken, const std::vector<Group>& groups) {
+    std::size_t posted = 0;
+    try {
+        const auto still = std::make_shared<const TakenStill>(std::move(taken));
+        const std::string id = newStillId();
+        for (; posted < groups.size(); ++posted)
+            _tools.workers.post(
+                [self = shared_from_this(), still, id, group = groups[posted]] { self->encode(*still, id, group); });
+    } catch (const std::exception&) {
+        for (; posted < groups.size(); ++posted)
+            letWait(groups[posted]);
+    }
+}
+
+/// No memory for their picture, or a broken one: they get the next one.
+void LiveSource::letWait(const Group& group) {
+    for (const Asking& asking : group.asking)
+        next(asking.viewer, asking.ready);
 }
 
 /// Those who wait, with half of their period's grace: who is due a little later gets this one, and from then on is due
@@ -164,10 +182,8 @@ void LiveSource::encode(const TakenStill& still, const std::string& id, const Gr
     SharedBytes bytes;
     try {
         bytes = part(still, id, encodeJpeg(still.still.png, group.options.width, group.options.quality));
-    } catch (const std::exception&) { // a broken picture, or no memory for it: those who wait get the next one
-        for (const Asking& asking : group.asking)
-            next(asking.viewer, asking.ready);
-        return;
+    } catch (const std::exception&) {
+        return letWait(group);
     }
     _tools.metrics.countTime(Metrics::Step::Encode,
                              std::chrono::duration_cast<std::chrono::microseconds>(steady_clock::now() - began));

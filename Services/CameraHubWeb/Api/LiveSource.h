@@ -70,6 +70,8 @@ private:
     void begin();
     void taken(TakeResult result);
     std::vector<Group> groupsDue(Time began);
+    void encodeBeside(TakenStill taken, const std::vector<Group>& groups);
+    void letWait(const Group& group);
     void encode(const TakenStill& still, const std::string& id, const Group& group);
 
     const LiveTools _tools;

@@ -33,10 +33,11 @@ void Schedule::run() {
             _changed.wait_until(lock, next);
             continue;
         }
-        const std::function<void()> function = std::move(_waiting.begin()->second);
+        std::function<void()> function = std::move(_waiting.begin()->second);
         _waiting.erase(_waiting.begin());
         lock.unlock();
         function();
+        function = nullptr; // what it holds may be of any kind: it goes without the lock
         lock.lock();
     }
 }

@@ -6,6 +6,7 @@
 #include "Tools/Text/CameraChoice.h"
 #include "Tools/Text/StillFileName.h"
 
+#include <exception>
 #include <utility>
 
 namespace CameraHubWeb {
@@ -89,6 +90,8 @@ std::variant<StillDesk::Taken, Problem> StillDesk::finish(TakeResult result, Met
         return Taken{std::move(still), place};
     } catch (const BrokenPicture& error) {
         return Problems::cameraFailed(error.what());
+    } catch (const std::exception&) { // memory is lacking
+        return Problems::unexpected();
     }
 }
 

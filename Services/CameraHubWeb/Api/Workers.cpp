@@ -1,5 +1,6 @@
 #include "Services/CameraHubWeb/Api/Workers.h"
 
+#include <exception>
 #include <utility>
 
 namespace CameraHubWeb {
@@ -33,10 +34,14 @@ void Workers::run() {
         _changed.wait(lock, [this] { return _isEnding || !_tasks.empty(); });
         if (_isEnding)
             return;
-        const std::function<void()> task = std::move(_tasks.front());
+        std::function<void()> task = std::move(_tasks.front());
         _tasks.pop_front();
         lock.unlock();
-        task();
+        try {
+            task();
+        } catch (const std::exception&) {
+        }
+        task = nullptr; // what it holds may be of any kind: it goes without the lock
         lock.lock();
     }
 }

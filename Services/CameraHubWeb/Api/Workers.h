@@ -20,7 +20,7 @@ public:
     Workers(const Workers&) = delete;
     Workers& operator=(const Workers&) = delete;
 
-    /// Begun in the order of the calls. It must not throw.
+    /// Begun in the order of the calls. What it throws, as memory is lacking, is dropped with it.
     void post(std::function<void()> task);
 
 private:

@@ -5,6 +5,7 @@
 #include "Services/CameraHubWeb/Hub/Teller.h"
 #include "Services/CameraHubWeb/Hub/WorkQueue.h"
 
+#include <exception>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -68,17 +69,25 @@ public:
     void giveUp(std::uint64_t number) { _queue.giveUp(number); }
 
 private:
+    /// What it throws, as memory is lacking, is its own loss: the next one is served all the same.
+    static void answer(const TakeJob& job, TakeResult result) {
+        try {
+            job.done(std::move(result));
+        } catch (const std::exception&) {
+        }
+    }
+
     void work() {
         while (!_queue.hasEnded()) {
             if (auto job = _queue.next(_taking.connections().nextIdle())) {
                 TakeResult result = _taking.take(*job);
                 _queue.finish();
-                job->done(std::move(result));
+                answer(*job, std::move(result));
             }
             _taking.connections().dropIdle();
         }
         for (TakeJob& job : _queue.takeRest())
-            job.done(TakeFailure{TakeFailureKind::Ended, "the program ends"});
+            answer(job, TakeFailure{TakeFailureKind::Ended, "the program ends"});
     }
 
     const Settings _settings;

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <new>
 #include <string>
 
 namespace CameraHubWeb {
@@ -36,6 +37,14 @@ TEST(WorkersTest, TwoThreadsDoTwoTasksAtOnce) {
         second.set_value();
     });
     both.get_future().wait();
+}
+
+TEST(WorkersTest, ATaskThatFailsCostsNoThread) {
+    Workers workers(1);
+    std::promise<void> ended;
+    workers.post([] { throw std::bad_alloc(); });
+    workers.post([&] { ended.set_value(); });
+    ended.get_future().wait();
 }
 
 TEST(WorkersTest, TheEndWaitsForWhatIsBeingDone) {

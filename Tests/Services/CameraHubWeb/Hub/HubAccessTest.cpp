@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <new>
 #include <set>
 #include <thread>
 
@@ -42,6 +43,16 @@ TEST(HubAccessTest, AStillComesWithAllThatIsKnownOfIt) {
     EXPECT_LE(taken.takenAt, std::chrono::system_clock::now());
     EXPECT_GT(taken.captureTime, 0us);
     EXPECT_GT(taken.fetchTime, 0us);
+}
+
+TEST(HubAccessTest, OneWhoCannotTakeTheAnswerCostsNobodyElseTheirs) {
+    StandInHub hub;
+    Taker taker(settingsFor(hub));
+    TakeRequest request;
+    request.capture.camera = "desk";
+    taker.access().take(request, [](const TakeResult&) { throw std::bad_alloc(); });
+    taker.take("desk", "the next");
+    EXPECT_TRUE(std::holds_alternative<TakenStill>(taker.result("the next")));
 }
 
 TEST(HubAccessTest, TheHubAndItsCamerasAreToldAtTheStart) {
